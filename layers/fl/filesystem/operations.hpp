@@ -1,0 +1,44 @@
+#pragma once
+
+#include "fl/filesystem/path.hpp"
+#include "machine/api.hpp"
+
+/// File-system operations on the current machine. A failure that is not given another outcome
+/// throws machine::SystemError, a std::runtime_error whose text names the operation, the path and
+/// the system's reason.
+namespace fl::filesystem {
+
+/// Whether a file or folder of that name exists; false for a name that cannot exist. Never throws.
+REGISTRATION_API bool exists(Path const& path);
+REGISTRATION_API bool exists(UString const& path);
+
+/// Whether it is a folder, or a link to one.
+REGISTRATION_API bool is_directory(Path const& path);
+
+/// Deletes one file or empty folder. False when nothing of that name exists.
+REGISTRATION_API bool remove(Path const& path);
+
+/// Deletes a file, or a folder with all its content; nothing when it does not exist. A link is
+/// removed itself, never what it points to. Refuses (std::invalid_argument) an empty path and the
+/// root of a drive or share.
+REGISTRATION_API void remove_all(Path const& path);
+
+enum class rename_options { keep_existing, replace_existing };
+
+/// Renames or moves a file within its volume. With keep_existing an existing target is an error.
+REGISTRATION_API void rename(UString const& from, UString const& to,
+                             rename_options options = rename_options::replace_existing);
+
+/// `path` expressed relative to `base`, both made absolute first, components compared without
+/// regard to case: (`C:\p\a\b`, `C:\p`) -> `a\b`; (`C:\q`, `C:\p`) -> `..\q`; (`C:\p`, `C:\p`) ->
+/// `.`. On another drive or share there is no relative form: the absolute path itself.
+REGISTRATION_API Path relative(Path const& path, Path const& base);
+
+REGISTRATION_API Path get_current_path();
+/// False when the folder does not exist or cannot be entered.
+REGISTRATION_API bool change_current_path(Path const& path);
+
+/// Makes the folder and those above it; nothing when it exists.
+REGISTRATION_API void create_directories(Path const& path);
+
+}  // namespace fl::filesystem

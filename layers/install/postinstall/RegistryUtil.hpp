@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+#include "machine/api.hpp"
+
+struct HKEY__;
+/// A registry root handle, as the Windows headers declare it.
+using HKEY = HKEY__*;
+
+namespace install::postinstall {
+
+/// The predefined roots, the values of winreg.h.
+REGISTRATION_API HKEY classesRootKey();
+REGISTRATION_API HKEY currentUserKey();
+REGISTRATION_API HKEY localMachineKey();
+REGISTRATION_API HKEY usersKey();
+REGISTRATION_API HKEY currentConfigKey();
+
+/// The installer's registry helper, on the current machine's registry (64-bit view). A root that is
+/// none of the predefined handles is a std::invalid_argument; a call the system refuses is a
+/// machine::SystemError, a std::runtime_error that names the key and the reason.
+class REGISTRATION_API RegistryUtil {
+ public:
+  RegistryUtil();
+  RegistryUtil(RegistryUtil const&);
+  virtual ~RegistryUtil();
+
+  /// Makes the key when it is missing and sets the value to the string. An existing string value
+  /// keeps its type (REG_SZ or REG_EXPAND_SZ); any other becomes REG_SZ.
+  virtual void setRegKeyValue(HKEY const& root, std::wstring const& keyPath,
+                              std::wstring const& valueName, std::wstring const& value) const;
+
+  /// Deletes the key with everything in it; a key that does not exist is no error. Refuses with
+  /// std::invalid_argument an empty path and any path whose deletion would take a key with it that
+  /// the system itself lives on (HKEY_LOCAL_MACHINE\SOFTWARE, ...\SYSTEM\CurrentControlSet).
+  virtual void deleteRegKey(HKEY const& root, std::wstring const& keyPath) const;
+
+  /// The value's data read as text, unexpanded, without NULs at its end; a DWORD 1 reads as the one
+  /// character of code 1. Empty when the key or the value does not exist.
+  virtual std::wstring getRegKeyValue(HKEY const& root, std::wstring const& keyPath,
+                                      std::wstring const& valueName) const;
+
+  /// The process-wide instance.
+  static RegistryUtil const& getRegistryUtil();
+};
+
+}  // namespace install::postinstall

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "machine/api.hpp"
+#include "machine/unicode.hpp"
+
+namespace machine {
+
+/// What a name in the file system stands for. A link (symbolic link, junction: any reparse point
+/// that stands for another name) is described itself, never what it points to.
+struct FileStatus {
+  bool isDirectory = false;
+  bool isLink = false;
+  std::uint64_t size = 0;  ///< bytes; 0 for a folder
+};
+
+/// One name in a folder. `name` is valid until the next call on the stream that gave it.
+struct DirectoryEntry {
+  std::u16string_view name;
+  bool isDirectory = false;
+  bool isLink = false;
+};
+
+/// The names in one folder, in the system's order, without "." and "..".
+class DirectoryStream {
+ public:
+  virtual ~DirectoryStream() = default;
+  /// Moves to the next name; false at the end. Throws SystemError.
+  virtual bool next(DirectoryEntry& entry) = 0;
+};
+
+class FileReader {
+ public:
+  virtual ~FileReader() = default;
+  /// Reads up to buffer.size() bytes; 0 at the end of the file. Throws SystemError.
+  virtual std::size_t read(std::span<char> buffer) = 0;
+};
+
+class FileWriter {
+ public:
+  virtual ~FileWriter() = default;  ///< closes; a failure to close goes unnoticed
+  /// Hands all bytes to the system before it returns. Throws SystemError.
+  virtual void write(std::string_view bytes) = 0;
+  /// Has the system put what was written on the disk. Throws SystemError.
+  virtual void flushToDisk() = 0;
+  /// Closes and tells whether that worked. REQUIRES: not closed yet.
+  virtual void close() = 0;
+};
+
+enum class WriteMode {
+  truncate,  ///< an existing file loses its content
+  append,    ///< every write goes to the end of the file
+  createNew  ///< an existing file is an error (fileExists)
+};
+
+/// Four numbers of a version resource, the most significant first.
+using FileVersion = std::array<std::uint16_t, 4>;
+
+/// Files and folders. Paths are Windows paths (UTF-16, drives, UNC, "\\?\", both slashes), absolute
+/// or relative to the current folder; names are compared without regard to case. Every operation
+/// throws SystemError for a failure that its comment does not give another outcome.
+class Files {
+ public:
+  virtual ~Files() = default;
+
+  /// nullopt when nothing of that name exists, or when the name cannot exist.
+  virtual std::optional<FileStatus> status(std::u16string_view path) = 0;
+  virtual std::unique_ptr<DirectoryStream> openDirectory(std::u16string_view path) = 0;
+  virtual std::unique_ptr<FileReader> openForReading(std::u16string_view path) = 0;
+  virtual std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) = 0;
+  /// Makes one folder. An existing folder is fine; missing parents are an error.
+  virtual void createDirectory(std::u16string_view path) = 0;
+  /// Removes one file, read-only or not, or a link to a file. False when it does not exist.
+  virtual bool removeFile(std::u16string_view path) = 0;
+  /// Removes an empty folder, or a link to a folder (what it points to stays). False when it does
+  /// not exist.
+  virtual bool removeDirectory(std::u16string_view path) = 0;
+  /// Renames or moves within a volume. Without `replaceExisting` an existing target is an error.
+  virtual void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) = 0;
+  virtual UString currentDirectory() = 0;
+  /// False when the folder does not exist or cannot be entered.
+  virtual bool setCurrentDirectory(std::u16string_view path) = 0;
+  /// The fixed file version of a program's or library's version resource; nullopt when the file
+  /// cannot be read or carries none.
+  virtual std::optional<FileVersion> fileVersion(std::u16string_view path) = 0;
+};
+
+}  // namespace machine

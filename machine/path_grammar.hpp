@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "machine/api.hpp"
+#include "machine/unicode.hpp"
+
+/// Windows file names as text, on every host. "/" counts as "\" except after "\\?\", where Windows
+/// takes every unit as it is. Formats: Microsoft, "Naming Files, Paths, and Namespaces" and "File
+/// path formats on Windows systems".
+namespace machine::path_grammar {
+
+constexpr bool isSeparator(char16_t unit) {
+  return unit == u'\\' || unit == u'/';
+}
+
+/// Length of the part that names where the path starts:
+/// `C:\a` -> 3 (`C:\`), `C:a` -> 2, `\a` -> 1, `\\srv\share\a` -> 12 (`\\srv\share\`),
+/// `\\?\C:\a` -> 7, `\\?\UNC\srv\share\a` -> 18 (`\\?\UNC\srv\share\`), `a\b` -> 0.
+REGISTRATION_API std::size_t rootLength(std::u16string_view path);
+
+/// True when the path names one place whatever the current folder is: `C:\a`, `\\srv\share`,
+/// `\\?\...`; false for `a`, `\a`, `C:a`.
+REGISTRATION_API bool isAbsolute(std::u16string_view path);
+
+/// True for `\\?\...`: taken literally, without "/" , ".", ".." or trailing dots and blanks.
+REGISTRATION_API bool isVerbatim(std::u16string_view path);
+
+/// The names after the root: `C:\a\\b/c` -> a, b, c.
+REGISTRATION_API std::vector<std::u16string_view> components(std::u16string_view path);
+
+/// Every "/" becomes "\"; a verbatim path stays as it is.
+REGISTRATION_API UString toNative(std::u16string_view path);
+
+/// Joins with exactly one "\" between; an empty side adds nothing: `C:\a\` + `\b` -> `C:\a\b`.
+REGISTRATION_API UString join(std::u16string_view folder, std::u16string_view name);
+
+/// The last component: `C:\a\b.c` -> `b.c`, `C:\a\` -> ``.
+REGISTRATION_API std::u16string_view fileName(std::u16string_view path);
+
+/// Without the last component and the separators before it, but never shorter than the root:
+/// `C:\a\b` -> `C:\a` -> `C:\` -> `C:\`.
+REGISTRATION_API std::u16string_view parent(std::u16string_view path);
+
+/// The absolute path that the system would use: relative forms resolved against `currentFolder`
+/// (absolute), "." and ".." worked out, separators native and single, trailing dots and blanks of
+/// each name dropped. A verbatim path is returned as it is.
+REGISTRATION_API UString absolute(std::u16string_view path, std::u16string_view currentFolder);
+
+}  // namespace machine::path_grammar

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "machine/api.hpp"
+#include "machine/unicode.hpp"
+
+namespace machine {
+
+/// The predefined roots of the registry, 64-bit view.
+enum class RegistryRoot { classesRoot, currentUser, localMachine, users, currentConfig };
+
+/// "HKEY_LOCAL_MACHINE" and so on.
+REGISTRATION_API std::u16string_view registryRootName(RegistryRoot root);
+REGISTRATION_API std::optional<RegistryRoot> registryRootFromName(std::u16string_view name);
+
+/// A key: a root and the path below it, components separated by "\".
+struct RegistryKey {
+  RegistryRoot root = RegistryRoot::localMachine;
+  UString path;
+
+  bool operator==(RegistryKey const&) const = default;
+};
+
+/// Types of registry values (winnt.h). Values of other types are carried as their number.
+enum class RegistryType : std::uint32_t {
+  none = 0,
+  string = 1,            ///< REG_SZ
+  expandableString = 2,  ///< REG_EXPAND_SZ
+  binary = 3,
+  dword = 4,
+  multiString = 7,
+  qword = 11,
+};
+
+/// A value exactly as the registry holds it: type and raw bytes, strings unexpanded with their
+/// terminator, UTF-16 little endian.
+struct RegistryValue {
+  RegistryType type = RegistryType::none;
+  std::string data;
+
+  bool operator==(RegistryValue const&) const = default;
+
+  /// A string value of the given type, terminated as the registry expects it.
+  REGISTRATION_API static RegistryValue ofText(std::u16string_view text,
+                                               RegistryType type = RegistryType::string);
+  REGISTRATION_API static RegistryValue ofDword(std::uint32_t number);
+  /// The raw bytes read as UTF-16 units without the NULs at the end, whatever the type: a DWORD 1
+  /// reads as the one character U+0001.
+  REGISTRATION_API UString text() const;
+};
+
+/// The registry. Key paths and value names are compared without regard to case; an empty value name
+/// is the key's default value. Operations throw SystemError for failures not given an outcome here.
+class Registry {
+ public:
+  virtual ~Registry() = default;
+
+  /// Makes the key and those above it; true when it did not exist before.
+  virtual bool createKey(RegistryKey const& key) = 0;
+  virtual bool keyExists(RegistryKey const& key) = 0;
+  /// nullopt when the key or the value is missing.
+  virtual std::optional<RegistryValue> value(RegistryKey const& key, std::u16string_view name) = 0;
+  /// Makes the key when it is missing.
+  virtual void setValue(RegistryKey const& key, std::u16string_view name,
+                        RegistryValue const& value) = 0;
+  /// False when there was no such value.
+  virtual bool removeValue(RegistryKey const& key, std::u16string_view name) = 0;
+  /// Removes the key with everything below it; false when there was no such key.
+  virtual bool removeKey(RegistryKey const& key) = 0;
+  /// Names of the direct subkeys; empty when the key is missing.
+  virtual std::vector<UString> subkeys(RegistryKey const& key) = 0;
+  /// Names and values of the key; empty when the key is missing.
+  virtual std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const& key) = 0;
+};
+
+}  // namespace machine

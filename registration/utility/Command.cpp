@@ -1,0 +1,2 @@
+#include "registration/utility/Command.hpp"
+namespace registration::utility { Command::~Command() = default; }
