@@ -31,7 +31,7 @@ void compare(std::string const& what, std::string const& goal, int inKey) {
   registration::commands::SetRegistryKeys const ours(options, records("Ours", inKey), util);
   auto const bare = records("Bare", inKey);
   printRatio(
-      what, "at most 1.1", 9, [&] { ours.execute(); }, [&] { nativeSet(bare); });
+      what, goal, 9, [&] { ours.execute(); }, [&] { nativeSet(bare); });
   for (auto const* key : {L"SOFTWARE\\Brantix\\Ours", L"SOFTWARE\\Brantix\\Bare"}) {
     util.deleteRegKey(install::postinstall::localMachineKey(), key);
   }

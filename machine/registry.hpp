@@ -69,8 +69,9 @@ class REGISTRATION_API Registry {
   virtual void setValue(RegistryKey const& key, std::u16string_view name,
                         RegistryValue const& value) = 0;
   /// Sets a value to a string and makes the key when it is missing. An existing expandable string
-  /// stays one; every other type becomes REG_SZ. A provider that can do this in fewer steps than
-  /// createKey, value and setValue overrides it.
+  /// stays one; every other type becomes REG_SZ. It is createKey, value and
+  /// setValue, which is what a decorator that leaves it alone sees; a provider that needs fewer
+  /// steps overrides it.
   virtual void setText(RegistryKey const& key, std::u16string_view name, std::u16string_view text);
   /// False when there was no such value.
   virtual bool removeValue(RegistryKey const& key, std::u16string_view name) = 0;

@@ -79,6 +79,35 @@ TEST_P(RegistryContract, AValueTakesTheTypeOfTheLastWrite) {
   EXPECT_EQ(registry().value(key(), u"name"), RegistryValue::ofDword(7));
 }
 
+TEST_P(RegistryContract, SetTextMakesTheKeyAndAPlainString) {
+  registry().setText(below(u"sub"), u"name", u"text \u00e4");
+  EXPECT_EQ(registry().value(below(u"sub"), u"name"), RegistryValue::ofText(u"text \u00e4"));
+}
+
+TEST_P(RegistryContract, SetTextKeepsAnExpandableStringExpandable) {
+  registry().setValue(key(), u"name",
+                      RegistryValue::ofText(u"%a%", RegistryType::expandableString));
+  registry().setValue(key(), u"other", RegistryValue::ofText(u"b"));
+  registry().setText(key(), u"NAME", u"%b%");
+  registry().setText(key(), u"other", u"c");
+  EXPECT_EQ(registry().value(key(), u"name"),
+            RegistryValue::ofText(u"%b%", RegistryType::expandableString));
+  EXPECT_EQ(registry().value(key(), u"other"), RegistryValue::ofText(u"c"));
+}
+
+TEST_P(RegistryContract, SetTextMakesAStringOfAnyOtherType) {
+  registry().setValue(key(), u"name", RegistryValue::ofDword(7));
+  registry().setText(key(), u"name", u"text");
+  EXPECT_EQ(registry().value(key(), u"name"), RegistryValue::ofText(u"text"));
+}
+
+TEST_P(RegistryContract, SetTextMakesAKeyAgainThatIsGone) {
+  registry().setText(key(), u"name", u"text");
+  registry().removeKey(key());
+  registry().setText(key(), u"name", u"again");
+  EXPECT_EQ(registry().value(key(), u"name"), RegistryValue::ofText(u"again"));
+}
+
 TEST_P(RegistryContract, ValuesOfEveryTypeAreKeptToTheByte) {
   using namespace std::string_literals;
   std::vector<RegistryValue> const kept = {
