@@ -17,7 +17,8 @@ constexpr bool isSeparator(char16_t unit) {
 
 /// Length of the part that names where the path starts:
 /// `C:\a` -> 3 (`C:\`), `C:a` -> 2, `\a` -> 1, `\\srv\share\a` -> 12 (`\\srv\share\`),
-/// `\\?\C:\a` -> 7, `\\?\UNC\srv\share\a` -> 18 (`\\?\UNC\srv\share\`), `a\b` -> 0.
+/// `\\?\C:\a` -> 7, `\\?\UNC\srv\share\a` -> 18 (`\\?\UNC\srv\share\`), `\\.\pipe\a` -> 9,
+/// `a\b` -> 0.
 REGISTRATION_API std::size_t rootLength(std::u16string_view path);
 
 /// True when the path names one place whatever the current folder is: `C:\a`, `\\srv\share`,
@@ -45,7 +46,9 @@ REGISTRATION_API std::u16string_view parent(std::u16string_view path);
 
 /// The absolute path that the system would use: relative forms resolved against `currentFolder`
 /// (absolute), "." and ".." worked out, separators native and single, trailing dots and blanks of
-/// each name dropped. A verbatim path is returned as it is.
+/// each name dropped, and so are names of nothing else and separators at the end. Of `C:a` and
+/// another current drive: `C:\a`, for drives have no current folders of their own here. A verbatim
+/// path is returned as it is, and so is an empty one.
 REGISTRATION_API UString absolute(std::u16string_view path, std::u16string_view currentFolder);
 
 }  // namespace machine::path_grammar

@@ -1,1 +1,64 @@
 #include "machine/registry.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace machine {
+
+namespace {
+
+constexpr std::array<std::pair<RegistryRoot, std::u16string_view>, 5> rootNames{{
+    {RegistryRoot::classesRoot, u"HKEY_CLASSES_ROOT"},
+    {RegistryRoot::currentUser, u"HKEY_CURRENT_USER"},
+    {RegistryRoot::localMachine, u"HKEY_LOCAL_MACHINE"},
+    {RegistryRoot::users, u"HKEY_USERS"},
+    {RegistryRoot::currentConfig, u"HKEY_CURRENT_CONFIG"},
+}};
+
+void appendUnit(std::string& bytes, char16_t unit) {
+  bytes += static_cast<char>(unit & 0xFF);
+  bytes += static_cast<char>(unit >> 8);
+}
+
+}  // namespace
+
+std::u16string_view registryRootName(RegistryRoot root) {
+  auto const found = std::find_if(rootNames.begin(), rootNames.end(),
+                                  [&](auto const& entry) { return entry.first == root; });
+  return found == rootNames.end() ? std::u16string_view() : found->second;
+}
+
+std::optional<RegistryRoot> registryRootFromName(std::u16string_view name) {
+  for (auto const& [root, rootName] : rootNames)
+    if (equalIgnoringCase(rootName, name)) return root;
+  return std::nullopt;
+}
+
+RegistryValue RegistryValue::ofText(std::u16string_view text, RegistryType type) {
+  RegistryValue value{type, {}};
+  value.data.reserve((text.size() + 2) * 2);
+  for (char16_t const unit : text) appendUnit(value.data, unit);
+  appendUnit(value.data, u'\0');
+  // A list of strings ends with an empty one.
+  if (type == RegistryType::multiString && !text.empty()) appendUnit(value.data, u'\0');
+  return value;
+}
+
+RegistryValue RegistryValue::ofDword(std::uint32_t number) {
+  RegistryValue value{RegistryType::dword, {}};
+  for (int shift = 0; shift < 32; shift += 8)
+    value.data += static_cast<char>((number >> shift) & 0xFF);
+  return value;
+}
+
+UString RegistryValue::text() const {
+  UString units;
+  units.reserve(data.size() / 2);
+  for (std::size_t i = 0; i + 1 < data.size(); i += 2)
+    units += static_cast<char16_t>(static_cast<unsigned char>(data[i]) |
+                                   static_cast<unsigned char>(data[i + 1]) << 8);
+  while (!units.empty() && units.back() == u'\0') units.pop_back();
+  return units;
+}
+
+}  // namespace machine

@@ -1,2 +1,7 @@
 #include "registration/utility/Command.hpp"
-namespace registration::utility { Command::~Command() = default; }
+
+namespace registration::utility {
+
+Command::~Command() = default;
+
+}  // namespace registration::utility

@@ -30,6 +30,7 @@ class REGISTRATION_API Options {
 
   explicit Options(Values values);
   Options(Options const&);
+  Options& operator=(Options const&) = delete;
   virtual ~Options();
 
   virtual bool isDesktopShortcutRequested() const;

@@ -13,6 +13,8 @@
 /// standard file streams, a failure sets the stream's failure state and throws nothing.
 namespace fl::filesystem {
 
+using open_mode = machine::WriteMode;
+
 class REGISTRATION_API ifstream : public std::istream {
  public:
   explicit ifstream(Path const& path);
@@ -26,7 +28,7 @@ class REGISTRATION_API ifstream : public std::istream {
 
 class REGISTRATION_API ofstream : public std::ostream {
  public:
-  ofstream(Path const& path, machine::WriteMode mode);
+  ofstream(Path const& path, open_mode mode);
   ~ofstream() override;
   bool is_open() const;
   /// Flushes and closes; sets failbit when that fails.

@@ -8,19 +8,20 @@
 /// the system's reason.
 namespace fl::filesystem {
 
-/// Whether a file or folder of that name exists; false for a name that cannot exist. Never throws.
+/// Whether a file or folder of that name exists: true also when something is there that may not be
+/// looked at, false for a name that cannot exist or cannot be reached. Never throws a SystemError.
 REGISTRATION_API bool exists(Path const& path);
 REGISTRATION_API bool exists(UString const& path);
 
-/// Whether it is a folder, or a link to one.
+/// Whether it is a folder, or a link to one; false when nothing of that name exists.
 REGISTRATION_API bool is_directory(Path const& path);
 
 /// Deletes one file or empty folder. False when nothing of that name exists.
 REGISTRATION_API bool remove(Path const& path);
 
 /// Deletes a file, or a folder with all its content; nothing when it does not exist. A link is
-/// removed itself, never what it points to. Refuses (std::invalid_argument) an empty path and the
-/// root of a drive or share.
+/// removed itself, never what it points to. Refuses (std::invalid_argument) an empty path and any
+/// that names or comes down to the root of a drive or share: `C:`, `C:\`, `\\srv\share`, `C:\a\..`.
 REGISTRATION_API void remove_all(Path const& path);
 
 enum class rename_options { keep_existing, replace_existing };
@@ -38,7 +39,7 @@ REGISTRATION_API Path get_current_path();
 /// False when the folder does not exist or cannot be entered.
 REGISTRATION_API bool change_current_path(Path const& path);
 
-/// Makes the folder and those above it; nothing when it exists.
+/// Makes the folder and those above it; nothing when it exists. A file of that name is an error.
 REGISTRATION_API void create_directories(Path const& path);
 
 }  // namespace fl::filesystem

@@ -22,7 +22,8 @@ class REGISTRATION_API directory_entry {
 
  private:
   friend class recursive_directory_walk;
-  std::u16string_view folder_;
+  std::u16string_view root_;   ///< as the walk was given it
+  std::u16string_view below_;  ///< the folders between root and name
   std::u16string_view name_;
   bool isDirectory_ = false;
   bool isLink_ = false;
@@ -47,9 +48,14 @@ class REGISTRATION_API recursive_directory_walk {
     std::unique_ptr<machine::DirectoryStream> names;
     std::size_t folderLength;
   };
+  bool advance();
+  void describe(machine::DirectoryEntry const& found);
   void enter(std::u16string_view name);
+  void open();
 
-  UString folder_;
+  UString root_;
+  UString folder_;  ///< where the walk is: one text that grows and shrinks, as `\\?\...`
+  std::size_t rootLength_;
   std::vector<Level> levels_;
   directory_entry entry_;
   bool enterBeforeNext_ = false;

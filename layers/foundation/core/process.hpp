@@ -33,7 +33,7 @@ class REGISTRATION_API target {
   /// The parent's own (the default).
   static target inherit();
   /// To `reader`, chunk by chunk, called from a thread of the process object until exit_status()
-  /// has returned or detach() was called.
+  /// has returned or detach() was called. Throws std::invalid_argument for an empty function.
   static target pipe(std::function<void(std::string_view bytes)> reader);
   static target overwrite(fl::filesystem::Path file);
   static target append(fl::filesystem::Path file);
@@ -73,13 +73,15 @@ class REGISTRATION_API process {
   process(process&&) noexcept;
   process& operator=(process&&) noexcept;
 
-  /// Waits for the child to end and returns its exit code. May be called again.
+  /// Waits for the child to end and returns its exit code. May be called again. Throws
+  /// std::logic_error after detach().
   std::uint32_t exit_status();
-  /// Lets the child run on without waiting for it.
+  /// Lets the child run on without waiting for it; nothing when it has ended or is detached.
   void detach();
 
  private:
   std::unique_ptr<machine::ChildProcess> child_;
+  bool ended_ = false;
 };
 
 }  // namespace foundation::core::process

@@ -7,8 +7,9 @@
 #include "machine/api.hpp"
 
 /// The installation log: one file that every step appends to, UTF-8, one line a message,
-/// "2026-11-21T08:30:00.123Z message". Line breaks within a message are written as "\n" and "\r" so
-/// that a message stays one line. For the installer's one thread.
+/// "2026-11-21T08:30:00.123Z message", stamped by the current machine's clock. Line breaks within a
+/// message are written as "\n" and "\r" so that a message stays one line. For the installer's one
+/// thread.
 namespace install::cpputil::logger {
 
 using fl::filesystem::Path;
@@ -42,6 +43,10 @@ class REGISTRATION_API scoped_observer {
   ~scoped_observer();
   scoped_observer(scoped_observer const&) = delete;
   scoped_observer& operator=(scoped_observer const&) = delete;
+
+ private:
+  friend REGISTRATION_API void append_message(UString const& message);
+  callback observer_;
 };
 
 }  // namespace install::cpputil::logger

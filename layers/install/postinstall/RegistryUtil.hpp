@@ -18,8 +18,9 @@ REGISTRATION_API HKEY usersKey();
 REGISTRATION_API HKEY currentConfigKey();
 
 /// The installer's registry helper, on the current machine's registry (64-bit view). A root that is
-/// none of the predefined handles is a std::invalid_argument; a call the system refuses is a
-/// machine::SystemError, a std::runtime_error that names the key and the reason.
+/// none of the predefined handles, or a NUL within a name, is a std::invalid_argument; a call the
+/// system refuses is a machine::SystemError, a std::runtime_error that names the key and the
+/// reason. Backslashes too many in a key path, at its ends or doubled, do not count.
 class REGISTRATION_API RegistryUtil {
  public:
   RegistryUtil();

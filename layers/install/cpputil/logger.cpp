@@ -1,0 +1,122 @@
+#include "install/cpputil/logger.hpp"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "fl/filesystem/operations.hpp"
+#include "machine/machine.hpp"
+
+namespace install::cpputil::logger {
+
+namespace {
+
+struct Log {
+  std::unique_ptr<machine::FileWriter> writer;
+  Path destination;
+  std::vector<scoped_observer*> observers;  ///< outermost first
+};
+
+Log& log() {
+  static Log instance;
+  return instance;
+}
+
+/// ISO 8601, UTC, milliseconds.
+std::string timeStamp(std::chrono::system_clock::time_point now) {
+  using namespace std::chrono;
+  auto const day = floor<days>(now);
+  year_month_day const date(day);
+  hh_mm_ss const time(floor<milliseconds>(now - day));
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
+                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
+                static_cast<int>(time.subseconds().count()));
+  return text.data();
+}
+
+std::string withoutLineBreaks(std::string_view message) {
+  std::string line;
+  line.reserve(message.size());
+  for (char const unit : message) {
+    if (unit == '\n') {
+      line += "\\n";
+    } else if (unit == '\r') {
+      line += "\\r";
+    } else {
+      line += unit;
+    }
+  }
+  return line;
+}
+
+/// One write a message, so that a line never stands half-written between those of another process.
+void writeLine(machine::FileWriter& writer, UString const& message) {
+  writer.write(timeStamp(machine::current().clock().now()) + ' ' +
+               withoutLineBreaks(fl::i18n::ustring_to_utf8(message)) + '\n');
+}
+
+UString currentDestination() {
+  return log().writer ? log().destination.ustring() : UString(u"(none)");
+}
+
+bool keepDestination(UString const& failure, Path const& subject) {
+  append_message(failure + subject.ustring());
+  append_message(resetDestination + currentDestination());
+  return false;
+}
+
+}  // namespace
+
+void append_message(UString const& message) {
+  auto const& observers = log().observers;
+  for (std::size_t i = 0; i < observers.size(); ++i) {  // an observer may add and remove others
+    observers[i]->observer_(message);
+  }
+  if (log().writer) {
+    writeLine(*log().writer, message);
+  }
+}
+
+void append_message(std::string const& message) {
+  append_message(fl::i18n::utf8_to_ustring(message));
+}
+
+bool set_destination(Path const& file) {
+  Path const folder = file.parent_path();
+  try {
+    fl::filesystem::create_directories(folder);
+  } catch (machine::SystemError const&) {
+    return keepDestination(unableToCreateFolder, folder);
+  }
+  try {
+    log().writer =
+        machine::current().files().openForWriting(file.ustring(), machine::WriteMode::append);
+  } catch (machine::SystemError const&) {
+    return keepDestination(unableToCreateFile, file);
+  }
+  log().destination = file;
+  return true;
+}
+
+void close_destination() {
+  log().writer.reset();
+  log().destination = Path();
+}
+
+scoped_observer::scoped_observer(callback observer) : observer_(std::move(observer)) {
+  log().observers.push_back(this);
+}
+
+scoped_observer::~scoped_observer() {
+  std::erase(log().observers, this);
+}
+
+}  // namespace install::cpputil::logger

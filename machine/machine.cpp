@@ -1,0 +1,26 @@
+#include "machine/machine.hpp"
+
+#include <utility>
+
+#include "machine/default_machine.hpp"
+
+namespace machine {
+
+namespace {
+
+/// The innermost ScopedMachine's machine. The only global of this library.
+Machine* scoped = nullptr;
+
+}  // namespace
+
+Machine& current() {
+  return scoped != nullptr ? *scoped : defaultMachine();
+}
+
+ScopedMachine::ScopedMachine(Machine& machine) : previous_(std::exchange(scoped, &machine)) {}
+
+ScopedMachine::~ScopedMachine() {
+  scoped = previous_;
+}
+
+}  // namespace machine

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include "machine/machine.hpp"
+
+/// The parts of the Windows machine, each in the source file of its name.
+namespace machine::windows {
+
+std::unique_ptr<Files> makeFiles();
+std::unique_ptr<Registry> makeRegistry();
+std::unique_ptr<Environment> makeEnvironment();
+std::unique_ptr<Shell> makeShell();
+std::unique_ptr<Processes> makeProcesses();
+std::unique_ptr<Clock> makeClock();
+
+}  // namespace machine::windows

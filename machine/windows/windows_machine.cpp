@@ -1,0 +1,17 @@
+#include "machine/windows/windows_machine.hpp"
+
+#include "machine/windows/parts.hpp"
+
+namespace machine::windows {
+
+WindowsMachine::WindowsMachine()
+    : files_(makeFiles()),
+      registry_(makeRegistry()),
+      environment_(makeEnvironment()),
+      shell_(makeShell()),
+      processes_(makeProcesses()),
+      clock_(makeClock()) {}
+
+WindowsMachine::~WindowsMachine() = default;
+
+}  // namespace machine::windows

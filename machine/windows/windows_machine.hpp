@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "machine/machine.hpp"
+
+namespace machine::windows {
+
+/// The computer that this process runs on.
+class WindowsMachine final : public Machine {
+ public:
+  WindowsMachine();
+  ~WindowsMachine() override;
+
+  Files& files() override { return *files_; }
+  Registry& registry() override { return *registry_; }
+  Environment& environment() override { return *environment_; }
+  Shell& shell() override { return *shell_; }
+  Processes& processes() override { return *processes_; }
+  Clock& clock() override { return *clock_; }
+
+ private:
+  std::unique_ptr<Files> files_;
+  std::unique_ptr<Registry> registry_;
+  std::unique_ptr<Environment> environment_;
+  std::unique_ptr<Shell> shell_;
+  std::unique_ptr<Processes> processes_;
+  std::unique_ptr<Clock> clock_;
+};
+
+}  // namespace machine::windows

@@ -1,0 +1,53 @@
+#include "registration/commands/metadata/list_files.hpp"
+
+#include <string_view>
+
+#include "fl/filesystem/fstream.hpp"
+#include "fl/filesystem/recursive_directory_iterator.hpp"
+
+namespace registration::commands::metadata {
+
+namespace {
+
+/// Without what the classic locale calls space or blank, at both ends.
+std::string trimmed(std::string_view line) {
+  constexpr std::string_view blanks = " \t\n\v\f\r";
+  auto const first = line.find_first_not_of(blanks);
+  if (first == std::string_view::npos) {
+    return {};
+  }
+  return std::string(line.substr(first, line.find_last_not_of(blanks) - first + 1));
+}
+
+/// Most names are dismissed by their last units, before a text is made of them.
+bool hasExtension(std::u16string_view name, UString const& extension) {
+  return name.ends_with(extension) && fl::filesystem::extract_extension(UString(name)) == extension;
+}
+
+}  // namespace
+
+void findFilesByExtension(Path const& root, UString const& extension, std::set<Path>& found) {
+  fl::filesystem::recursive_directory_walk walk(root);
+  while (auto const* entry = walk.next()) {
+    if (!entry->is_directory() && hasExtension(entry->file_name(), extension)) {
+      found.insert(entry->path());
+    }
+  }
+}
+
+bool readEntries(Path const& file, char commentMark,
+                 std::function<void(std::string const& line)> const& accept) {
+  fl::filesystem::ifstream stream(file);
+  if (!stream.is_open()) {
+    return false;
+  }
+  for (std::string line; std::getline(stream, line);) {
+    std::string const entry = trimmed(line);
+    if (!entry.empty() && entry.front() != commentMark) {
+      accept(entry);
+    }
+  }
+  return true;
+}
+
+}  // namespace registration::commands::metadata
