@@ -97,8 +97,8 @@ LSTATUS readValues(HKEY key, std::vector<std::pair<UString, RegistryValue>>& val
     if (status == ERROR_MORE_DATA && size > data.size()) {
       data.resize(size);
     } else if (status == ERROR_SUCCESS) {
-      values.emplace_back(name.substr(0, length), RegistryValue{static_cast<RegistryType>(type),
-                                                                data.substr(0, size)});
+      values.emplace_back(name.substr(0, length),
+                          RegistryValue{static_cast<RegistryType>(type), data.substr(0, size)});
     } else {
       return status == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : status;
     }
@@ -110,9 +110,9 @@ LSTATUS readValues(HKEY key, std::vector<std::pair<UString, RegistryValue>>& val
 class WindowsRegistry final : public Registry {
  public:
   bool createKey(RegistryKey const& key) override {
-    if (isOpen(key) && !isStale(RegQueryInfoKeyW(open_.get(), nullptr, nullptr, nullptr, nullptr,
-                                                 nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                 nullptr, nullptr))) {
+    if (isOpen(key) &&
+        !isStale(RegQueryInfoKeyW(open_.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                  nullptr, nullptr, nullptr, nullptr, nullptr))) {
       return false;
     }
     return openForWriting(key) == REG_CREATED_NEW_KEY;
@@ -163,9 +163,8 @@ class WindowsRegistry final : public Registry {
       return false;
     }
     UString const terminated(name);
-    return onExistingKey("remove a value of", key, KEY_SET_VALUE, [&](HKEY handle) {
-      return RegDeleteValueW(handle, wide(terminated));
-    });
+    return onExistingKey("remove a value of", key, KEY_SET_VALUE,
+                         [&](HKEY handle) { return RegDeleteValueW(handle, wide(terminated)); });
   }
 
   bool removeKey(RegistryKey const& key) override {
@@ -211,9 +210,9 @@ class WindowsRegistry final : public Registry {
     }
     HKEY handle = nullptr;
     DWORD disposition = 0;
-    LSTATUS const status = RegCreateKeyExW(
-        handleOf(key.root), wide(key.path), 0, nullptr, REG_OPTION_NON_VOLATILE,
-        KEY_READ | KEY_WRITE | KEY_WOW64_64KEY, nullptr, &handle, &disposition);
+    LSTATUS const status =
+        RegCreateKeyExW(handleOf(key.root), wide(key.path), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        KEY_READ | KEY_WRITE | KEY_WOW64_64KEY, nullptr, &handle, &disposition);
     if (status != ERROR_SUCCESS) {
       throw registryError("create", key, status);
     }
@@ -238,8 +237,8 @@ class WindowsRegistry final : public Registry {
       return false;
     }
     HKEY handle = nullptr;
-    LSTATUS const status = RegOpenKeyExW(handleOf(key.root), wide(key.path), 0,
-                                         access | KEY_WOW64_64KEY, &handle);
+    LSTATUS const status =
+        RegOpenKeyExW(handleOf(key.root), wide(key.path), 0, access | KEY_WOW64_64KEY, &handle);
     UniqueKey const owner(handle);
     return wasFound(what, key, status == ERROR_SUCCESS ? operation(handle) : status);
   }

@@ -13,8 +13,11 @@ UString verbatim(Path const& path) {
     return text;
   }
   UString const absolute = grammar::absolute(text, machine::current().files().currentDirectory());
-  if (grammar::isVerbatim(absolute)) {  // the current folder was a verbatim one
+  if (absolute.empty() || grammar::isVerbatim(absolute)) {  // as the current folder may be
     return absolute;
+  }
+  if (absolute.starts_with(u"\\\\.\\")) {
+    return u"\\\\?\\" + absolute.substr(4);
   }
   if (absolute.starts_with(u"\\\\")) {
     return u"\\\\?\\UNC" + absolute.substr(1);

@@ -1,0 +1,373 @@
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "machine/path_grammar.hpp"
+#include "machine/windows/handles.hpp"
+#include "machine/windows/parts.hpp"
+#include "machine/windows/system_error.hpp"
+#include "machine/windows/system_path.hpp"
+#include "machine/windows/text.hpp"
+
+namespace machine::windows {
+namespace {
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// The codes for a name that stands for nothing, among them those for a name that cannot exist and
+/// for a drive or server that is not there.
+bool meansNothingThere(DWORD code) {
+  switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_DRIVE:
+    case ERROR_NOT_READY:
+    case ERROR_BAD_NETPATH:
+    case ERROR_BAD_NET_NAME:
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+    case ERROR_FILENAME_EXCED_RANGE:
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// A reparse point stands for another name only when its tag says so; the others (files kept by a
+/// cloud service, deduplicated or compressed ones) are files and folders like any.
+bool isLink(DWORD attributes, DWORD reparseTag) {
+  return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(reparseTag);
+}
+
+bool isDirectory(DWORD attributes) {
+  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+/// What the folder's list says of a path. It tells a reparse point's tag, and it is there for files
+/// that nobody may open, such as the system's page file.
+std::optional<WIN32_FIND_DATAW> listedEntry(UString path) {
+  while (path.size() > path_grammar::rootLength(path) && path_grammar::isSeparator(path.back())) {
+    path.pop_back();
+  }
+  WIN32_FIND_DATAW data;
+  UniqueFind const find(orNull(FindFirstFileW(wide(path), &data)));
+  return find ? std::optional(data) : std::nullopt;
+}
+
+FileStatus statusOf(WIN32_FIND_DATAW const& data) {
+  bool const directory = isDirectory(data.dwFileAttributes);
+  return {directory, isLink(data.dwFileAttributes, data.dwReserved0),
+          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+}
+
+FileStatus statusOf(WIN32_FILE_ATTRIBUTE_DATA const& data) {
+  bool const directory = isDirectory(data.dwFileAttributes);
+  return {directory, false,
+          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+}
+
+bool directoryExists(UString const& path) {
+  DWORD const attributes = GetFileAttributesW(wide(path));
+  return attributes != INVALID_FILE_ATTRIBUTES && isDirectory(attributes);
+}
+
+class WindowsDirectoryStream final : public DirectoryStream {
+ public:
+  explicit WindowsDirectoryStream(std::u16string_view path) : path_(path) {
+    UString const pattern = systemPath("list", patternFor(path));
+    find_.reset(
+        orNull(FindFirstFileExW(wide(pattern), FindExInfoBasic, &data_, FindExSearchNameMatch,
+                                nullptr, FIND_FIRST_EX_LARGE_FETCH)));
+    hasFirst_ = find_ != nullptr;
+    DWORD const error = GetLastError();
+    // A drive's root has no "." and "..": when it is empty, nothing at all is found.
+    if (!find_ && !(error == ERROR_FILE_NOT_FOUND && directoryExists(systemPath("list", path)))) {
+      throw systemError("list", path, error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error);
+    }
+  }
+
+  bool next(DirectoryEntry& entry) override {
+    while (advance()) {
+      if (!isDotOrDotDot(data_.cFileName)) {
+        entry.name = unitsOf(data_.cFileName);
+        entry.isDirectory = isDirectory(data_.dwFileAttributes);
+        entry.isLink = isLink(data_.dwFileAttributes, data_.dwReserved0);
+        return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  static UString patternFor(std::u16string_view path) {
+    if (path.empty()) {
+      throw systemError("list", path, ERROR_PATH_NOT_FOUND);
+    }
+    bool const separated = path_grammar::isSeparator(path.back()) || path.back() == u':';
+    return UString(path) + (separated ? u"*" : u"\\*");
+  }
+
+  static bool isDotOrDotDot(wchar_t const* name) {
+    return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
+  }
+
+  bool advance() {
+    if (hasFirst_) {
+      hasFirst_ = false;
+      return true;
+    }
+    if (!find_) {
+      return false;
+    }
+    if (FindNextFileW(find_.get(), &data_)) {
+      return true;
+    }
+    DWORD const error = GetLastError();
+    find_.reset();
+    if (error != ERROR_NO_MORE_FILES) {
+      throw systemError("list", path_, error);
+    }
+    return false;
+  }
+
+  UString path_;
+  UniqueFind find_;
+  WIN32_FIND_DATAW data_;
+  bool hasFirst_;  ///< data_ holds the first name, not handed out yet
+};
+
+UniqueHandle openFile(std::string_view operation, std::u16string_view path, DWORD access,
+                      DWORD creation) {
+  UniqueHandle file(orNull(CreateFileW(wide(systemPath(operation, path)), access, shareAll, nullptr,
+                                       creation, FILE_ATTRIBUTE_NORMAL, nullptr)));
+  if (!file) {
+    throw systemError(operation, path);
+  }
+  // In any folder names such as CON and COM1 open a device, and reading from it waits for ever.
+  if (GetFileType(file.get()) != FILE_TYPE_DISK) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+  return file;
+}
+
+DWORD chunkSize(std::size_t size) {
+  return static_cast<DWORD>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
+}
+
+class WindowsFileReader final : public FileReader {
+ public:
+  explicit WindowsFileReader(std::u16string_view path)
+      : path_(path), file_(openFile("open for reading", path, GENERIC_READ, OPEN_EXISTING)) {}
+
+  std::size_t read(std::span<char> buffer) override {
+    DWORD count = 0;
+    if (!ReadFile(file_.get(), buffer.data(), chunkSize(buffer.size()), &count, nullptr)) {
+      throw systemError("read", path_);
+    }
+    return count;
+  }
+
+ private:
+  UString path_;
+  UniqueHandle file_;
+};
+
+class WindowsFileWriter final : public FileWriter {
+ public:
+  WindowsFileWriter(std::u16string_view path, WriteMode mode)
+      : path_(path),
+        file_(openFile("open for writing", path, accessFor(mode), creationFor(mode))) {}
+
+  void write(std::string_view bytes) override {
+    while (!bytes.empty()) {
+      DWORD count = 0;
+      if (!WriteFile(file_.get(), bytes.data(), chunkSize(bytes.size()), &count, nullptr)) {
+        throw systemError("write", path_);
+      }
+      bytes.remove_prefix(count);
+    }
+  }
+
+  void flushToDisk() override {
+    if (!FlushFileBuffers(file_.get())) {
+      throw systemError("flush", path_);
+    }
+  }
+
+  void close() override {
+    if (!CloseHandle(file_.release())) {
+      throw systemError("close", path_);
+    }
+  }
+
+ private:
+  static DWORD accessFor(WriteMode mode) {
+    // Without the right to write anywhere else, the system puts every write at the end.
+    return mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
+  }
+
+  static DWORD creationFor(WriteMode mode) {
+    switch (mode) {
+      case WriteMode::truncate:
+        return CREATE_ALWAYS;
+      case WriteMode::append:
+        return OPEN_ALWAYS;
+      case WriteMode::createNew:
+        break;
+    }
+    return CREATE_NEW;
+  }
+
+  UString path_;
+  UniqueHandle file_;
+};
+
+/// Removes with DeleteFileW or RemoveDirectoryW; a read-only attribute is taken away first, and put
+/// back when that did not help. False when there was nothing.
+template <class Call>
+bool removeEntry(std::string_view operation, std::u16string_view path, Call call) {
+  if (hasNul(path)) {
+    return false;
+  }
+  UString const target = systemPath(operation, path);
+  if (call(wide(target))) {
+    return true;
+  }
+  DWORD error = GetLastError();
+  DWORD const attributes = GetFileAttributesW(wide(target));
+  bool const isReadOnly = error == ERROR_ACCESS_DENIED && attributes != INVALID_FILE_ATTRIBUTES &&
+                          (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  if (isReadOnly &&
+      SetFileAttributesW(wide(target), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY})) {
+    if (call(wide(target))) {
+      return true;
+    }
+    error = GetLastError();
+    SetFileAttributesW(wide(target), attributes);
+  }
+  if (meansNothingThere(error)) {
+    return false;
+  }
+  throw systemError(operation, path, error);
+}
+
+std::optional<FileVersion> versionIn(std::string const& resource) {
+  VS_FIXEDFILEINFO* info = nullptr;
+  UINT size = 0;
+  void* found = nullptr;
+  if (!VerQueryValueW(resource.data(), L"\\", &found, &size) || size < sizeof *info) {
+    return std::nullopt;
+  }
+  info = static_cast<VS_FIXEDFILEINFO*>(found);
+  if (info->dwSignature != VS_FFI_SIGNATURE) {
+    return std::nullopt;
+  }
+  return FileVersion{HIWORD(info->dwFileVersionMS), LOWORD(info->dwFileVersionMS),
+                     HIWORD(info->dwFileVersionLS), LOWORD(info->dwFileVersionLS)};
+}
+
+class WindowsFiles final : public Files {
+ public:
+  std::optional<FileStatus> status(std::u16string_view path) override {
+    if (hasNul(path)) {
+      return std::nullopt;
+    }
+    UString const target = systemPath("look for", path);
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (GetFileAttributesExW(wide(target), GetFileExInfoStandard, &data)) {
+      bool const isReparsePoint = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+      auto const entry = isReparsePoint ? listedEntry(target) : std::nullopt;
+      return entry ? statusOf(*entry) : statusOf(data);
+    }
+    DWORD const error = GetLastError();
+    // ERROR_DIRECTORY: the path goes on below a file.
+    if (meansNothingThere(error) || error == ERROR_DIRECTORY) {
+      return std::nullopt;
+    }
+    if (error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED) {
+      if (auto const entry = listedEntry(target)) {
+        return statusOf(*entry);
+      }
+    }
+    throw systemError("look for", path, error);
+  }
+
+  std::unique_ptr<DirectoryStream> openDirectory(std::u16string_view path) override {
+    return std::make_unique<WindowsDirectoryStream>(path);
+  }
+
+  std::unique_ptr<FileReader> openForReading(std::u16string_view path) override {
+    return std::make_unique<WindowsFileReader>(path);
+  }
+
+  std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) override {
+    return std::make_unique<WindowsFileWriter>(path, mode);
+  }
+
+  void createDirectory(std::u16string_view path) override {
+    UString const target = systemPath("create the folder", path);
+    if (CreateDirectoryW(wide(target), nullptr)) {
+      return;
+    }
+    DWORD const error = GetLastError();
+    // For a drive's root the call answers "access denied", not "already exists".
+    if (!directoryExists(target)) {
+      throw systemError("create the folder", path, error);
+    }
+  }
+
+  bool removeFile(std::u16string_view path) override {
+    return removeEntry("remove", path, DeleteFileW);
+  }
+
+  bool removeDirectory(std::u16string_view path) override {
+    return removeEntry("remove the folder", path, RemoveDirectoryW);
+  }
+
+  void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
+    if (!MoveFileExW(wide(systemPath("rename", from)), wide(systemPath("rename", to)),
+                     replaceExisting ? MOVEFILE_REPLACE_EXISTING : 0)) {
+      DWORD const error = GetLastError();
+      throw systemError("rename", UString(from) + u" to " + UString(to), error);
+    }
+  }
+
+  UString currentDirectory() override {
+    UString folder =
+        textFrom([](wchar_t* buffer, DWORD size) { return GetCurrentDirectoryW(size, buffer); });
+    if (folder.empty()) {
+      throw systemError("find the current folder", u"");
+    }
+    return folder;
+  }
+
+  bool setCurrentDirectory(std::u16string_view path) override {
+    // As given: the system does not take a verbatim path for a current folder.
+    return !hasNul(path) && SetCurrentDirectoryW(wide(UString(path))) != FALSE;
+  }
+
+  std::optional<FileVersion> fileVersion(std::u16string_view path) override {
+    if (hasNul(path) || path.empty()) {
+      return std::nullopt;
+    }
+    // Absolute, because the call looks for a bare name where it looks for libraries.
+    UString const target = systemPath("read the version of", fullPath("read the version of", path));
+    DWORD ignored = 0;
+    DWORD const size = GetFileVersionInfoSizeW(wide(target), &ignored);
+    std::string resource(size, '\0');
+    if (size == 0 || !GetFileVersionInfoW(wide(target), 0, size, resource.data())) {
+      return std::nullopt;
+    }
+    return versionIn(resource);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Files> makeFiles() {
+  return std::make_unique<WindowsFiles>();
+}
+
+}  // namespace machine::windows
