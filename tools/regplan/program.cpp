@@ -1,0 +1,238 @@
+#include "tools/regplan/program.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "fl/i18n/ustring.hpp"
+#include "install/cpputil/logger.hpp"
+#include "machine/machine.hpp"
+#include "machine/simulated/SimulatedMachine.hpp"
+#include "tools/regplan/report.hpp"
+#include "tools/regplan/text.hpp"
+
+namespace regplan {
+namespace {
+
+namespace logger = install::cpputil::logger;
+
+constexpr char const* footer =
+    "A plan is a JSON file:\n"
+    "\n"
+    "  {\n"
+    "    \"options\": { \"metadataRootPath\": \"C:\\\\Program Files\\\\Vortan\\\\R1\" },\n"
+    "    \"commands\": [\n"
+    "      { \"command\": \"AddVTPathEntriesToMetadataFile\" },\n"
+    "      { \"command\": \"UpdatePathEnvironmentVariable\",\n"
+    "        \"pathEntry\": \"C:\\\\Program Files\\\\Vortan\\\\R1\\\\bin\",\n"
+    "        \"productVersion\": \"25.1.0.1\", \"executableName\": \"vortan.exe\" }\n"
+    "    ]\n"
+    "  }\n"
+    "\n"
+    "\"regplan list\" tells every command, argument and option. A plan is checked as a\n"
+    "whole first: with anything in it unknown, missing or of the wrong type, no\n"
+    "command is run. Files larger than 4 MiB or nested deeper than 32 levels are\n"
+    "refused.\n"
+    "\n"
+    "A command that fails does not keep the following ones from running. \"done with\n"
+    "problems\" marks one that ended normally after reporting trouble in its messages.\n"
+    "\n"
+    "Exit codes:\n"
+    "  0  every command ran to its end, with or without problems\n"
+    "  1  at least one command failed: an exception left it\n"
+    "  2  the command line or the plan was refused; nothing was changed";
+
+struct Arguments {
+  std::string plan;
+  std::string machine;  ///< empty: this computer
+  std::string log;      ///< empty: the default
+  bool noLog = false;
+};
+
+/// A command line or a surrounding that the program cannot work with.
+class Refusal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+void addPlan(CLI::App& verb, Arguments& arguments) {
+  verb.add_option("PLAN", arguments.plan, "The plan, a JSON file on this computer")
+      ->required()
+      ->type_name("");
+}
+
+void addRunOptions(CLI::App& verb, Arguments& arguments) {
+  verb.add_option("--machine", arguments.machine,
+                  "Work on the simulated machine in this existing folder instead of this "
+                  "computer; required where this is no Windows computer")
+      ->type_name("DIR");
+  auto* const log = verb.add_option("--log", arguments.log,
+                                    "Append the installation log to this file, a Windows path on "
+                                    "the machine worked on; without it, to "
+                                    "Vortan\\registration.log in the machine's ProgramData folder")
+                        ->type_name("FILE");
+  verb.add_flag("--no-log", arguments.noLog, "Write no log file")->excludes(log);
+}
+
+/// The machine that `directory` stands for; none when it is empty and this computer is meant.
+std::unique_ptr<machine::Machine> simulatedMachine(std::string const& directory) {
+  if (directory.empty()) return nullptr;
+  std::filesystem::path const folder(std::u8string(directory.begin(), directory.end()));
+  std::error_code error;
+  if (!std::filesystem::is_directory(folder, error)) {
+    throw Refusal("--machine: " + printable(directory) + " is not an existing folder");
+  }
+  return std::make_unique<machine::simulated::SimulatedMachine>(folder);
+}
+
+void requireMachine() {
+  try {
+    machine::current();
+  } catch (std::logic_error const&) {
+    throw Refusal("--machine DIR is required: this is no Windows computer");
+  }
+}
+
+std::string readErrorLines(std::vector<std::string> const& lines) {
+  std::string text;
+  for (std::string const& line : lines) text += line + "\n";
+  return text;
+}
+
+/// The plan in the file; nullopt after its errors were written.
+std::optional<Plan> loadPlan(std::string const& file, std::ostream& output) {
+  PlanErrors errors;
+  std::string const text = readPlanFile(file, errors);
+  std::optional<Plan> plan;
+  if (errors.empty()) plan = readPlan(text, errors);
+  output << readErrorLines(errors.lines(file));
+  return plan;
+}
+
+UString logFile(Arguments const& arguments) {
+  if (!arguments.log.empty()) return fl::i18n::utf8_to_ustring(arguments.log);
+  UString const folder = machine::current().shell().knownFolder(machine::KnownFolder::programData);
+  return (Path(folder) / Path(u"Vortan") / Path(u"registration.log")).ustring();
+}
+
+/// Opens the log and tells where it is, or that the run goes on without one.
+void openLog(Arguments const& arguments, std::ostream& output) {
+  std::vector<std::string> troubles;
+  bool opened = false;
+  try {
+    logger::scoped_observer const watch([&troubles](UString const& message) {
+      troubles.push_back(fl::i18n::ustring_to_utf8(message));
+    });
+    UString const file = logFile(arguments);
+    opened = logger::set_destination(file);
+    if (opened) output << "Log: " << printable(fl::i18n::ustring_to_utf8(file)) << "\n";
+  } catch (std::exception const& failure) {
+    troubles.push_back(failure.what());
+  }
+  if (opened) return;
+  output << "No log is written:\n";
+  for (std::string const& trouble : troubles) output << "  " << printable(trouble) << "\n";
+}
+
+std::string heading(Arguments const& arguments, Operation operation, std::size_t commands) {
+  std::string text = operation == Operation::execute ? "Running " : "Undoing ";
+  text += printable(arguments.plan) + ", " + counted(commands, "command");
+  if (!arguments.machine.empty()) {
+    text += ", on the simulated machine " + printable(arguments.machine);
+  }
+  return text;
+}
+
+/// Closes the log file at the end of a run.
+struct LogScope {
+  LogScope() = default;
+  LogScope(LogScope const&) = delete;
+  LogScope& operator=(LogScope const&) = delete;
+  ~LogScope() { logger::close_destination(); }
+};
+
+int runVerb(Arguments const& arguments, Operation operation, Surroundings const& surroundings) {
+  std::unique_ptr<machine::Machine> const simulated = simulatedMachine(arguments.machine);
+  std::optional<machine::ScopedMachine> scope;
+  if (simulated) scope.emplace(*simulated);
+  requireMachine();
+  std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
+  if (!plan) return refused;
+
+  std::ostream& output = surroundings.output;
+  output << heading(arguments, operation, plan->commands.size()) << "\n";
+  LogScope const log;
+  if (!arguments.noLog) openLog(arguments, output);
+  TextProgress progress(output);
+  auto const results = runPlan(*plan, operation, progress, surroundings.now);
+  output << "\n" << summary(results) << std::endl;
+  auto const failed = [](CommandResult const& result) { return result.outcome == Outcome::failed; };
+  return std::ranges::any_of(results, failed) ? commandFailed : allRan;
+}
+
+int validateVerb(Arguments const& arguments, Surroundings const& surroundings) {
+  std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
+  if (!plan) return refused;
+  surroundings.output << printable(arguments.plan) << ": valid, "
+                      << counted(plan->commands.size(), "command") << std::endl;
+  return allRan;
+}
+
+int listVerb(Surroundings const& surroundings) {
+  writeCatalogue(surroundings.output, commandCatalogue(), optionCatalogue());
+  return allRan;
+}
+
+}  // namespace
+
+int runProgram(std::vector<std::string> arguments, Surroundings const& surroundings) {
+  CLI::App app(
+      "Performs the registration steps of an installation from a plan, and takes them "
+      "back.",
+      "regplan");
+  app.allow_windows_style_options(false);
+  app.set_help_flag("--help", "Show this help; \"regplan VERB --help\" shows a verb's own");
+  app.set_version_flag("--version", "regplan " REGPLAN_VERSION, "Show the version");
+  app.require_subcommand(1);
+  app.footer(footer);
+
+  Arguments given;
+  CLI::App* const run = app.add_subcommand("run", "Execute the plan's commands in their order");
+  CLI::App* const undo = app.add_subcommand("undo", "Undo the plan's commands, in the same order");
+  CLI::App* const validate = app.add_subcommand("validate", "Check a plan and run nothing");
+  CLI::App* const list =
+      app.add_subcommand("list", "List the commands, arguments and options of plans");
+  for (CLI::App* const verb : {run, undo, validate, list}) {
+    verb->set_help_flag("--help", "Show this help");
+    verb->footer("");
+  }
+  for (CLI::App* const verb : {run, undo, validate}) addPlan(*verb, given);
+  for (CLI::App* const verb : {run, undo}) addRunOptions(*verb, given);
+
+  try {
+    std::ranges::reverse(arguments);
+    app.parse(std::move(arguments));
+    if (*run) return runVerb(given, Operation::execute, surroundings);
+    if (*undo) return runVerb(given, Operation::undo, surroundings);
+    if (*validate) return validateVerb(given, surroundings);
+    return listVerb(surroundings);
+  } catch (CLI::CallForHelp const&) {
+    surroundings.output << app.help();
+    return allRan;
+  } catch (CLI::CallForVersion const& version) {
+    surroundings.output << version.what() << "\n";
+    return allRan;
+  } catch (CLI::ParseError const& error) {
+    surroundings.errors << "regplan: " << printable(error.what())
+                        << "\nRun \"regplan --help\" for what it takes.\n";
+  } catch (std::exception const& error) {
+    surroundings.errors << "regplan: " << printable(error.what()) << "\n";
+  }
+  return refused;
+}
+
+}  // namespace regplan
