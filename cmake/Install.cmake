@@ -14,9 +14,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ ${PROJECT_SOURCE_DIR}/layers/
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/registration/utility
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/registration FILES_MATCHING PATTERN *.hpp)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/machine
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.hpp
-  PATTERN windows EXCLUDE PATTERN simulated EXCLUDE)
+file(GLOB machine_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/machine/*.hpp)
+install(FILES ${machine_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/machine)
 
 if(WIN32)
   # The program must find these beside it or beside the library.

@@ -140,9 +140,10 @@ void setsAndRemovesRegistryKeys() {
   std::list<registryKey> const keys = {
       {install::postinstall::localMachineKey(), u"SOFTWARE\\Vortan", u"Version", u"25.1"}};
   SetRegistryKeys const command(options(), keys, registry);
-  SetRegistryKeys const copy(command);
   command.execute();
-  copy.undo();
+
+  SetRegistryKeys const atRemoval(options(), keys, registry);
+  atRemoval.undo();
   check(seen.registry == std::vector<std::wstring>{L"SOFTWARE\\Vortan Version=25.1",
                                                    L"deleted SOFTWARE\\Vortan"},
         "the calls of the registry helper");
