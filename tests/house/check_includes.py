@@ -12,7 +12,9 @@ INCLUDE_FOLDERS = ["", "include/", "layers/"]
 
 # A folder may include what stands no higher than itself.
 FLOORS = {"machine": 1, "layers": 2, "registration": 3, "include": 3, "tools": 4}
-PROVIDERS = ("machine/windows/", "machine/simulated/")
+PROVIDERS = ("machine/windows/", "machine/portable/", "machine/simulated/")
+# What the simulated machine asks of its host, which each host's folder answers.
+HOST_INTERFACE = "machine/simulated/host_calls.hpp"
 
 STANDARD = re.compile(r"[a-z_]+\d*")
 LIBRARIES = re.compile(r"(nlohmann|CLI|utf8)/|utf8\.h$")
@@ -50,8 +52,8 @@ def own_header_complaint(file, target):
     if (target.startswith("machine/") and target != "machine/api.hpp"
             and file.startswith(("include/", "registration/"))):
         return "the commands reach the machine through the layers"
-    other = {"machine/windows": "machine/simulated/", "machine/simulated": "machine/windows/"}
-    if target.startswith(other.get("/".join(file.split("/")[:2]), "\0")):
+    if (file.startswith(PROVIDERS) and target.startswith(PROVIDERS)
+            and file.split("/")[1] != target.split("/")[1] and target != HOST_INTERFACE):
         return "providers of a machine do not know each other"
     return None
 
@@ -60,9 +62,11 @@ def complaints_about(file, text, exists):
     """`file` relative to the root, with slashes; `exists` tells whether such a file is there."""
     complaints = []
     for quote, name in INCLUDE.findall(text):
-        target = resolve(name, exists) if quote == '"' else None
-        if target is None:
+        target = resolve(name, exists)
+        if quote == "<":
             complaint = system_header_complaint(file, name)
+        elif target is None:
+            complaint = "no such header in the project"
         elif target.split("/")[0] not in FLOORS:
             complaint = "a folder of the product includes nothing from outside its four floors"
         else:
@@ -84,7 +88,7 @@ def check_tree():
 
 def self_test():
     tree = {"machine/api.hpp", "machine/files.hpp", "machine/windows/windows_machine.hpp",
-            "machine/simulated/simulated_machine.hpp", "layers/fl/path.hpp", "tests/helper.hpp",
+            "machine/simulated/simulated_machine.hpp", HOST_INTERFACE, "layers/fl/path.hpp", "tests/helper.hpp",
             "registration/utility/Command.hpp", "include/registration/commands/A.hpp"}
 
     def refused(file, include):
@@ -107,9 +111,12 @@ def self_test():
         ("machine/files.hpp", "<unistd.h>"),
         ("machine/simulated/files.cpp", "<windows.h>"),
         ("machine/simulated/files.cpp", '"machine/windows/windows_machine.hpp"'),
+        ("machine/windows/files.cpp", '"machine/simulated/simulated_machine.hpp"'),
         ("tools/regplan/main.cpp", "<shellapi.h>"),
+        ("tools/regplan/main.cpp", '"machine/no_such_header.hpp"'),
     ]
     allowed = [
+        ("machine/windows/host_calls.cpp", '"machine/simulated/host_calls.hpp"'),
         ("machine/windows/files.cpp", "<windows.h>"),
         ("machine/simulated/files.cpp", "<unistd.h>"),
         ("machine/simulated/files.cpp", "<nlohmann/json.hpp>"),

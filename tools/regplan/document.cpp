@@ -17,6 +17,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t shownReason = 300;
 constexpr std::size_t shownName = 80;
+constexpr int numberOverflow = 406;  ///< the parser's number for it
 
 /// "3:17" for the character that begins at or spans the byte `offset`.
 std::string lineAndColumn(std::string_view text, std::size_t offset) {
@@ -29,7 +30,8 @@ std::string lineAndColumn(std::string_view text, std::size_t offset) {
   return std::to_string(line) + ":" + std::to_string(column);
 }
 
-/// The parser's message without its own numbering and position.
+/// The parser's message without its own numbering and position, and without what it read last,
+/// which may be most of the file.
 std::string_view reasonOf(std::string_view message) {
   auto const dropThrough = [&message](std::string_view mark) {
     std::size_t const at = message.find(mark);
@@ -37,7 +39,7 @@ std::string_view reasonOf(std::string_view message) {
   };
   dropThrough("] ");
   if (message.starts_with("parse error at ")) dropThrough(": ");
-  return message;
+  return message.substr(0, message.find("; last read: "));
 }
 
 /// Builds the value from the parser's events. Every object keeps the set of its names, since the
@@ -70,11 +72,13 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool parse_error(std::size_t position, std::string const& token,
                    nlohmann::detail::exception const& error) override {
+    // The parser has read up to the end of what it refuses. The token it hands over is whole only
+    // for texts and numbers; these are shown by their beginning.
     std::string_view const reason = reasonOf(error.what());
-    // The parser has read the token to its end; a well-formed one that is out of place is shown by
-    // its beginning, an ill-formed one by the character it broke at.
-    bool const outOfPlace = reason.find("- unexpected ") != std::string_view::npos;
-    std::size_t const back = outOfPlace ? std::max<std::size_t>(token.size(), 1) : 1;
+    bool const isWholeToken = reason.find("unexpected string literal") != reason.npos ||
+                              reason.find("unexpected number literal") != reason.npos ||
+                              error.id == numberOverflow;
+    std::size_t const back = isWholeToken ? token.size() : 1;
     errors_.add(lineAndColumn(text_, position < back ? 0 : position - back),
                 "not JSON: " + shortened(reason, shownReason));
     return false;
@@ -87,12 +91,15 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     std::set<std::string> names;  ///< of an object's members
   };
 
-  /// Where the parser is.
+  /// Of the value that comes next. The lists around the innermost container hold their part of
+  /// the way there already.
   std::string place() const {
     std::string pointer;
     for (Container const& container : open_) {
-      pointer = container.value->is_object() ? below(pointer, container.name)
-                                             : below(pointer, container.value->size());
+      bool const isInnermost = &container == &open_.back();
+      std::size_t const index = container.value->size() - (isInnermost ? 0 : 1);
+      pointer =
+          container.value->is_object() ? below(pointer, container.name) : below(pointer, index);
     }
     return pointer;
   }

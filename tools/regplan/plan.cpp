@@ -57,7 +57,7 @@ std::string unknown(std::string const& what, std::string_view name,
   return reason;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   return "\"" + shortened(text, shownName) + "\"";
 }
 
@@ -159,7 +159,7 @@ class PlanReader {
     auto const& name = value.get_ref<std::string const&>();
     RootDescription const* const root = findNamed(rootCatalogue(), name);
     if (root) return root->handle();
-    errors_.add(place, unknown("registry root " + quoted(name), name, namesOf(rootCatalogue())));
+    errors_.add(place, unknown("registry root " + inQuotes(name), name, namesOf(rootCatalogue())));
     return std::nullopt;
   }
 
@@ -293,7 +293,7 @@ class PlanReader {
     auto const& name = given->get_ref<std::string const&>();
     CommandDescription const* const description = findNamed(known_, name);
     if (!description) {
-      errors_.add(namePlace, unknown("command " + quoted(name), name, namesOf(known_)));
+      errors_.add(namePlace, unknown("command " + inQuotes(name), name, namesOf(known_)));
     }
     return description;
   }
