@@ -29,8 +29,22 @@ bool removeEntry(UString const& path, bool isDirectory) {
   return isDirectory ? files().removeDirectory(path) : files().removeFile(path);
 }
 
+bool isDots(std::u16string_view name) {
+  return name == u"." || name == u"..";
+}
+
+/// Dots in a verbatim path are names to Windows, which has none such; what another system makes of
+/// them may be a root.
+bool isOrMayBeRoot(Path const& path) {
+  auto const names = grammar::components(path.ustring());
+  if (grammar::isVerbatim(path.ustring())) {
+    return names.empty() || std::any_of(names.begin(), names.end(), isDots);
+  }
+  return names.empty() || grammar::components(absolute(path)).empty();
+}
+
 void refuseRoot(Path const& path) {
-  if (grammar::components(path.ustring()).empty() || grammar::components(absolute(path)).empty()) {
+  if (isOrMayBeRoot(path)) {
     throw std::invalid_argument("refused to remove all of \"" +
                                 i18n::ustring_to_utf8(path.ustring()) + "\"");
   }

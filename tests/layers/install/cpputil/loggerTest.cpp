@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+#include <vector>
+
+#include "install/cpputil/logger.hpp"
+#include "tests/support/machine_fixture.hpp"
+#include "tests/support/substituted_machine.hpp"
+
+namespace install::cpputil::logger {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class StandingClock : public machine::Clock {
+ public:
+  std::chrono::system_clock::time_point now() override { return time; }
+
+  std::chrono::system_clock::time_point time =
+      std::chrono::sys_days(std::chrono::year(2026) / 11 / 21) + std::chrono::hours(8) +
+      std::chrono::minutes(30) + std::chrono::milliseconds(123);
+};
+
+class Logger : public tests::MachineTest {
+ protected:
+  Logger() { timed_.replace(clock); }
+  ~Logger() override { close_destination(); }
+
+  StandingClock clock;
+
+ private:
+  tests::SubstitutedMachine timed_{machine()};
+  machine::ScopedMachine scope_{timed_};
+};
+
+TEST_F(Logger, WritesOneStampedLineAMessage) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(u"Adding caf\u00E9");
+  clock.time += std::chrono::milliseconds(877);
+  append_message(std::string("caf\xC3\xA9 added"));
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2026-11-21T08:30:00.123Z Adding caf\xC3\xA9\n"
+            "2026-11-21T08:30:01.000Z caf\xC3\xA9 added\n");
+}
+
+TEST_F(Logger, StampsTimesOfEveryKindInUtc) {
+  using namespace std::chrono;
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  clock.time =
+      sys_days(year(2024) / 2 / 29) + hours(23) + minutes(59) + seconds(59) + microseconds(999'999);
+  append_message(u"leap");
+  clock.time = sys_days(year(1969) / 12 / 31) + hours(1);
+  append_message(u"before the epoch");
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2024-02-29T23:59:59.999Z leap\n1969-12-31T01:00:00.000Z before the epoch\n");
+}
+
+TEST_F(Logger, WritesLineBreaksAsEscapes) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(u"one\r\ntwo\n");
+  append_message(u"");
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2026-11-21T08:30:00.123Z one\\r\\ntwo\\n\n2026-11-21T08:30:00.123Z \n");
+}
+
+TEST_F(Logger, ReplacesIllFormedText) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(std::string("a\xFFz"));
+  append_message(UString(1, char16_t{0xD800}));
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2026-11-21T08:30:00.123Z a\xEF\xBF\xBDz\n2026-11-21T08:30:00.123Z \xEF\xBF\xBD\n");
+}
+
+TEST_F(Logger, AppendsToAnExistingLog) {
+  writeFile(at(u"install.log"), "earlier\n");
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(u"x");
+  EXPECT_EQ(readFile(at(u"install.log")), "earlier\n2026-11-21T08:30:00.123Z x\n");
+}
+
+TEST_F(Logger, MakesTheFoldersOfItsFile) {
+  ASSERT_TRUE(set_destination(at(u"logs\\today\\install.log")));
+  append_message(u"x");
+  EXPECT_EQ(readFile(at(u"logs\\today\\install.log")), "2026-11-21T08:30:00.123Z x\n");
+}
+
+TEST_F(Logger, MayBeGivenTheSameFileAgain) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(u"one");
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  append_message(u"two");
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2026-11-21T08:30:00.123Z one\n2026-11-21T08:30:00.123Z two\n");
+}
+
+TEST_F(Logger, MovesToANewDestination) {
+  ASSERT_TRUE(set_destination(at(u"one.log")));
+  append_message(u"one");
+  ASSERT_TRUE(set_destination(at(u"two.log")));
+  append_message(u"two");
+  EXPECT_EQ(readFile(at(u"one.log")), "2026-11-21T08:30:00.123Z one\n");
+  EXPECT_EQ(readFile(at(u"two.log")), "2026-11-21T08:30:00.123Z two\n");
+}
+
+TEST_F(Logger, SaysWhichFolderItCouldNotMakeAndStays) {
+  writeFile(at(u"file"), "x");
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  EXPECT_FALSE(set_destination(at(u"file\\install.log")));
+  append_message(u"on");
+  EXPECT_EQ(readFile(at(u"install.log")),
+            "2026-11-21T08:30:00.123Z Unable to create specified folder for installation log " +
+                fl::i18n::to_string(at(u"file")) +
+                "\n2026-11-21T08:30:00.123Z Reset destination file log " +
+                fl::i18n::to_string(at(u"install.log")) + "\n2026-11-21T08:30:00.123Z on\n");
+}
+
+TEST_F(Logger, SaysWhichFileItCouldNotMakeAndThatThereIsNone) {
+  makeDirectory(at(u"folder"));
+  std::vector<UString> messages;
+  scoped_observer const observer([&](UString const& message) { messages.push_back(message); });
+  EXPECT_FALSE(set_destination(at(u"folder")));
+  EXPECT_THAT(messages,
+              ElementsAre(u"Unable to create specified file for installation log " + at(u"folder"),
+                          u"Reset destination file log (none)"));
+}
+
+TEST_F(Logger, ForgetsItsDestinationWhenClosed) {
+  makeDirectory(at(u"folder"));
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  close_destination();
+  std::vector<UString> messages;
+  scoped_observer const observer([&](UString const& message) { messages.push_back(message); });
+  append_message(u"x");
+  set_destination(at(u"folder"));
+  EXPECT_EQ(readFile(at(u"install.log")), "");
+  EXPECT_THAT(messages, ElementsAre(u"x", testing::_, u"Reset destination file log (none)"));
+}
+
+TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
+  class NoFiles : public machine::Machine {
+   public:
+    explicit NoFiles(machine::Clock& clock) : clock_(clock) {}
+    machine::Files& files() override { throw std::logic_error("asked for files"); }
+    machine::Registry& registry() override { throw std::logic_error("asked for the registry"); }
+    machine::Environment& environment() override { throw std::logic_error("asked"); }
+    machine::Shell& shell() override { throw std::logic_error("asked for the shell"); }
+    machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
+    machine::Clock& clock() override { return clock_; }
+
+   private:
+    machine::Clock& clock_;
+  };
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  NoFiles other(clock);
+  {
+    machine::ScopedMachine const scope(other);
+    append_message(u"x");
+  }
+  EXPECT_EQ(readFile(at(u"install.log")), "2026-11-21T08:30:00.123Z x\n");
+}
+
+TEST_F(Logger, LosesNothingWithoutAnyDestination) {
+  EXPECT_NO_THROW(append_message(u"x"));
+}
+
+TEST_F(Logger, CallsObserversOutermostFirstAndBeforeItWrites) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  std::vector<std::string> calls;
+  scoped_observer const outer([&](UString const& message) {
+    calls.push_back("outer " + fl::i18n::to_string(message) + readFile(at(u"install.log")));
+  });
+  {
+    scoped_observer const inner(
+        [&](UString const& message) { calls.push_back("inner " + fl::i18n::to_string(message)); });
+    append_message(std::string("one"));
+  }
+  close_destination();
+  append_message(u"two");
+  EXPECT_EQ(calls[0], "outer one");
+  EXPECT_EQ(calls[1], "inner one");
+  EXPECT_THAT(calls[2], testing::StartsWith("outer two"));
+  EXPECT_EQ(calls.size(), 3u);
+}
+
+TEST_F(Logger, WhatAnObserverThrowsPassesOnAndIsNotWritten) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  {
+    scoped_observer const observer([](UString const&) { throw 7; });
+    EXPECT_THROW(append_message(u"x"), int);
+  }
+  EXPECT_EQ(readFile(at(u"install.log")), "");
+}
+
+}  // namespace
+}  // namespace install::cpputil::logger

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "machine/machine.hpp"
+
+namespace tests {
+
+/// Another machine with some of its parts replaced by a test's own. All must outlive it.
+class SubstitutedMachine : public machine::Machine {
+ public:
+  explicit SubstitutedMachine(machine::Machine& base) : base_(base) {}
+
+  void replace(machine::Files& files) { files_ = &files; }
+  void replace(machine::Registry& registry) { registry_ = &registry; }
+  void replace(machine::Environment& environment) { environment_ = &environment; }
+  void replace(machine::Shell& shell) { shell_ = &shell; }
+  void replace(machine::Processes& processes) { processes_ = &processes; }
+  void replace(machine::Clock& clock) { clock_ = &clock; }
+
+  machine::Files& files() override { return files_ ? *files_ : base_.files(); }
+  machine::Registry& registry() override { return registry_ ? *registry_ : base_.registry(); }
+  machine::Environment& environment() override {
+    return environment_ ? *environment_ : base_.environment();
+  }
+  machine::Shell& shell() override { return shell_ ? *shell_ : base_.shell(); }
+  machine::Processes& processes() override { return processes_ ? *processes_ : base_.processes(); }
+  machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
+
+ private:
+  machine::Machine& base_;
+  machine::Files* files_ = nullptr;
+  machine::Registry* registry_ = nullptr;
+  machine::Environment* environment_ = nullptr;
+  machine::Shell* shell_ = nullptr;
+  machine::Processes* processes_ = nullptr;
+  machine::Clock* clock_ = nullptr;
+};
+
+}  // namespace tests
