@@ -1,0 +1,129 @@
+#pragma once
+
+#include "machine/machine.hpp"
+
+/// Parts that pass every call on to another machine's. A decorator derives from the part it watches
+/// or changes and overrides only those operations.
+namespace machine {
+
+class ForwardingFiles : public Files {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingFiles(Files& inner) : inner_(inner) {}
+
+  std::optional<FileStatus> status(std::u16string_view path) override {
+    return inner_.status(path);
+  }
+  std::unique_ptr<DirectoryStream> openDirectory(std::u16string_view path) override {
+    return inner_.openDirectory(path);
+  }
+  std::unique_ptr<FileReader> openForReading(std::u16string_view path) override {
+    return inner_.openForReading(path);
+  }
+  std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) override {
+    return inner_.openForWriting(path, mode);
+  }
+  void createDirectory(std::u16string_view path) override { inner_.createDirectory(path); }
+  bool removeFile(std::u16string_view path) override { return inner_.removeFile(path); }
+  bool removeDirectory(std::u16string_view path) override { return inner_.removeDirectory(path); }
+  void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
+    inner_.rename(from, to, replaceExisting);
+  }
+  UString currentDirectory() override { return inner_.currentDirectory(); }
+  bool setCurrentDirectory(std::u16string_view path) override {
+    return inner_.setCurrentDirectory(path);
+  }
+  std::optional<FileVersion> fileVersion(std::u16string_view path) override {
+    return inner_.fileVersion(path);
+  }
+
+ protected:
+  Files& inner() { return inner_; }
+
+ private:
+  Files& inner_;
+};
+
+class ForwardingRegistry : public Registry {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingRegistry(Registry& inner) : inner_(inner) {}
+
+  bool createKey(RegistryKey const& key) override { return inner_.createKey(key); }
+  bool keyExists(RegistryKey const& key) override { return inner_.keyExists(key); }
+  std::optional<RegistryValue> value(RegistryKey const& key, std::u16string_view name) override {
+    return inner_.value(key, name);
+  }
+  void setValue(RegistryKey const& key, std::u16string_view name,
+                RegistryValue const& value) override {
+    inner_.setValue(key, name, value);
+  }
+  bool removeValue(RegistryKey const& key, std::u16string_view name) override {
+    return inner_.removeValue(key, name);
+  }
+  bool removeKey(RegistryKey const& key) override { return inner_.removeKey(key); }
+  std::vector<UString> subkeys(RegistryKey const& key) override { return inner_.subkeys(key); }
+  std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const& key) override {
+    return inner_.values(key);
+  }
+
+ protected:
+  Registry& inner() { return inner_; }
+
+ private:
+  Registry& inner_;
+};
+
+class ForwardingEnvironment : public Environment {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingEnvironment(Environment& inner) : inner_(inner) {}
+
+  std::optional<UString> variable(std::u16string_view name) override {
+    return inner_.variable(name);
+  }
+  bool setVariable(std::u16string_view name, std::u16string_view value) override {
+    return inner_.setVariable(name, value);
+  }
+  bool removeVariable(std::u16string_view name) override { return inner_.removeVariable(name); }
+  std::intptr_t broadcastSettingChange() override { return inner_.broadcastSettingChange(); }
+  std::uint32_t lastError() override { return inner_.lastError(); }
+
+ protected:
+  Environment& inner() { return inner_; }
+
+ private:
+  Environment& inner_;
+};
+
+class ForwardingShell : public Shell {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingShell(Shell& inner) : inner_(inner) {}
+
+  UString knownFolder(KnownFolder folder) override { return inner_.knownFolder(folder); }
+
+ protected:
+  Shell& inner() { return inner_; }
+
+ private:
+  Shell& inner_;
+};
+
+class ForwardingProcesses : public Processes {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingProcesses(Processes& inner) : inner_(inner) {}
+
+  std::unique_ptr<ChildProcess> start(ProcessStart const& what) override {
+    return inner_.start(what);
+  }
+
+ protected:
+  Processes& inner() { return inner_; }
+
+ private:
+  Processes& inner_;
+};
+
+}  // namespace machine

@@ -1,0 +1,46 @@
+#include "machine/simulated/host_calls.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace machine::simulated::host {
+
+namespace {
+
+int flags(OpenMode mode) {
+  switch (mode) {
+    case OpenMode::truncate:
+      return O_WRONLY | O_CREAT | O_TRUNC;
+    case OpenMode::append:
+      return O_WRONLY | O_CREAT | O_APPEND;
+    case OpenMode::createNew:
+      return O_WRONLY | O_CREAT | O_EXCL;
+    case OpenMode::read:
+      break;
+  }
+  return O_RDONLY;
+}
+
+}  // namespace
+
+int openFile(std::filesystem::path const& path, OpenMode mode) {
+  return ::open(path.c_str(), flags(mode) | O_CLOEXEC | O_NOFOLLOW, 0666);
+}
+
+std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
+  return ::read(file, buffer, size);
+}
+
+std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size) {
+  return ::write(file, bytes, size);
+}
+
+int flushFile(int file) {
+  return ::fsync(file);
+}
+
+int closeFile(int file) {
+  return ::close(file);
+}
+
+}  // namespace machine::simulated::host

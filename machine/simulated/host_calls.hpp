@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+
+/// The few calls on open files that hosts spell differently: POSIX's, with its results and errno.
+namespace machine::simulated::host {
+
+enum class OpenMode { read, truncate, append, createNew };
+
+/// Opens a file, never through a link where the host can tell. -1 on failure.
+int openFile(std::filesystem::path const& path, OpenMode mode);
+std::ptrdiff_t readFile(int file, void* buffer, std::size_t size);
+std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size);
+int flushFile(int file);
+int closeFile(int file);
+
+}  // namespace machine::simulated::host

@@ -1,0 +1,87 @@
+#include "machine/simulated/host_file.hpp"
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace machine::simulated {
+
+namespace {
+
+constexpr int closed = -1;
+
+template <typename Result>
+Result checked(Result result) {
+  if (result < 0) throw std::system_error(errno, std::generic_category());
+  return result;
+}
+
+}  // namespace
+
+HostFile::HostFile(std::filesystem::path const& path, host::OpenMode mode)
+    : file_(checked(host::openFile(path, mode))) {}
+
+HostFile::~HostFile() {
+  if (file_ != closed) host::closeFile(file_);
+}
+
+std::size_t HostFile::read(std::span<char> buffer) {
+  return static_cast<std::size_t>(checked(host::readFile(file_, buffer.data(), buffer.size())));
+}
+
+void HostFile::write(std::string_view bytes) {
+  while (!bytes.empty())
+    bytes.remove_prefix(
+        static_cast<std::size_t>(checked(host::writeFile(file_, bytes.data(), bytes.size()))));
+}
+
+void HostFile::flush() {
+  checked(host::flushFile(file_));
+}
+
+void HostFile::close() {
+  checked(host::closeFile(std::exchange(file_, closed)));
+}
+
+ErrorCode fromHost(std::error_code const& error) {
+  static constexpr std::pair<std::errc, ErrorCode> codes[] = {
+      {std::errc::no_such_file_or_directory, ErrorCode::fileNotFound},
+      {std::errc::not_a_directory, ErrorCode::pathNotFound},
+      {std::errc::too_many_symbolic_link_levels, ErrorCode::pathNotFound},
+      {std::errc::permission_denied, ErrorCode::accessDenied},
+      {std::errc::operation_not_permitted, ErrorCode::accessDenied},
+      {std::errc::is_a_directory, ErrorCode::accessDenied},
+      {std::errc::file_exists, ErrorCode::fileExists},
+      {std::errc::directory_not_empty, ErrorCode::directoryNotEmpty},
+      {std::errc::no_space_on_device, ErrorCode::diskFull},
+      {std::errc::read_only_file_system, ErrorCode::writeProtect},
+      {std::errc::filename_too_long, ErrorCode::fileNameTooLong},
+      {std::errc::file_too_large, ErrorCode::fileTooLarge},
+      {std::errc::cross_device_link, ErrorCode::notSameDevice},
+      {std::errc::device_or_resource_busy, ErrorCode::sharingViolation},
+      {std::errc::text_file_busy, ErrorCode::sharingViolation},
+      {std::errc::not_enough_memory, ErrorCode::notEnoughMemory},
+      {std::errc::invalid_argument, ErrorCode::invalidParameter},
+      {std::errc::broken_pipe, ErrorCode::brokenPipe},
+      {std::errc::not_supported, ErrorCode::notSupported},
+  };
+  for (auto const& [host, code] : codes)
+    if (error == host) return code;
+  return ErrorCode::ioDevice;
+}
+
+UString fromHostName(std::filesystem::path const& name) {
+  auto const utf8 = name.u8string();
+  return toUtf16({reinterpret_cast<char const*>(utf8.data()), utf8.size()});
+}
+
+std::filesystem::path toHostName(std::u16string_view name) {
+  auto const utf8 = toUtf8(name);
+  return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+bool isWellFormed(std::u16string_view text) {
+  return toUtf16(toUtf8(text)) == text;
+}
+
+}  // namespace machine::simulated

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+#include "machine/error.hpp"
+#include "machine/simulated/host_calls.hpp"
+#include "machine/unicode.hpp"
+
+namespace machine::simulated {
+
+/// An open file of the host. Failures are std::system_error with the host's error.
+class HostFile {
+ public:
+  HostFile(std::filesystem::path const& path, host::OpenMode mode);
+  ~HostFile();
+  HostFile(HostFile const&) = delete;
+  HostFile& operator=(HostFile const&) = delete;
+
+  std::size_t read(std::span<char> buffer);
+  void write(std::string_view bytes);
+  void flush();
+  /// REQUIRES: not closed yet.
+  void close();
+
+ private:
+  int file_;
+};
+
+/// The Windows error that a host's error stands for.
+ErrorCode fromHost(std::error_code const& error);
+
+/// A host's file name as Windows text, and the reverse. REQUIRES: `name` is well-formed UTF-16.
+UString fromHostName(std::filesystem::path const& name);
+std::filesystem::path toHostName(std::u16string_view name);
+
+/// No unpaired surrogates: the text survives the way through UTF-8.
+bool isWellFormed(std::u16string_view text);
+
+}  // namespace machine::simulated

@@ -1,0 +1,133 @@
+#include "machine/simulated/host_tree.hpp"
+
+#include <algorithm>
+#include <optional>
+
+#include "machine/path_grammar.hpp"
+#include "machine/simulated/host_file.hpp"
+
+namespace machine::simulated {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+Place unreachable(ErrorCode problem) {
+  return {problem, {}, fs::file_status(fs::file_type::not_found), false};
+}
+
+/// A name that Windows can give a file. "/" is part of a name in verbatim paths.
+bool isValidName(std::u16string_view name) {
+  if (name.empty() || name == u"." || name == u".." || !isWellFormed(name)) return false;
+  return std::none_of(name.begin(), name.end(), [](char16_t unit) {
+    return unit < 0x20 || std::u16string_view(u"<>:\"/\\|?*").find(unit) != UString::npos;
+  });
+}
+
+/// `C:` or `C:\`.
+bool isDrive(std::u16string_view root) {
+  auto const letter = root.empty() ? UString() : foldCase(root.substr(0, 1));
+  return (root.size() == 2 || root.size() == 3) && root[1] == u':' && letter[0] >= u'a' &&
+         letter[0] <= u'z';
+}
+
+/// The names below the machine's directory that lead to the root of `path`; none for a path that
+/// names neither a drive nor a share.
+std::vector<UString> rootFolders(std::u16string_view path) {
+  using namespace path_grammar;
+  auto root = toNative(path.substr(0, rootLength(path)));
+  bool const isDevice = root.starts_with(u"\\\\?\\") || root.starts_with(u"\\\\.\\");
+  if (isDevice) root.erase(0, 4);
+  bool const isShare =
+      isDevice ? equalIgnoringCase(root.substr(0, 4), u"UNC\\") : root.starts_with(u"\\\\");
+  if (!isShare)
+    return isDrive(root) ? std::vector<UString>{root.substr(0, 1)} : std::vector<UString>{};
+  std::vector<UString> names{u"UNC"};
+  for (auto const name : components(isDevice ? root.substr(4) : root.substr(2)))
+    names.emplace_back(name);
+  return names.size() == 3 ? names : std::vector<UString>{};
+}
+
+/// The name in `folder` that equals `name` but for its case; the first in order when several do.
+std::optional<fs::path> nameIgnoringCase(fs::path const& folder, std::u16string_view name) {
+  std::optional<fs::path> best;
+  std::error_code error;
+  for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    auto const candidate = at->path().filename();
+    if ((!best || candidate < *best) && equalIgnoringCase(fromHostName(candidate), name))
+      best = candidate;
+  }
+  return best;
+}
+
+bool isInside(fs::path const& folder, fs::path const& path) {
+  auto const [end, unused] = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
+  return end == folder.end();
+}
+
+bool isMissingFile(std::error_code const& error) {
+  return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+}  // namespace
+
+Place HostTree::find(std::u16string_view path) const {
+  auto const roots = rootFolders(path);
+  if (roots.empty()) return unreachable(ErrorCode::pathNotFound);
+  std::error_code error;
+  Place place{ErrorCode::success, directory_, fs::status(directory_, error), false};
+  for (auto const& name : roots) place = step(place, name);
+  place.isRoot = true;
+  for (auto const name : path_grammar::components(path)) place = step(place, name);
+  return place;
+}
+
+Place HostTree::findTarget(std::u16string_view path) const {
+  auto const place = find(path);
+  return place.exists() && place.isLink() ? follow(place) : place;
+}
+
+bool HostTree::sameVolume(std::u16string_view a, std::u16string_view b) const {
+  auto const rootsOfA = rootFolders(a);
+  auto const rootsOfB = rootFolders(b);
+  return std::equal(rootsOfA.begin(), rootsOfA.end(), rootsOfB.begin(), rootsOfB.end(),
+                    equalIgnoringCase);
+}
+
+Place HostTree::step(Place const& folder, std::u16string_view name) const {
+  if (folder.problem != ErrorCode::success) return folder;
+  if (!isValidName(name)) return unreachable(ErrorCode::invalidName);
+  if (!folder.exists()) return unreachable(ErrorCode::pathNotFound);
+  auto const parent = folder.isLink() ? follow(folder) : folder;
+  if (parent.problem != ErrorCode::success)
+    return unreachable(parent.problem == ErrorCode::fileNotFound ? ErrorCode::pathNotFound
+                                                                 : parent.problem);
+  if (!fs::is_directory(parent.status)) return unreachable(ErrorCode::pathNotFound);
+  Place place{ErrorCode::success, parent.host / toHostName(name), {}, false};
+  std::error_code error;
+  place.status = fs::symlink_status(place.host, error);
+  if (!fs::exists(place.status) && (!error || isMissingFile(error))) {
+    if (auto const other = nameIgnoringCase(parent.host, name)) {
+      place.host = parent.host / *other;
+      place.status = fs::symlink_status(place.host, error);
+    }
+  }
+  if (error && !isMissingFile(error)) return unreachable(fromHost(error));
+  return place;
+}
+
+Place HostTree::follow(Place const& link) const {
+  std::error_code error;
+  auto const directory = fs::canonical(directory_, error);
+  auto const target = fs::canonical(link.host, error);
+  if (error) return unreachable(fromHost(error));
+  if (!isInside(directory, target)) return unreachable(ErrorCode::accessDenied);
+  return {ErrorCode::success, target, fs::symlink_status(target, error), false};
+}
+
+bool isFolder(fs::path const& host, fs::file_status const& status) {
+  std::error_code error;
+  return fs::is_directory(status) || (fs::is_symlink(status) && fs::is_directory(host, error));
+}
+
+}  // namespace machine::simulated

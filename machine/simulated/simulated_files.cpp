@@ -1,0 +1,295 @@
+#include "machine/simulated/simulated_files.hpp"
+
+#include <algorithm>
+#include <fstream>
+#include <system_error>
+#include <tuple>
+#include <vector>
+
+#include "machine/error.hpp"
+#include "machine/path_grammar.hpp"
+#include "machine/simulated/host_file.hpp"
+#include "machine/simulated/version_resource.hpp"
+
+namespace machine::simulated {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// An operation and what it is about, for the message of its failure.
+struct Operation {
+  std::string_view name;
+  std::u16string_view subject;
+
+  [[noreturn]] void fail(ErrorCode code) const { throw SystemError(name, subject, code); }
+  void require(bool condition, ErrorCode code) const {
+    if (!condition) fail(code);
+  }
+  void check(std::error_code const& error) const {
+    if (error) fail(fromHost(error));
+  }
+  /// Runs what reports the host's failures as std::system_error.
+  template <typename Call>
+  auto run(Call&& call) const {
+    try {
+      return call();
+    } catch (std::system_error const& error) {
+      fail(fromHost(error.code()));
+    }
+  }
+  Place const& reachable(Place const& place) const {
+    require(place.problem == ErrorCode::success, place.problem);
+    return place;
+  }
+  Place const& existing(Place const& place) const {
+    require(reachable(place).exists(), ErrorCode::fileNotFound);
+    return place;
+  }
+};
+
+/// The name cannot exist on this machine, or nothing bears it.
+bool isNowhere(Place const& place) {
+  switch (place.problem) {
+    case ErrorCode::success:
+      return !place.exists();
+    case ErrorCode::fileNotFound:
+    case ErrorCode::pathNotFound:
+    case ErrorCode::invalidName:
+    case ErrorCode::fileNameTooLong:
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// Nothing to remove. A name that cannot exist is no error either.
+bool isGone(Place const& place, Operation const& operation) {
+  if (isNowhere(place)) return true;
+  operation.existing(place);
+  return false;
+}
+
+bool isReadOnly(fs::file_status const& status) {
+  return (status.permissions() & fs::perms::owner_write) == fs::perms::none;
+}
+
+/// Windows sorts a folder by name; the host's order would differ from one computer to the next.
+class SortedNames final : public DirectoryStream {
+ public:
+  explicit SortedNames(fs::path const& folder) {
+    for (auto const& entry : fs::directory_iterator(folder)) {
+      auto name = fromHostName(entry.path().filename());
+      auto key = foldCase(name);
+      auto const status = entry.symlink_status();
+      entries_.push_back({std::move(key), std::move(name), isFolder(entry.path(), status),
+                          fs::is_symlink(status)});
+    }
+    std::sort(entries_.begin(), entries_.end(), [](Entry const& a, Entry const& b) {
+      return std::tie(a.key, a.name) < std::tie(b.key, b.name);
+    });
+  }
+
+  bool next(DirectoryEntry& entry) override {
+    if (next_ == entries_.size()) return false;
+    auto const& current = entries_[next_++];
+    entry = {current.name, current.isDirectory, current.isLink};
+    return true;
+  }
+
+ private:
+  struct Entry {
+    UString key;
+    UString name;
+    bool isDirectory;
+    bool isLink;
+  };
+  std::vector<Entry> entries_;
+  std::size_t next_ = 0;
+};
+
+class HostReader final : public FileReader {
+ public:
+  HostReader(fs::path const& host, std::u16string_view path)
+      : file_(host, host::OpenMode::read), path_(path) {}
+  std::size_t read(std::span<char> buffer) override {
+    return Operation{"read", path_}.run([&] { return file_.read(buffer); });
+  }
+
+ private:
+  HostFile file_;
+  UString path_;
+};
+
+class HostWriter final : public FileWriter {
+ public:
+  HostWriter(fs::path const& host, host::OpenMode mode, std::u16string_view path)
+      : file_(host, mode), path_(path) {}
+  void write(std::string_view bytes) override {
+    Operation{"write", path_}.run([&] { file_.write(bytes); });
+  }
+  void flushToDisk() override {
+    Operation{"flush", path_}.run([&] { file_.flush(); });
+  }
+  void close() override {
+    Operation{"close", path_}.run([&] { file_.close(); });
+  }
+
+ private:
+  HostFile file_;
+  UString path_;
+};
+
+host::OpenMode hostMode(WriteMode mode) {
+  switch (mode) {
+    case WriteMode::append:
+      return host::OpenMode::append;
+    case WriteMode::createNew:
+      return host::OpenMode::createNew;
+    case WriteMode::truncate:
+      break;
+  }
+  return host::OpenMode::truncate;
+}
+
+/// Removes a file, a link or an empty folder, read-only or not.
+void removeFromHost(fs::path const& host, bool isLink, Operation const& operation) {
+  std::error_code error;
+  fs::remove(host, error);
+  if (error == std::errc::permission_denied && !isLink) {
+    std::error_code unused;
+    fs::permissions(host, fs::perms::owner_write, fs::perm_options::add, unused);
+    fs::remove(host, error);
+  }
+  operation.check(error);
+}
+
+/// The host's name for the new name of what is renamed: spelled as asked when only the case of its
+/// name changes, for then it is found under its old spelling.
+fs::path renameTarget(Place const& source, Place const& target, std::u16string_view to) {
+  return target.host == source.host
+             ? target.host.parent_path() / toHostName(path_grammar::fileName(to))
+             : target.host;
+}
+
+}  // namespace
+
+UString SimulatedFiles::absolute(std::u16string_view path) const {
+  return path_grammar::absolute(path, currentFolder_);
+}
+
+std::optional<FileStatus> SimulatedFiles::status(std::u16string_view path) {
+  Operation const operation{"get the status of", path};
+  auto const place = tree_.find(absolute(path));
+  if (isNowhere(place)) return std::nullopt;
+  operation.existing(place);
+  FileStatus result{isFolder(place.host, place.status), place.isLink(), 0};
+  if (fs::is_regular_file(place.status)) {
+    std::error_code error;
+    result.size = fs::file_size(place.host, error);
+    operation.check(error);
+  }
+  return result;
+}
+
+std::unique_ptr<DirectoryStream> SimulatedFiles::openDirectory(std::u16string_view path) {
+  Operation const operation{"list", path};
+  auto const place = tree_.findTarget(absolute(path));
+  operation.require(operation.reachable(place).exists(), ErrorCode::pathNotFound);
+  operation.require(fs::is_directory(place.status), ErrorCode::directory);
+  return operation.run([&] { return std::make_unique<SortedNames>(place.host); });
+}
+
+std::unique_ptr<FileReader> SimulatedFiles::openForReading(std::u16string_view path) {
+  Operation const operation{"open for reading", path};
+  auto const place = tree_.findTarget(absolute(path));
+  // Anything else, a pipe or a device of the host, is not the machine's.
+  operation.require(fs::is_regular_file(operation.existing(place).status), ErrorCode::accessDenied);
+  return operation.run([&] { return std::make_unique<HostReader>(place.host, path); });
+}
+
+std::unique_ptr<FileWriter> SimulatedFiles::openForWriting(std::u16string_view path,
+                                                           WriteMode mode) {
+  Operation const operation{"open for writing", path};
+  auto const place =
+      mode == WriteMode::createNew ? tree_.find(absolute(path)) : tree_.findTarget(absolute(path));
+  if (operation.reachable(place).exists()) {
+    operation.require(mode != WriteMode::createNew, ErrorCode::fileExists);
+    operation.require(fs::is_regular_file(place.status) && !isReadOnly(place.status),
+                      ErrorCode::accessDenied);
+  }
+  return operation.run(
+      [&] { return std::make_unique<HostWriter>(place.host, hostMode(mode), path); });
+}
+
+void SimulatedFiles::createDirectory(std::u16string_view path) {
+  Operation const operation{"make the folder", path};
+  auto const place = tree_.find(absolute(path));
+  if (operation.reachable(place).exists())
+    return operation.require(isFolder(place.host, place.status), ErrorCode::alreadyExists);
+  operation.require(!place.isRoot, ErrorCode::pathNotFound);
+  std::error_code error;
+  fs::create_directory(place.host, error);
+  operation.check(error);
+}
+
+bool SimulatedFiles::removeFile(std::u16string_view path) {
+  Operation const operation{"remove the file", path};
+  auto const place = tree_.find(absolute(path));
+  if (isGone(place, operation)) return false;
+  operation.require(!isFolder(place.host, place.status), ErrorCode::accessDenied);
+  removeFromHost(place.host, place.isLink(), operation);
+  return true;
+}
+
+bool SimulatedFiles::removeDirectory(std::u16string_view path) {
+  Operation const operation{"remove the folder", path};
+  auto const place = tree_.find(absolute(path));
+  if (isGone(place, operation)) return false;
+  operation.require(!place.isRoot, ErrorCode::accessDenied);
+  operation.require(isFolder(place.host, place.status), ErrorCode::directory);
+  removeFromHost(place.host, place.isLink(), operation);
+  return true;
+}
+
+void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
+                            bool replaceExisting) {
+  Operation const operation{"rename", from};
+  auto const source = tree_.find(absolute(from));
+  auto const target = tree_.find(absolute(to));
+  operation.existing(source);
+  operation.reachable(target);
+  operation.require(!source.isRoot && !target.isRoot, ErrorCode::accessDenied);
+  operation.require(tree_.sameVolume(absolute(from), absolute(to)), ErrorCode::notSameDevice);
+  if (target.exists() && target.host != source.host) {
+    operation.require(replaceExisting, ErrorCode::alreadyExists);
+    operation.require(
+        !isFolder(target.host, target.status) && !isFolder(source.host, source.status),
+        ErrorCode::accessDenied);
+    operation.require(target.isLink() || !isReadOnly(target.status), ErrorCode::accessDenied);
+  }
+  std::error_code error;
+  fs::rename(source.host, renameTarget(source, target, absolute(to)), error);
+  operation.check(error);
+}
+
+UString SimulatedFiles::currentDirectory() {
+  return currentFolder_;
+}
+
+bool SimulatedFiles::setCurrentDirectory(std::u16string_view path) {
+  auto folder = absolute(path);
+  auto const place = tree_.findTarget(folder);
+  if (!place.exists() || !fs::is_directory(place.status)) return false;
+  currentFolder_ = std::move(folder);
+  return true;
+}
+
+std::optional<FileVersion> SimulatedFiles::fileVersion(std::u16string_view path) {
+  auto const place = tree_.findTarget(absolute(path));
+  if (!place.exists() || !fs::is_regular_file(place.status)) return std::nullopt;
+  std::ifstream file(place.host, std::ios::binary);
+  return readVersionResource(file);
+}
+
+}  // namespace machine::simulated

@@ -1,0 +1,112 @@
+#include "machine/simulated/simulated_machine.hpp"
+
+#include "machine/path_grammar.hpp"
+#include "machine/simulated/json_file.hpp"
+#include "machine/simulated/simulated_environment.hpp"
+#include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_processes.hpp"
+#include "machine/simulated/simulated_registry.hpp"
+#include "machine/simulated/simulated_shell.hpp"
+
+namespace machine::simulated {
+
+namespace {
+
+class SystemClock final : public Clock {
+ public:
+  std::chrono::system_clock::time_point now() override { return std::chrono::system_clock::now(); }
+};
+
+template <typename Part>
+Part readOrNew(JsonFile& file) {
+  return file.exists() ? Part(file.read()) : Part();
+}
+
+void makeFolders(std::filesystem::path const& directory) {
+  for (auto const* folder :
+       {"Program Files/Common Files", "Windows/System32", "Users/User/Desktop",
+        "Users/User/AppData/Local/Temp",
+        "Users/User/AppData/Roaming/Microsoft/Windows/Start Menu/Programs", "Users/Public/Desktop",
+        "ProgramData/Microsoft/Windows/Start Menu/Programs"})
+    std::filesystem::create_directories(directory / "C" / folder);
+}
+
+}  // namespace
+
+struct SimulatedMachine::Parts {
+  explicit Parts(std::filesystem::path const& directory)
+      : registryFile(directory / "registry.json"),
+        environmentFile(directory / "environment.json"),
+        processesFile(directory / "processes.json"),
+        isNew(!registryFile.exists()),
+        files(directory),
+        registry(readOrNew<SimulatedRegistry>(registryFile)),
+        environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+        processes(files) {
+    JsonFile exitCodes(directory / "processes-exit-codes.json");
+    if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
+  }
+
+  JsonFile registryFile;
+  JsonFile environmentFile;
+  JsonFile processesFile;
+  bool isNew;
+  SimulatedFiles files;
+  SimulatedRegistry registry;
+  SimulatedEnvironment environment;
+  SimulatedShell shell;
+  SimulatedProcesses processes;
+  SystemClock clock;
+};
+
+SimulatedMachine::SimulatedMachine(std::filesystem::path directory) {
+  // The machine stays where it is when the process changes its current folder.
+  directory = std::filesystem::absolute(directory);
+  parts_ = std::make_unique<Parts>(directory);
+  if (parts_->isNew) makeFolders(directory);
+}
+
+SimulatedMachine::~SimulatedMachine() {
+  try {
+    save();
+  } catch (std::exception const&) {
+    // Who wants to know calls save().
+  }
+}
+
+void SimulatedMachine::save() {
+  parts_->registryFile.write(parts_->registry.toJson());
+  parts_->environmentFile.write(parts_->environment.toJson());
+  parts_->processesFile.write(parts_->processes.toJson());
+}
+
+void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
+  parts_->processes.setExitCode(program, code);
+}
+
+Files& SimulatedMachine::files() {
+  return parts_->files;
+}
+
+Registry& SimulatedMachine::registry() {
+  return parts_->registry;
+}
+
+Environment& SimulatedMachine::environment() {
+  return parts_->environment;
+}
+
+Shell& SimulatedMachine::shell() {
+  return parts_->shell;
+}
+
+Processes& SimulatedMachine::processes() {
+  return parts_->processes;
+}
+
+Clock& SimulatedMachine::clock() {
+  return parts_->clock;
+}
+
+}  // namespace machine::simulated
