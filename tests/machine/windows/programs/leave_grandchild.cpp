@@ -1,6 +1,6 @@
-// leave_grandchild STARTED END: writes "started" to standard output, starts itself as a grandchild that
-// keeps all its handles open, and ends at once. The grandchild sets the event named STARTED and
-// lives until the one named END is set.
+// leave_grandchild STARTED END: writes "started" to standard output, starts itself as a grandchild
+// that keeps all its handles open, and ends at once. The grandchild sets the event named STARTED
+// and lives until the one named END is set.
 #include <windows.h>
 
 #include <cstdio>
@@ -27,8 +27,7 @@ int wmain(int count, wchar_t** arguments) {
   }
   std::printf("started");
   std::fflush(stdout);
-  std::wstring line =
-      L"x " + std::wstring(arguments[1]) + L" " + arguments[2] + L" grandchild";
+  std::wstring line = L"x " + std::wstring(arguments[1]) + L" " + arguments[2] + L" grandchild";
   wchar_t program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
   STARTUPINFOW startup{};

@@ -1,10 +1,10 @@
 // write_streams COUNT: writes "out 1", "err 1", "out 2", "err 2" ... by turns to standard output
 // and standard error, each handed to the system before the next.
-#include <cstdio>
-#include <cwchar>
-
 #include <fcntl.h>
 #include <io.h>
+
+#include <cstdio>
+#include <cwchar>
 
 int wmain(int count, wchar_t** arguments) {
   _setmode(_fileno(stdout), _O_BINARY);
