@@ -11,7 +11,7 @@
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
 #include "machine/machine.hpp"
-#include "machine/simulated/SimulatedMachine.hpp"
+#include "machine/simulated/simulated_machine.hpp"
 #include "tools/regplan/report.hpp"
 #include "tools/regplan/text.hpp"
 
@@ -19,6 +19,7 @@ namespace regplan {
 namespace {
 
 namespace logger = install::cpputil::logger;
+using machine::simulated::SimulatedMachine;
 
 constexpr char const* footer =
     "A plan is a JSON file:\n"
@@ -79,14 +80,14 @@ void addRunOptions(CLI::App& verb, Arguments& arguments) {
 }
 
 /// The machine that `directory` stands for; none when it is empty and this computer is meant.
-std::unique_ptr<machine::Machine> simulatedMachine(std::string const& directory) {
+std::unique_ptr<SimulatedMachine> simulatedMachine(std::string const& directory) {
   if (directory.empty()) return nullptr;
   std::filesystem::path const folder(std::u8string(directory.begin(), directory.end()));
   std::error_code error;
   if (!std::filesystem::is_directory(folder, error)) {
     throw Refusal("--machine: " + printable(directory) + " is not an existing folder");
   }
-  return std::make_unique<machine::simulated::SimulatedMachine>(folder);
+  return std::make_unique<SimulatedMachine>(folder);
 }
 
 void requireMachine() {
@@ -97,7 +98,7 @@ void requireMachine() {
   }
 }
 
-std::string readErrorLines(std::vector<std::string> const& lines) {
+std::string joinedLines(std::vector<std::string> const& lines) {
   std::string text;
   for (std::string const& line : lines) text += line + "\n";
   return text;
@@ -109,7 +110,7 @@ std::optional<Plan> loadPlan(std::string const& file, std::ostream& output) {
   std::string const text = readPlanFile(file, errors);
   std::optional<Plan> plan;
   if (errors.empty()) plan = readPlan(text, errors);
-  output << readErrorLines(errors.lines(file));
+  output << joinedLines(errors.lines(file));
   return plan;
 }
 
@@ -155,14 +156,21 @@ struct LogScope {
   ~LogScope() { logger::close_destination(); }
 };
 
-int runVerb(Arguments const& arguments, Operation operation, Surroundings const& surroundings) {
-  std::unique_ptr<machine::Machine> const simulated = simulatedMachine(arguments.machine);
-  std::optional<machine::ScopedMachine> scope;
-  if (simulated) scope.emplace(*simulated);
-  requireMachine();
+/// Keeps what the run did to a simulated machine; false after telling that it was lost.
+bool saved(SimulatedMachine* simulated, std::ostream& errors) {
+  try {
+    if (simulated) simulated->save();
+    return true;
+  } catch (std::exception const& failure) {
+    errors << "regplan: the simulated machine could not be saved: " << printable(failure.what())
+           << "\n";
+    return false;
+  }
+}
+
+ExitCode runOn(Arguments const& arguments, Operation operation, Surroundings const& surroundings) {
   std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
   if (!plan) return refused;
-
   std::ostream& output = surroundings.output;
   output << heading(arguments, operation, plan->commands.size()) << "\n";
   LogScope const log;
@@ -170,11 +178,22 @@ int runVerb(Arguments const& arguments, Operation operation, Surroundings const&
   TextProgress progress(output);
   auto const results = runPlan(*plan, operation, progress, surroundings.now);
   output << "\n" << summary(results) << std::endl;
-  auto const failed = [](CommandResult const& result) { return result.outcome == Outcome::failed; };
-  return std::ranges::any_of(results, failed) ? commandFailed : allRan;
+  bool const anyFailed = std::ranges::count(results, Outcome::failed, &CommandResult::outcome) > 0;
+  return anyFailed ? commandFailed : allRan;
 }
 
-int validateVerb(Arguments const& arguments, Surroundings const& surroundings) {
+ExitCode runVerb(Arguments const& arguments, Operation operation,
+                 Surroundings const& surroundings) {
+  std::unique_ptr<SimulatedMachine> const simulated = simulatedMachine(arguments.machine);
+  std::optional<machine::ScopedMachine> scope;
+  if (simulated) scope.emplace(*simulated);
+  requireMachine();
+  ExitCode const result = runOn(arguments, operation, surroundings);
+  if (result == refused || saved(simulated.get(), surroundings.errors)) return result;
+  return commandFailed;
+}
+
+ExitCode validateVerb(Arguments const& arguments, Surroundings const& surroundings) {
   std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
   if (!plan) return refused;
   surroundings.output << printable(arguments.plan) << ": valid, "
@@ -182,7 +201,7 @@ int validateVerb(Arguments const& arguments, Surroundings const& surroundings) {
   return allRan;
 }
 
-int listVerb(Surroundings const& surroundings) {
+ExitCode listVerb(Surroundings const& surroundings) {
   writeCatalogue(surroundings.output, commandCatalogue(), optionCatalogue());
   return allRan;
 }
