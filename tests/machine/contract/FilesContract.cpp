@@ -1,0 +1,479 @@
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "machine/unicode.hpp"
+#include "tests/machine/contract/contract.hpp"
+
+namespace contract {
+
+using machine::DirectoryEntry;
+using machine::ErrorCode;
+using machine::SystemError;
+using machine::UString;
+using machine::WriteMode;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto codeOf(ErrorCode code) {
+  return static_cast<std::uint32_t>(code);
+}
+
+}  // namespace
+
+void FilesContract::write(std::u16string_view path, std::string_view content, WriteMode mode) {
+  auto const writer = files().openForWriting(path, mode);
+  writer->write(content);
+  writer->close();
+}
+
+std::string FilesContract::read(std::u16string_view path) {
+  auto const reader = files().openForReading(path);
+  std::string content;
+  std::array<char, 7> buffer;  // small, so that a file takes several calls
+  while (auto const size = reader->read(buffer)) content.append(buffer.data(), size);
+  return content;
+}
+
+std::string FilesContract::list(std::u16string_view path) {
+  std::vector<std::string> names;
+  auto const stream = files().openDirectory(path);
+  for (DirectoryEntry entry; stream->next(entry);)
+    names.push_back(machine::toUtf8(entry.name) + (entry.isDirectory ? "\\" : "") +
+                    (entry.isLink ? "@" : ""));
+  std::sort(names.begin(), names.end());
+  std::string result;
+  for (auto const& name : names) result += (result.empty() ? "" : " ") + name;
+  return result;
+}
+
+std::uint32_t FilesContract::errorOf(std::function<void()> const& call) {
+  try {
+    call();
+    return 0;
+  } catch (SystemError const& error) {
+    return error.code();
+  }
+}
+
+bool FilesContract::makeLink(std::u16string_view link, std::u16string_view target) {
+  std::error_code error;
+  fs::create_symlink(under().hostPath(target), under().hostPath(link), error);
+  return !error && fs::is_symlink(fs::symlink_status(under().hostPath(link), error));
+}
+
+TEST_P(FilesContract, StatusOfWhatDoesNotExistIsNone) {
+  EXPECT_FALSE(files().status(in(u"none")));
+  EXPECT_FALSE(files().status(in(u"none\\in\\none")));
+  EXPECT_FALSE(files().status(u""));
+}
+
+TEST_P(FilesContract, StatusOfANameThatCannotExistIsNone) {
+  EXPECT_FALSE(files().status(in(u"a?b")));
+  EXPECT_FALSE(files().status(in(u"a*")));
+  EXPECT_FALSE(files().status(in(u"a<b>")));
+  EXPECT_FALSE(files().status(in(u"a|b\\c")));
+}
+
+TEST_P(FilesContract, StatusOfAFileBelowAFileIsNone) {
+  write(in(u"file"), "x");
+  EXPECT_FALSE(files().status(in(u"file\\below")));
+}
+
+TEST_P(FilesContract, StatusTellsFileFromFolderAndGivesTheSize) {
+  write(in(u"file"), "12345");
+  auto const file = files().status(in(u"file"));
+  ASSERT_TRUE(file);
+  EXPECT_FALSE(file->isDirectory);
+  EXPECT_FALSE(file->isLink);
+  EXPECT_EQ(file->size, 5u);
+  auto const folder = files().status(under().folder());
+  ASSERT_TRUE(folder);
+  EXPECT_TRUE(folder->isDirectory);
+  EXPECT_EQ(folder->size, 0u);
+}
+
+TEST_P(FilesContract, BothSlashesSeparate) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder/file"), "x");
+  EXPECT_EQ(read(in(u"folder\\file")), "x");
+  auto slashes = in(u"folder\\file");
+  std::replace(slashes.begin(), slashes.end(), u'\\', u'/');
+  EXPECT_EQ(read(slashes), "x");
+}
+
+TEST_P(FilesContract, ASeparatorAtTheEndOfAFolderCountsNot) {
+  files().createDirectory(in(u"folder\\"));
+  EXPECT_TRUE(files().status(in(u"folder\\"))->isDirectory);
+  EXPECT_EQ(list(in(u"folder\\")), "");
+}
+
+TEST_P(FilesContract, NamesAreFoundWithoutRegardToCase) {
+  files().createDirectory(in(u"Folder"));
+  write(in(u"Folder\\Datei \u00C4\u0416.TXT"), "x");
+  EXPECT_EQ(read(in(u"fOLDER\\dATEI \u00E4\u0436.txt")), "x");
+  EXPECT_TRUE(files().removeFile(in(u"FOLDER\\DATEI \u00C4\u0436.txt")));
+  EXPECT_EQ(list(in(u"folder")), "");
+}
+
+TEST_P(FilesContract, WritingUnderAnotherCaseKeepsTheNameOfTheFile) {
+  write(in(u"Name.txt"), "old");
+  write(in(u"NAME.TXT"), "new");
+  EXPECT_EQ(list(under().folder()), "Name.txt");
+  EXPECT_EQ(read(in(u"Name.txt")), "new");
+}
+
+TEST_P(FilesContract, TrailingDotsAndBlanksOfANameCountNot) {
+  write(in(u"file. . "), "x");
+  EXPECT_EQ(list(under().folder()), "file");
+  EXPECT_EQ(read(in(u"file.")), "x");
+}
+
+TEST_P(FilesContract, DotsAreWorkedOut) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\..\\.\\file"), "x");
+  EXPECT_EQ(read(in(u"file")), "x");
+}
+
+TEST_P(FilesContract, NonLatinNamesAreKept) {
+  UString const name = u"\u043F\u0430\u043F\u043A\u0430 \u03A9 \u65E5\u672C \U0001F600.txt";
+  write(in(name), "x");
+  EXPECT_EQ(read(in(name)), "x");
+  EXPECT_EQ(list(under().folder()), machine::toUtf8(name));
+}
+
+TEST_P(FilesContract, PathsMayBeLongerThan260Units) {
+  UString path = under().folder();
+  for (int i = 0; i < 4; ++i) {
+    path += u'\\' + UString(100, u'n');
+    files().createDirectory(path);
+  }
+  auto const file = path + u"\\file";
+  ASSERT_GT(file.size(), 400u);
+  write(file, "x");
+  EXPECT_EQ(read(file), "x");
+  EXPECT_EQ(files().status(file)->size, 1u);
+  EXPECT_EQ(list(path), "file");
+  files().rename(file, path + u"\\other", false);
+  EXPECT_TRUE(files().removeFile(path + u"\\other"));
+  EXPECT_TRUE(files().removeDirectory(path));
+}
+
+TEST_P(FilesContract, VerbatimPathsNameTheSameFiles) {
+  write(in(u"file"), "x");
+  EXPECT_EQ(read(u"\\\\?\\" + in(u"file")), "x");
+}
+
+TEST_P(FilesContract, AFolderIsListedWithoutDotAndDotDot) {
+  EXPECT_EQ(list(under().folder()), "");
+  write(in(u"b.txt"), "");
+  write(in(u"a"), "");
+  files().createDirectory(in(u"c"));
+  EXPECT_EQ(list(under().folder()), "a b.txt c\\");
+}
+
+TEST_P(FilesContract, AListedNameIsValidUntilTheNextOne) {
+  write(in(u"one"), "");
+  write(in(u"two"), "");
+  auto const stream = files().openDirectory(under().folder());
+  DirectoryEntry entry;
+  std::vector<UString> names;
+  while (stream->next(entry)) {
+    EXPECT_TRUE(files().status(in(entry.name)));  // other calls leave it alone
+    names.emplace_back(entry.name);
+  }
+  EXPECT_EQ(names.size(), 2u);
+  EXPECT_FALSE(stream->next(entry));
+}
+
+TEST_P(FilesContract, NamesMayBeRemovedWhileTheyAreListed) {
+  for (auto const* name : {u"a", u"b", u"c", u"d"}) write(in(name), "");
+  auto const stream = files().openDirectory(under().folder());
+  int seen = 0;
+  for (DirectoryEntry entry; stream->next(entry); ++seen)
+    EXPECT_TRUE(files().removeFile(in(entry.name)));
+  EXPECT_EQ(seen, 4);
+  EXPECT_EQ(list(under().folder()), "");
+}
+
+TEST_P(FilesContract, ListingAMissingFolderThrows) {
+  try {
+    files().openDirectory(in(u"none"));
+    FAIL();
+  } catch (SystemError const& error) {
+    EXPECT_TRUE(error.isMissing()) << error.what();
+    EXPECT_NE(std::string(error.what()).find("none"), std::string::npos);
+  }
+}
+
+TEST_P(FilesContract, ListingAFileThrows) {
+  write(in(u"file"), "");
+  EXPECT_NE(errorOf([&] { files().openDirectory(in(u"file")); }), 0u);
+}
+
+TEST_P(FilesContract, ReadingGivesEveryByte) {
+  std::string bytes;
+  for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+  write(in(u"file"), bytes);
+  EXPECT_EQ(read(in(u"file")), bytes);
+}
+
+TEST_P(FilesContract, TheEndOfAFileReadsAsNothingAgainAndAgain) {
+  write(in(u"file"), "ab");
+  auto const reader = files().openForReading(in(u"file"));
+  std::array<char, 8> buffer;
+  EXPECT_EQ(reader->read(buffer), 2u);
+  EXPECT_EQ(reader->read(buffer), 0u);
+  EXPECT_EQ(reader->read(buffer), 0u);
+}
+
+TEST_P(FilesContract, AnEmptyFileReadsAsNothing) {
+  write(in(u"file"), "");
+  EXPECT_EQ(read(in(u"file")), "");
+}
+
+TEST_P(FilesContract, OpeningAMissingFileThrowsFileNotFound) {
+  EXPECT_EQ(errorOf([&] { files().openForReading(in(u"none")); }), codeOf(ErrorCode::fileNotFound));
+}
+
+TEST_P(FilesContract, OpeningInAMissingFolderThrowsPathNotFound) {
+  EXPECT_EQ(errorOf([&] { files().openForReading(in(u"none\\file")); }),
+            codeOf(ErrorCode::pathNotFound));
+  EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"none\\file"), WriteMode::truncate); }),
+            codeOf(ErrorCode::pathNotFound));
+}
+
+TEST_P(FilesContract, OpeningAFolderAsAFileThrowsAccessDenied) {
+  EXPECT_EQ(errorOf([&] { files().openForReading(under().folder()); }),
+            codeOf(ErrorCode::accessDenied));
+  EXPECT_EQ(errorOf([&] { files().openForWriting(under().folder(), WriteMode::append); }),
+            codeOf(ErrorCode::accessDenied));
+}
+
+TEST_P(FilesContract, OpeningANameThatCannotExistThrowsInvalidName) {
+  EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"a?b"), WriteMode::truncate); }),
+            codeOf(ErrorCode::invalidName));
+  EXPECT_EQ(errorOf([&] { files().openForReading(in(u"a*b")); }), codeOf(ErrorCode::invalidName));
+}
+
+TEST_P(FilesContract, TruncateDropsTheOldContent) {
+  write(in(u"file"), "old content");
+  write(in(u"file"), "new");
+  EXPECT_EQ(read(in(u"file")), "new");
+}
+
+TEST_P(FilesContract, AppendMakesTheFileAndThenAdds) {
+  write(in(u"file"), "one", WriteMode::append);
+  write(in(u"file"), " two", WriteMode::append);
+  EXPECT_EQ(read(in(u"file")), "one two");
+}
+
+TEST_P(FilesContract, EveryAppendedWriteGoesToTheEnd) {
+  auto const first = files().openForWriting(in(u"file"), WriteMode::append);
+  auto const second = files().openForWriting(in(u"file"), WriteMode::append);
+  first->write("1");
+  second->write("2");
+  first->write("3");
+  first->close();
+  second->close();
+  EXPECT_EQ(read(in(u"file")), "123");
+}
+
+TEST_P(FilesContract, CreateNewRefusesAnExistingFile) {
+  write(in(u"file"), "new", WriteMode::createNew);
+  EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"FILE"), WriteMode::createNew); }),
+            codeOf(ErrorCode::fileExists));
+  EXPECT_EQ(read(in(u"file")), "new");
+}
+
+TEST_P(FilesContract, WrittenBytesAreThereBeforeTheFileIsClosed) {
+  auto const writer = files().openForWriting(in(u"file"), WriteMode::truncate);
+  writer->write("bytes");
+  EXPECT_EQ(read(in(u"file")), "bytes");
+  writer->flushToDisk();
+  writer->close();
+}
+
+TEST_P(FilesContract, AWriterThatIsDestroyedCloses) {
+  files().openForWriting(in(u"file"), WriteMode::truncate)->write("x");
+  EXPECT_TRUE(files().removeFile(in(u"file")));
+  EXPECT_FALSE(files().status(in(u"file")));
+}
+
+TEST_P(FilesContract, AReadOnlyFileIsNotWrittenTo) {
+  write(in(u"file"), "x");
+  fs::permissions(under().hostPath(in(u"file")), fs::perms::owner_read);
+  EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"file"), WriteMode::truncate); }),
+            codeOf(ErrorCode::accessDenied));
+  EXPECT_EQ(read(in(u"file")), "x");
+  files().removeFile(in(u"file"));
+}
+
+TEST_P(FilesContract, CreateDirectoryTakesAnExistingFolder) {
+  files().createDirectory(in(u"folder"));
+  files().createDirectory(in(u"FOLDER"));
+  EXPECT_EQ(list(under().folder()), "folder\\");
+}
+
+TEST_P(FilesContract, CreateDirectoryNeedsItsParent) {
+  EXPECT_EQ(errorOf([&] { files().createDirectory(in(u"none\\folder")); }),
+            codeOf(ErrorCode::pathNotFound));
+}
+
+TEST_P(FilesContract, CreateDirectoryRefusesTheNameOfAFile) {
+  write(in(u"file"), "x");
+  EXPECT_EQ(errorOf([&] { files().createDirectory(in(u"file")); }),
+            codeOf(ErrorCode::alreadyExists));
+}
+
+TEST_P(FilesContract, RemovingWhatIsMissingIsFalse) {
+  EXPECT_FALSE(files().removeFile(in(u"none")));
+  EXPECT_FALSE(files().removeFile(in(u"none\\file")));
+  EXPECT_FALSE(files().removeDirectory(in(u"none")));
+  EXPECT_FALSE(files().removeDirectory(in(u"none\\folder")));
+}
+
+TEST_P(FilesContract, AReadOnlyFileIsRemoved) {
+  write(in(u"file"), "x");
+  fs::permissions(under().hostPath(in(u"file")), fs::perms::owner_read);
+  EXPECT_TRUE(files().removeFile(in(u"file")));
+  EXPECT_FALSE(files().status(in(u"file")));
+}
+
+TEST_P(FilesContract, RemoveFileLeavesAFolder) {
+  files().createDirectory(in(u"folder"));
+  EXPECT_EQ(errorOf([&] { files().removeFile(in(u"folder")); }), codeOf(ErrorCode::accessDenied));
+  EXPECT_TRUE(files().status(in(u"folder")));
+}
+
+TEST_P(FilesContract, RemoveDirectoryLeavesAFile) {
+  write(in(u"file"), "x");
+  EXPECT_EQ(errorOf([&] { files().removeDirectory(in(u"file")); }), codeOf(ErrorCode::directory));
+  EXPECT_EQ(read(in(u"file")), "x");
+}
+
+TEST_P(FilesContract, RemoveDirectoryLeavesWhatIsNotEmpty) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "x");
+  EXPECT_EQ(errorOf([&] { files().removeDirectory(in(u"folder")); }),
+            codeOf(ErrorCode::directoryNotEmpty));
+  EXPECT_EQ(list(in(u"folder")), "file");
+  files().removeFile(in(u"folder\\file"));
+  EXPECT_TRUE(files().removeDirectory(in(u"folder")));
+  EXPECT_EQ(list(under().folder()), "");
+}
+
+TEST_P(FilesContract, RenameMovesAFile) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"file"), "x");
+  files().rename(in(u"file"), in(u"folder\\other"), false);
+  EXPECT_EQ(list(under().folder()), "folder\\");
+  EXPECT_EQ(read(in(u"folder\\other")), "x");
+}
+
+TEST_P(FilesContract, RenameMovesAFolderWithItsContent) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "x");
+  files().rename(in(u"folder"), in(u"other"), false);
+  EXPECT_EQ(list(under().folder()), "other\\");
+  EXPECT_EQ(read(in(u"other\\file")), "x");
+}
+
+TEST_P(FilesContract, RenameReplacesOnlyWhenAsked) {
+  write(in(u"from"), "new");
+  write(in(u"to"), "old");
+  EXPECT_EQ(errorOf([&] { files().rename(in(u"from"), in(u"to"), false); }),
+            codeOf(ErrorCode::alreadyExists));
+  EXPECT_EQ(read(in(u"to")), "old");
+  files().rename(in(u"from"), in(u"to"), true);
+  EXPECT_EQ(list(under().folder()), "to");
+  EXPECT_EQ(read(in(u"to")), "new");
+}
+
+TEST_P(FilesContract, RenameOfWhatIsMissingThrowsFileNotFound) {
+  EXPECT_EQ(errorOf([&] { files().rename(in(u"none"), in(u"to"), true); }),
+            codeOf(ErrorCode::fileNotFound));
+}
+
+TEST_P(FilesContract, RenameChangesTheCaseOfAName) {
+  write(in(u"name"), "x");
+  files().rename(in(u"name"), in(u"NAME"), false);
+  EXPECT_EQ(list(under().folder()), "NAME");
+}
+
+TEST_P(FilesContract, RelativePathsStartInTheCurrentFolder) {
+  auto const before = files().currentDirectory();
+  write(in(u"file"), "x");
+  ASSERT_TRUE(files().setCurrentDirectory(under().folder()));
+  EXPECT_TRUE(machine::equalIgnoringCase(files().currentDirectory(), under().folder()));
+  EXPECT_EQ(read(u"file"), "x");
+  EXPECT_EQ(read(u".\\FILE"), "x");
+  EXPECT_TRUE(files().status(u"."));
+  files().createDirectory(u"folder");
+  ASSERT_TRUE(files().setCurrentDirectory(u"folder"));
+  EXPECT_EQ(read(u"..\\file"), "x");
+  ASSERT_TRUE(files().setCurrentDirectory(before));
+  EXPECT_EQ(list(under().folder()), "file folder\\");
+}
+
+TEST_P(FilesContract, TheCurrentFolderMustExist) {
+  auto const before = files().currentDirectory();
+  write(in(u"file"), "x");
+  EXPECT_FALSE(files().setCurrentDirectory(in(u"none")));
+  EXPECT_FALSE(files().setCurrentDirectory(in(u"file")));
+  EXPECT_FALSE(files().setCurrentDirectory(u""));
+  EXPECT_EQ(files().currentDirectory(), before);
+}
+
+TEST_P(FilesContract, AFileWithoutAVersionResourceHasNoVersion) {
+  write(in(u"file"), "MZ and no more");
+  EXPECT_FALSE(files().fileVersion(in(u"file")));
+  EXPECT_FALSE(files().fileVersion(in(u"none")));
+  EXPECT_FALSE(files().fileVersion(under().folder()));
+}
+
+TEST_P(FilesContract, ALinkIsDescribedItself) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "12345");
+  if (!makeLink(in(u"toFolder"), in(u"folder"))) GTEST_SKIP() << "this host makes no links";
+  ASSERT_TRUE(makeLink(in(u"toFile"), in(u"folder\\file")));
+  EXPECT_EQ(list(under().folder()), "folder\\ toFile@ toFolder\\@");
+  auto const toFolder = files().status(in(u"toFolder"));
+  EXPECT_TRUE(toFolder && toFolder->isLink && toFolder->isDirectory);
+  auto const toFile = files().status(in(u"toFile"));
+  EXPECT_TRUE(toFile && toFile->isLink && !toFile->isDirectory);
+}
+
+TEST_P(FilesContract, OpeningFollowsALink) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "12345");
+  if (!makeLink(in(u"toFolder"), in(u"folder"))) GTEST_SKIP() << "this host makes no links";
+  ASSERT_TRUE(makeLink(in(u"toFile"), in(u"folder\\file")));
+  EXPECT_EQ(read(in(u"toFile")), "12345");
+  EXPECT_EQ(read(in(u"toFolder\\FILE")), "12345");
+  EXPECT_EQ(list(in(u"toFolder")), "file");
+}
+
+TEST_P(FilesContract, RemovingALinkLeavesWhatItPointsTo) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "12345");
+  if (!makeLink(in(u"toFolder"), in(u"folder"))) GTEST_SKIP() << "this host makes no links";
+  ASSERT_TRUE(makeLink(in(u"toFile"), in(u"folder\\file")));
+  EXPECT_TRUE(files().removeDirectory(in(u"toFolder")));
+  EXPECT_TRUE(files().removeFile(in(u"toFile")));
+  EXPECT_EQ(list(under().folder()), "folder\\");
+  EXPECT_EQ(read(in(u"folder\\file")), "12345");
+}
+
+TEST_P(FilesContract, ALinkToNothingExistsAndCanBeRemoved) {
+  if (!makeLink(in(u"link"), in(u"none"))) GTEST_SKIP() << "this host makes no links";
+  auto const status = files().status(in(u"link"));
+  EXPECT_TRUE(status && status->isLink);
+  EXPECT_THROW(files().openForReading(in(u"link")), SystemError);
+  EXPECT_TRUE(files().removeFile(in(u"link")));
+  EXPECT_FALSE(files().status(in(u"link")));
+}
+
+}  // namespace contract

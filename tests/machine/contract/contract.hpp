@@ -1,0 +1,102 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "machine/machine.hpp"
+#include "machine/path_grammar.hpp"
+
+/// What every provider of a machine promises. A provider's test makes one Provider and instantiates
+/// the suites with it:
+///
+///   INSTANTIATE_MACHINE_CONTRACT(Simulated, simulatedProvider());
+namespace contract {
+
+/// A machine with room to work in, cleared away at the end.
+class MachineUnderTest {
+ public:
+  virtual ~MachineUnderTest() = default;
+  virtual machine::Machine& machine() = 0;
+  /// An empty folder: absolute, without a separator at the end.
+  virtual machine::UString folder() = 0;
+  /// A key that does not exist, in a key that does.
+  virtual machine::RegistryKey key() = 0;
+  /// A program that ends with exit code 0.
+  virtual machine::ProcessStart program() = 0;
+  /// Where the host keeps a file of the machine.
+  virtual std::filesystem::path hostPath(std::u16string_view path) = 0;
+};
+
+struct Provider {
+  std::string name;
+  std::function<std::unique_ptr<MachineUnderTest>()> make;
+};
+
+inline std::ostream& operator<<(std::ostream& out, Provider const& provider) {
+  return out << provider.name;
+}
+
+class Contract : public ::testing::TestWithParam<Provider> {
+ protected:
+  machine::Machine& machine() { return under_->machine(); }
+  machine::UString in(std::u16string_view name) {
+    return machine::path_grammar::join(under_->folder(), name);
+  }
+  MachineUnderTest& under() { return *under_; }
+
+ private:
+  std::unique_ptr<MachineUnderTest> under_ = GetParam().make();
+};
+
+class FilesContract : public Contract {
+ protected:
+  machine::Files& files() { return machine().files(); }
+  void write(std::u16string_view path, std::string_view content,
+             machine::WriteMode mode = machine::WriteMode::truncate);
+  std::string read(std::u16string_view path);
+  /// "name", "folder\" and "link@", in order, separated by blanks.
+  std::string list(std::u16string_view path);
+  /// The code of the SystemError that `call` throws; 0 when it throws none.
+  static std::uint32_t errorOf(std::function<void()> const& call);
+  /// Makes a link of the host. False where the host makes none.
+  bool makeLink(std::u16string_view link, std::u16string_view target);
+};
+
+class RegistryContract : public Contract {
+ protected:
+  machine::Registry& registry() { return machine().registry(); }
+  machine::RegistryKey key() { return under().key(); }
+  machine::RegistryKey below(std::u16string_view name) {
+    auto result = key();
+    result.path.append(u"\\").append(name);
+    return result;
+  }
+};
+
+class EnvironmentContract : public Contract {
+ protected:
+  machine::Environment& environment() { return machine().environment(); }
+};
+
+class ShellContract : public Contract {};
+class ProcessesContract : public Contract {};
+class ClockContract : public Contract {};
+
+}  // namespace contract
+
+/// Runs every suite of the contract for one Provider.
+#define INSTANTIATE_MACHINE_CONTRACT(prefix, provider)                                \
+  namespace contract {                                                                \
+  INSTANTIATE_TEST_SUITE_P(prefix, FilesContract, ::testing::Values(provider));       \
+  INSTANTIATE_TEST_SUITE_P(prefix, RegistryContract, ::testing::Values(provider));    \
+  INSTANTIATE_TEST_SUITE_P(prefix, EnvironmentContract, ::testing::Values(provider)); \
+  INSTANTIATE_TEST_SUITE_P(prefix, ShellContract, ::testing::Values(provider));       \
+  INSTANTIATE_TEST_SUITE_P(prefix, ProcessesContract, ::testing::Values(provider));   \
+  INSTANTIATE_TEST_SUITE_P(prefix, ClockContract, ::testing::Values(provider));       \
+  }                                                                                   \
+  static_assert(true, "takes the semicolon")

@@ -1,0 +1,60 @@
+#include "machine/simulated/simulated_machine.hpp"
+#include "tests/machine/contract/contract.hpp"
+#include "tests/support/faulty_machine.hpp"
+#include "tests/support/temporary_folder.hpp"
+
+namespace contract {
+
+namespace {
+
+using machine::UString;
+
+class SimulatedUnderTest : public MachineUnderTest {
+ public:
+  SimulatedUnderTest() {
+    machine_.files().createDirectory(folder());
+    machine_.files().openForWriting(u"C:\\Windows\\System32\\program.exe",
+                                    machine::WriteMode::createNew);
+  }
+
+  machine::Machine& machine() override { return machine_; }
+  UString folder() override { return u"C:\\contract test"; }
+  machine::RegistryKey key() override {
+    return {machine::RegistryRoot::localMachine, u"SOFTWARE\\ContractTest"};
+  }
+  machine::ProcessStart program() override {
+    machine::ProcessStart start;
+    start.program = u"C:\\Windows\\System32\\program.exe";
+    return start;
+  }
+  std::filesystem::path hostPath(std::u16string_view path) override {
+    auto host = directory_.path() / "C";
+    for (auto const name : machine::path_grammar::components(path)) host /= UString(name);
+    return host;
+  }
+
+ private:
+  testing_support::TemporaryFolder directory_;
+  machine::simulated::SimulatedMachine machine_{directory_.path()};
+};
+
+/// The same machine behind a decorator that changes nothing.
+class DecoratedUnderTest final : public SimulatedUnderTest {
+ public:
+  machine::Machine& machine() override { return decorator_; }
+
+ private:
+  testing_support::FaultyMachine decorator_{SimulatedUnderTest::machine()};
+};
+
+template <typename UnderTest>
+Provider provider(std::string name) {
+  return {std::move(name), [] { return std::make_unique<UnderTest>(); }};
+}
+
+}  // namespace
+
+}  // namespace contract
+
+INSTANTIATE_MACHINE_CONTRACT(Simulated, provider<SimulatedUnderTest>("simulated"));
+INSTANTIATE_MACHINE_CONTRACT(Decorated, provider<DecoratedUnderTest>("decorated"));

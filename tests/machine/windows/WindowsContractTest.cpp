@@ -1,0 +1,43 @@
+#include "machine/windows/windows_machine.hpp"
+#include "tests/machine/contract/contract.hpp"
+#include "tests/support/temporary_folder.hpp"
+
+namespace contract {
+
+namespace {
+
+using machine::UString;
+
+class WindowsUnderTest final : public MachineUnderTest {
+ public:
+  ~WindowsUnderTest() override { machine_.registry().removeKey(key()); }
+
+  machine::Machine& machine() override { return machine_; }
+  UString folder() override { return machine::fromWide(directory_.path().native()); }
+  machine::RegistryKey key() override {
+    return {machine::RegistryRoot::localMachine, u"SOFTWARE\\RegistrationContractTest"};
+  }
+  machine::ProcessStart program() override {
+    machine::ProcessStart start;
+    start.program = machine_.shell().knownFolder(machine::KnownFolder::system) + u"\\cmd.exe";
+    start.arguments = {u"/c", u"exit"};
+    return start;
+  }
+  std::filesystem::path hostPath(std::u16string_view path) override {
+    return machine::toWide(path);
+  }
+
+ private:
+  machine::windows::WindowsMachine machine_;
+  testing_support::TemporaryFolder directory_;
+};
+
+Provider windowsProvider() {
+  return {"windows", [] { return std::make_unique<WindowsUnderTest>(); }};
+}
+
+}  // namespace
+
+}  // namespace contract
+
+INSTANTIATE_MACHINE_CONTRACT(Windows, windowsProvider());
