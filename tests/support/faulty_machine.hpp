@@ -10,7 +10,7 @@
 
 #include "machine/forwarding.hpp"
 
-namespace testing_support {
+namespace tests {
 
 /// Counts a machine's operations and decides which of them fail.
 class Faults {
@@ -328,4 +328,4 @@ class FaultyMachine final : public machine::Machine {
   machine::Clock& clock_;
 };
 
-}  // namespace testing_support
+}  // namespace tests

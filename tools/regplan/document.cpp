@@ -16,7 +16,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t shownReason = 300;
-constexpr std::size_t shownName = 80;
 constexpr int numberOverflow = 406;  ///< the parser's number for it
 
 /// "3:17" for the character that begins at or spans the byte `offset`.

@@ -14,8 +14,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::size_t shownName = 80;
-
 std::string_view kindOf(Json const& value) {
   switch (value.type()) {
     case Json::value_t::null:
@@ -47,20 +45,6 @@ auto findNamed(Descriptions const& descriptions, std::string_view name) {
   return found == std::ranges::end(descriptions) ? nullptr : &*found;
 }
 
-/// "unknown option; did you mean "rootPath"? Known: rootPath, ...".
-std::string unknown(std::string const& what, std::string_view name,
-                    std::vector<std::string_view> const& known) {
-  std::string reason = "unknown " + what;
-  std::string_view const meant = nearest(name, known);
-  if (!meant.empty()) reason += ", did you mean \"" + std::string(meant) + "\"?";
-  reason += known.empty() ? "; none is known here" : "; known: " + joined(known);
-  return reason;
-}
-
-std::string inQuotes(std::string_view text) {
-  return "\"" + shortened(text, shownName) + "\"";
-}
-
 /// Reads one plan from its JSON value. Each reading function returns nullopt after it has added
 /// what is wrong, so that the caller goes on with the next part.
 class PlanReader {
@@ -74,8 +58,7 @@ class PlanReader {
     static constexpr std::array<std::string_view, 3> known = {"$schema", "options", "commands"};
     for (auto const& [name, value] : document.items()) {
       if (std::ranges::find(known, name) == known.end()) {
-        errors_.add(below("", name),
-                    unknown("member of a plan", name, {known.begin(), known.end()}));
+        errors_.add(below("", name), unknown("member of a plan", name, known));
       }
     }
     Options const options = readOptions(document);

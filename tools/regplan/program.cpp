@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -47,7 +48,7 @@ constexpr char const* footer =
     "  1  at least one command failed: an exception left it\n"
     "  2  the command line or the plan was refused; nothing was changed";
 
-struct Arguments {
+struct CommandLine {
   std::string plan;
   std::string machine;  ///< empty: this computer
   std::string log;      ///< empty: the default
@@ -60,23 +61,27 @@ class Refusal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-void addPlan(CLI::App& verb, Arguments& arguments) {
-  verb.add_option("PLAN", arguments.plan, "The plan, a JSON file on this computer")
+void addPlan(CLI::App& verb, CommandLine& given) {
+  verb.add_option("PLAN", given.plan, "The plan, a JSON file on this computer")
       ->required()
       ->type_name("");
 }
 
-void addRunOptions(CLI::App& verb, Arguments& arguments) {
-  verb.add_option("--machine", arguments.machine,
-                  "Work on the simulated machine in this existing folder instead of this "
-                  "computer; required where this is no Windows computer")
-      ->type_name("DIR");
-  auto* const log = verb.add_option("--log", arguments.log,
-                                    "Append the installation log to this file, a Windows path on "
-                                    "the machine worked on; without it, to "
-                                    "Vortan\\registration.log in the machine's ProgramData folder")
-                        ->type_name("FILE");
-  verb.add_flag("--no-log", arguments.noLog, "Write no log file")->excludes(log);
+void addRunOptions(CLI::App& verb, CommandLine& given) {
+  verb.add_option("--machine", given.machine,
+                  "Work on the simulated machine in this folder, which\n"
+                  "exists, instead of this computer; required where\n"
+                  "this is no Windows computer")
+      ->type_name("DIR")
+      ->option_text("DIR");
+  auto* const log = verb.add_option("--log", given.log,
+                                    "Append the installation log to this file, a Windows\n"
+                                    "path on the machine worked on; without it, to\n"
+                                    "Vortan\\registration.log in that machine's\n"
+                                    "ProgramData folder")
+                        ->type_name("FILE")
+                        ->option_text("FILE");
+  verb.add_flag("--no-log", given.noLog, "Write no log file")->option_text(" ")->excludes(log);
 }
 
 /// The machine that `directory` stands for; none when it is empty and this computer is meant.
@@ -114,21 +119,21 @@ std::optional<Plan> loadPlan(std::string const& file, std::ostream& output) {
   return plan;
 }
 
-UString logFile(Arguments const& arguments) {
-  if (!arguments.log.empty()) return fl::i18n::utf8_to_ustring(arguments.log);
+UString logFile(CommandLine const& given) {
+  if (!given.log.empty()) return fl::i18n::utf8_to_ustring(given.log);
   UString const folder = machine::current().shell().knownFolder(machine::KnownFolder::programData);
   return (Path(folder) / Path(u"Vortan") / Path(u"registration.log")).ustring();
 }
 
 /// Opens the log and tells where it is, or that the run goes on without one.
-void openLog(Arguments const& arguments, std::ostream& output) {
+void openLog(CommandLine const& given, std::ostream& output) {
   std::vector<std::string> troubles;
   bool opened = false;
   try {
     logger::scoped_observer const watch([&troubles](UString const& message) {
       troubles.push_back(fl::i18n::ustring_to_utf8(message));
     });
-    UString const file = logFile(arguments);
+    UString const file = logFile(given);
     opened = logger::set_destination(file);
     if (opened) output << "Log: " << printable(fl::i18n::ustring_to_utf8(file)) << "\n";
   } catch (std::exception const& failure) {
@@ -139,11 +144,11 @@ void openLog(Arguments const& arguments, std::ostream& output) {
   for (std::string const& trouble : troubles) output << "  " << printable(trouble) << "\n";
 }
 
-std::string heading(Arguments const& arguments, Operation operation, std::size_t commands) {
+std::string heading(CommandLine const& given, Operation operation, std::size_t commands) {
   std::string text = operation == Operation::execute ? "Running " : "Undoing ";
-  text += printable(arguments.plan) + ", " + counted(commands, "command");
-  if (!arguments.machine.empty()) {
-    text += ", on the simulated machine " + printable(arguments.machine);
+  text += printable(given.plan) + ", " + counted(commands, "command");
+  if (!given.machine.empty()) {
+    text += ", on the simulated machine " + printable(given.machine);
   }
   return text;
 }
@@ -168,13 +173,13 @@ bool saved(SimulatedMachine* simulated, std::ostream& errors) {
   }
 }
 
-ExitCode runOn(Arguments const& arguments, Operation operation, Surroundings const& surroundings) {
-  std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
+ExitCode runOn(CommandLine const& given, Operation operation, Surroundings const& surroundings) {
+  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
   if (!plan) return refused;
   std::ostream& output = surroundings.output;
-  output << heading(arguments, operation, plan->commands.size()) << "\n";
+  output << heading(given, operation, plan->commands.size()) << "\n";
   LogScope const log;
-  if (!arguments.noLog) openLog(arguments, output);
+  if (!given.noLog) openLog(given, output);
   TextProgress progress(output);
   auto const results = runPlan(*plan, operation, progress, surroundings.now);
   output << "\n" << summary(results) << std::endl;
@@ -182,21 +187,20 @@ ExitCode runOn(Arguments const& arguments, Operation operation, Surroundings con
   return anyFailed ? commandFailed : allRan;
 }
 
-ExitCode runVerb(Arguments const& arguments, Operation operation,
-                 Surroundings const& surroundings) {
-  std::unique_ptr<SimulatedMachine> const simulated = simulatedMachine(arguments.machine);
+ExitCode runVerb(CommandLine const& given, Operation operation, Surroundings const& surroundings) {
+  std::unique_ptr<SimulatedMachine> const simulated = simulatedMachine(given.machine);
   std::optional<machine::ScopedMachine> scope;
   if (simulated) scope.emplace(*simulated);
   requireMachine();
-  ExitCode const result = runOn(arguments, operation, surroundings);
+  ExitCode const result = runOn(given, operation, surroundings);
   if (result == refused || saved(simulated.get(), surroundings.errors)) return result;
   return commandFailed;
 }
 
-ExitCode validateVerb(Arguments const& arguments, Surroundings const& surroundings) {
-  std::optional<Plan> const plan = loadPlan(arguments.plan, surroundings.errors);
+ExitCode validateVerb(CommandLine const& given, Surroundings const& surroundings) {
+  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
   if (!plan) return refused;
-  surroundings.output << printable(arguments.plan) << ": valid, "
+  surroundings.output << printable(given.plan) << ": valid, "
                       << counted(plan->commands.size(), "command") << std::endl;
   return allRan;
 }
@@ -206,28 +210,42 @@ ExitCode listVerb(Surroundings const& surroundings) {
   return allRan;
 }
 
+constexpr std::array<std::string_view, 4> verbs = {"run", "undo", "validate", "list"};
+
+/// What is wrong with the command line.
+std::string reasonOf(CLI::ParseError const& error, CLI::App const& app) {
+  std::vector<std::string> const extras = app.remaining(true);
+  if (app.get_subcommands().empty()) {
+    std::string const given = extras.empty() ? "" : extras.front();
+    return extras.empty() ? "a verb is needed: run, undo, validate or list"
+                          : unknown("verb " + inQuotes(given), given, verbs);
+  }
+  if (extras.empty()) return printable(error.what());
+  std::string reason = "not expected:";
+  for (std::string const& extra : extras) reason += " " + inQuotes(extra);
+  return reason;
+}
+
 }  // namespace
 
 int runProgram(std::vector<std::string> arguments, Surroundings const& surroundings) {
-  CLI::App app(
-      "Performs the registration steps of an installation from a plan, and takes them "
-      "back.",
-      "regplan");
+  CLI::App app("Performs an installation's registration steps from a plan, and takes them back.",
+               "regplan");
   app.allow_windows_style_options(false);
-  app.set_help_flag("--help", "Show this help; \"regplan VERB --help\" shows a verb's own");
+  app.set_help_flag("--help", "Show this help; \"regplan VERB --help\": a verb's own");
   app.set_version_flag("--version", "regplan " REGPLAN_VERSION, "Show the version");
   app.require_subcommand(1);
   app.footer(footer);
 
-  Arguments given;
-  CLI::App* const run = app.add_subcommand("run", "Execute the plan's commands in their order");
+  CommandLine given;
+  CLI::App* const run = app.add_subcommand("run", "Execute the plan's commands, in its order");
   CLI::App* const undo = app.add_subcommand("undo", "Undo the plan's commands, in the same order");
   CLI::App* const validate = app.add_subcommand("validate", "Check a plan and run nothing");
   CLI::App* const list =
       app.add_subcommand("list", "List the commands, arguments and options of plans");
   for (CLI::App* const verb : {run, undo, validate, list}) {
     verb->set_help_flag("--help", "Show this help");
-    verb->footer("");
+    verb->footer("Exit codes and the form of plans: regplan --help");
   }
   for (CLI::App* const verb : {run, undo, validate}) addPlan(*verb, given);
   for (CLI::App* const verb : {run, undo}) addRunOptions(*verb, given);
@@ -246,7 +264,7 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
     surroundings.output << version.what() << "\n";
     return allRan;
   } catch (CLI::ParseError const& error) {
-    surroundings.errors << "regplan: " << printable(error.what())
+    surroundings.errors << "regplan: " << reasonOf(error, app)
                         << "\nRun \"regplan --help\" for what it takes.\n";
   } catch (std::exception const& error) {
     surroundings.errors << "regplan: " << printable(error.what()) << "\n";

@@ -63,6 +63,15 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
+std::string joined(std::span<std::string_view const> names) {
+  std::string text;
+  for (std::string_view const name : names) {
+    if (!text.empty()) text += ", ";
+    text += name;
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string printable(std::string_view utf8) {
@@ -78,13 +87,8 @@ std::string shortened(std::string_view utf8, std::size_t limit) {
   return printable(std::u16string_view(text)) + "...";
 }
 
-std::string joined(std::span<std::string_view const> names) {
-  std::string text;
-  for (std::string_view const name : names) {
-    if (!text.empty()) text += ", ";
-    text += name;
-  }
-  return text;
+std::string inQuotes(std::string_view name) {
+  return "\"" + shortened(name, shownName) + "\"";
 }
 
 std::string_view nearest(std::string_view name, std::span<std::string_view const> known) {
@@ -100,6 +104,15 @@ std::string_view nearest(std::string_view name, std::span<std::string_view const
     }
   }
   return best;
+}
+
+std::string unknown(std::string_view what, std::string_view name,
+                    std::span<std::string_view const> known) {
+  std::string const reason = "unknown " + std::string(what) + "; ";
+  if (known.empty()) return reason + "there are none";
+  std::string_view const meant = nearest(name, known);
+  if (meant.empty()) return reason + "known: " + joined(known);
+  return reason + "did you mean " + inQuotes(meant) + "? Known: " + joined(known);
 }
 
 std::string counted(std::size_t number, std::string_view noun) {

@@ -290,14 +290,14 @@ TEST(ReadPlan, RefusesAPlanWithoutCommands) {
 
 TEST(ReadPlan, RefusesUnknownMembers) {
   EXPECT_THAT(errorsOf(R"({"comands":[],"commands":[]})"),
-              ElementsAre("p.json: /comands: unknown member of a plan, did you mean "
-                          "\"commands\"?; known: $schema, options, commands"));
+              ElementsAre("p.json: /comands: unknown member of a plan; did you mean "
+                          "\"commands\"? Known: $schema, options, commands"));
 }
 
 TEST(ReadPlan, RefusesUnknownOptions) {
   EXPECT_THAT(optionErrors(R"("rootpath":"")"),
-              ElementsAre("p.json: /options/rootpath: unknown option, did you mean "
-                          "\"rootPath\"?; known: isDesktopShortcutRequested, "
+              ElementsAre("p.json: /options/rootpath: unknown option; did you mean "
+                          "\"rootPath\"? Known: isDesktopShortcutRequested, "
                           "isSystemIntegrationSkipped, isFileAssociationRequested, "
                           "isServiceHostRequested, isSettingsToolOptionSet, "
                           "isUsageDataSettingsRequested, isStartMenuShortcutRequested, "
@@ -311,8 +311,8 @@ TEST(ReadPlan, SchemaIsKnownAtTheTopOnly) {
 
 TEST(ReadPlan, RefusesUnknownCommands) {
   EXPECT_THAT(errorsOf(R"({"commands":[{"command":"SetRegistryKey"}]})"),
-              ElementsAre("p.json: /commands/0/command: unknown command \"SetRegistryKey\", did "
-                          "you mean \"SetRegistryKeys\"?; known: "
+              ElementsAre("p.json: /commands/0/command: unknown command \"SetRegistryKey\"; did "
+                          "you mean \"SetRegistryKeys\"? Known: "
                           "AddVTPathEntriesToMetadataFile, SetRegistryKeys, "
                           "UpdatePathEnvironmentVariable"));
   EXPECT_THAT(errorsOf(R"({"commands":[{"command":"x\u001b[2J"}]})", testCommands),
@@ -322,11 +322,11 @@ TEST(ReadPlan, RefusesUnknownCommands) {
 
 TEST(ReadPlan, RefusesUnknownArguments) {
   EXPECT_THAT(argumentErrors(R"("pats":[])"),
-              ElementsAre("p.json: /commands/0/pats: unknown argument of Everything, did you mean "
-                          "\"path\"?; known: text, path, boolean, number, paths, registryKeys"));
-  EXPECT_THAT(errorsOf(R"({"commands":[{"command":"Nothing","a/b~c":1}]})", testCommands),
-              ElementsAre("p.json: /commands/0/a~1b~0c: unknown argument of Nothing; none is known "
-                          "here"));
+              ElementsAre("p.json: /commands/0/pats: unknown argument of Everything; did you mean "
+                          "\"path\"? Known: text, path, boolean, number, paths, registryKeys"));
+  EXPECT_THAT(
+      errorsOf(R"({"commands":[{"command":"Nothing","a/b~c":1}]})", testCommands),
+      ElementsAre("p.json: /commands/0/a~1b~0c: unknown argument of Nothing; there are none"));
 }
 
 TEST(ReadPlan, RefusesCommandsWithoutAName) {
@@ -391,7 +391,7 @@ TEST(ReadPlan, RefusesNulInTexts) {
 TEST(ReadPlan, RefusesBadRegistryValues) {
   EXPECT_THAT(argumentErrors(R"("registryKeys":[{"root":"HKLM","keyPath":1,"valuename":""},7])"),
               ElementsAre("p.json: /commands/0/registryKeys/0/valuename: unknown member of a "
-                          "registry value, did you mean \"valueName\"?; known: root, keyPath, "
+                          "registry value; did you mean \"valueName\"? Known: root, keyPath, "
                           "valueName, value",
                           "p.json: /commands/0/registryKeys/0/root: unknown registry root "
                           "\"HKLM\"; known: HKEY_CLASSES_ROOT, HKEY_CURRENT_USER, "

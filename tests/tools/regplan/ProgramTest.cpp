@@ -147,11 +147,11 @@ TEST_F(Program, GoesOnAfterAFailedCommand) {
     "options": { "metadataRootPath": "C:\\missing" },
     "commands": [
       { "command": "SetRegistryKeys", "registryKeys": [
-        { "root": "HKEY_LOCAL_MACHINE", "keyPath": "\\SOFTWARE", "valueName": "a", "value": "b" } ] },
+        { "root": "HKEY_LOCAL_MACHINE", "keyPath": "SOFTWARE", "valueName": "a", "value": "b" } ] },
       { "command": "AddVTPathEntriesToMetadataFile" },
       { "command": "UpdatePathEnvironmentVariable", "pathEntry": "C:\\Vortan\\bin",
         "productVersion": "1", "executableName": "vortan.exe" } ] })");
-  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 1);
+  EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine"}), 1);
   expectGolden("failing.txt", out);
 }
 
@@ -244,15 +244,16 @@ TEST_F(Program, GoesOnWithoutALogThatCannotBeOpened) {
 
 TEST_F(Program, RefusesBadCommandLines) {
   std::vector<std::pair<std::vector<std::string>, std::string>> const lines = {
-      {{}, "A subcommand is required"},
-      {{"preview"}, "The following argument was not expected: preview"},
+      {{}, "a verb is needed: run, undo, validate or list"},
+      {{"preview"}, "unknown verb \"preview\"; known: run, undo, validate, list"},
+      {{"ruin", "a"},
+       "unknown verb \"ruin\"; did you mean \"run\"? Known: run, undo, validate, list"},
       {{"run"}, "PLAN is required"},
-      {{"run", "a", "b"}, "The following argument was not expected: b"},
-      {{"list", "a"}, "The following argument was not expected: a"},
-      {{"run", "a", "--machin", "b"}, "The following arguments were not expected: b --machin"},
+      {{"run", "a", "b\x1b"}, "not expected: \"b\\u001B\""},
+      {{"list", "a"}, "not expected: \"a\""},
+      {{"run", "a", "--machin", "b"}, "not expected: \"--machin\" \"b\""},
       {{"run", "a", "--machine"}, "--machine: 1 required DIR missing"},
-      {{"run", "a", "--log", "b", "--no-log"}, "--no-log excludes --log"},
-      {{"run", "list"}, "PLAN is required"}};
+      {{"run", "a", "--log", "b", "--no-log"}, "--log excludes --no-log"}};
   for (auto const& [arguments, reason] : lines) {
     EXPECT_EQ(regplan(arguments), 2);
     EXPECT_EQ(err, "regplan: " + reason + "\nRun \"regplan --help\" for what it takes.\n");

@@ -1,0 +1,289 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "fl/filesystem/operations.hpp"
+#include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
+#include "tests/support/command_fixture.hpp"
+#include "tests/support/faulty_machine.hpp"
+#include "tests/support/log_capture.hpp"
+#include "tests/support/options.hpp"
+
+namespace registration::commands {
+namespace {
+
+using Lines = std::vector<UString>;
+using Entries = std::set<UString>;
+
+Lines const successfulRun{u"Adding path entries to metadata file",
+                          u"Successfully added path entries to metadata file"};
+
+/// Opens the protected operations to the tests.
+class Exposed : public AddVTPathEntriesToMetadataFile {
+ public:
+  using AddVTPathEntriesToMetadataFile::AddVTPathEntriesToMetadataFile;
+  using AddVTPathEntriesToMetadataFile::getAllPhlFiles;
+  using AddVTPathEntriesToMetadataFile::readAllPhlFiles;
+  using AddVTPathEntriesToMetadataFile::readPhlFile;
+  using AddVTPathEntriesToMetadataFile::writePathEntriesToFile;
+};
+
+class AddVTPathEntries : public tests::CommandTest {
+ protected:
+  Path written() const { return root() / u"ssiSearchFolders"; }
+  void makeFolders(std::initializer_list<char16_t const*> folders) {
+    for (auto const* folder : folders) {
+      fl::filesystem::create_directories(root() / folder);
+    }
+  }
+  Lines execute() {
+    tests::LogCapture log;
+    AddVTPathEntriesToMetadataFile(tests::withMetadataRoot(root())).execute();
+    return log.messages();
+  }
+};
+
+TEST_F(AddVTPathEntries, WritesTheExistingFoldersOfEveryPhlFileSortedAndOnce) {
+  makeFolders({u"toolbox\\b", u"toolbox\\a", u"x"});
+  writeFile(root() / u"one.phl", "toolbox\\b\ntoolbox\\missing\n");
+  writeFile(root() / u"x\\two.phl", "toolbox\\a\ntoolbox\\b\n");
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "toolbox\\a\ntoolbox\\b\n");
+}
+
+TEST_F(AddVTPathEntries, NoPhlFileLeavesAnEmptyFile) {
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "");
+}
+
+TEST_F(AddVTPathEntries, AnExistingFileIsReplaced) {
+  writeFile(written(), "# old content\nstale\n");
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "");
+}
+
+TEST_F(AddVTPathEntries, LinesAreTrimmedAndCommentsSkipped) {
+  makeFolders({u"toolbox"});
+  writeFile(root() / u"a.phl", "\r\n \t toolbox \t\r\n% comment\n  %toolbox\n\n   \n# toolbox");
+  execute();
+  EXPECT_EQ(readFile(written()), "toolbox\n");
+}
+
+TEST_F(AddVTPathEntries, LastLineNeedsNoLineFeed) {
+  makeFolders({u"a", u"b"});
+  writeFile(root() / u"a.phl", "a\nb");
+  execute();
+  EXPECT_EQ(readFile(written()), "a\nb\n");
+}
+
+TEST_F(AddVTPathEntries, ExtensionIsCaseSensitive) {
+  makeFolders({u"a", u"b", u"c", u"d"});
+  writeFile(root() / u"x.PHL", "a\n");
+  writeFile(root() / u"y.phlx", "b\n");
+  writeFile(root() / u"phl", "c\n");
+  writeFile(root() / u".phl", "d\n");
+  execute();
+  EXPECT_EQ(readFile(written()), "");
+}
+
+TEST_F(AddVTPathEntries, FileTenLevelsDeepIsRead) {
+  makeFolders({u"found", u"1\\2\\3\\4\\5\\6\\7\\8\\9\\10"});
+  writeFile(root() / u"1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\deep.phl", "found\n");
+  execute();
+  EXPECT_EQ(readFile(written()), "found\n");
+}
+
+TEST_F(AddVTPathEntries, FolderNamedLikeAListIsNotRead) {
+  makeFolders({u"folder.phl", u"a"});
+  writeFile(root() / u"folder.phl\\in.phl", "a\n");
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "a\n");
+}
+
+TEST_F(AddVTPathEntries, EntriesAreTakenAsTheyStand) {
+  makeFolders({u"tool box\\x", u"\u00e4\u65e5"});
+  writeFile(root() / u"a.phl", "tool box/x\n\xC3\xA4\xE6\x97\xA5\n$vortanroot\n");
+  execute();
+  EXPECT_EQ(readFile(written()), "tool box/x\n\xC3\xA4\xE6\x97\xA5\n");
+}
+
+TEST_F(AddVTPathEntries, UndoDoesTheSameAsExecute) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  execute();
+  auto const afterExecute = readFile(written());
+  tests::LogCapture log;
+  AddVTPathEntriesToMetadataFile(tests::withMetadataRoot(root())).undo();
+  EXPECT_EQ(readFile(written()), afterExecute);
+  EXPECT_EQ(log.messages(), successfulRun);
+}
+
+TEST_F(AddVTPathEntries, RootWithForwardSlashesIsMadeNative) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  UString forward = root().ustring();
+  std::replace(forward.begin(), forward.end(), u'\\', u'/');
+  AddVTPathEntriesToMetadataFile(tests::withMetadataRoot(Path(forward))).execute();
+  EXPECT_EQ(readFile(written()), "a\n");
+}
+
+TEST_F(AddVTPathEntries, MissingRootIsReportedAndStillSucceeds) {
+  tests::LogCapture log;
+  AddVTPathEntriesToMetadataFile(tests::withMetadataRoot(root() / u"missing")).execute();
+  ASSERT_EQ(log.messages().size(), 4u);
+  EXPECT_EQ(log.messages()[1], u"Error getting all PHL files");
+  EXPECT_NE(log.messages()[2].find(u"missing"), UString::npos) << "names the folder";
+  EXPECT_EQ(log.messages()[3], u"Successfully added path entries to metadata file")
+      << "a file that cannot be created is silent";
+}
+
+TEST_F(AddVTPathEntries, PhlFileThatCannotBeOpenedIsNamedAndTheOthersUsed) {
+  makeFolders({u"a"});
+  writeFile(root() / u"good.phl", "a\n");
+  writeFile(root() / u"bad.phl", "a\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view subject) {
+        return operation == "openForReading" && subject.ends_with(u"bad.phl");
+      },
+      machine::ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(execute(),
+            (Lines{successfulRun[0], u"Unable to open phl file: " + (root() / u"bad.phl").ustring(),
+                   successfulRun[1]}));
+  EXPECT_EQ(readFile(written()), "a\n");
+}
+
+TEST_F(AddVTPathEntries, FailedWalkUsesWhatWasFound) {
+  makeFolders({u"a", u"closed"});
+  writeFile(root() / u"a\\first.phl", "a\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view subject) {
+        return operation == "openDirectory" && subject.ends_with(u"closed");
+      },
+      machine::ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  auto const files = [&] {
+    tests::LogCapture log;
+    auto const found = Exposed(tests::withMetadataRoot(root())).getAllPhlFiles(root());
+    EXPECT_EQ(log.messages().size(), 2u);
+    EXPECT_EQ(log.messages().front(), u"Error getting all PHL files");
+    return found;
+  }();
+  EXPECT_LE(files.size(), 1u)
+      << "whether it was met before the closed folder is the system's order";
+  auto const log = execute();
+  EXPECT_EQ(log.back(), successfulRun[1]);
+}
+
+TEST_F(AddVTPathEntries, FileThatCannotBeCreatedIsSilent) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view) { return operation == "openForWriting"; },
+      machine::ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_FALSE(fl::filesystem::exists(written()));
+}
+
+TEST_F(AddVTPathEntries, FailedWritesAreSilent) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen([](std::string_view operation,
+                              std::u16string_view) { return operation == "FileWriter::write"; },
+                           machine::ErrorCode::diskFull);
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(execute(), successfulRun);
+}
+
+TEST_F(AddVTPathEntries, OldFileThatCannotBeDeletedFailsTheCommand) {
+  writeFile(written(), "old\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view) { return operation == "removeFile"; },
+      machine::ErrorCode::sharingViolation);
+  machine::ScopedMachine const scope(faulty);
+  auto const log = execute();
+  ASSERT_EQ(log.size(), 3u);
+  EXPECT_EQ(log[1], u"Unable to add path entries to metadata file");
+  EXPECT_NE(log[2].find(u"ssiSearchFolders"), UString::npos);
+  EXPECT_EQ(readFile(written()), "old\n");
+}
+
+TEST_F(AddVTPathEntries, EmptySetLeavesAnEmptyFile) {
+  writeFile(written(), "old\n");
+  Exposed(tests::plainOptions()).writePathEntriesToFile(root(), {});
+  EXPECT_EQ(readFile(written()), "");
+}
+
+TEST_F(AddVTPathEntries, ReadAllIsTheUnionOfTheFiles) {
+  writeFile(root() / u"1.phl", "b\na\n");
+  writeFile(root() / u"2.phl", "c\na\n");
+  Exposed const command(tests::plainOptions());
+  EXPECT_EQ(command.readAllPhlFiles({root() / u"1.phl", root() / u"2.phl"}),
+            (Entries{u"a", u"b", u"c"}));
+}
+
+TEST_F(AddVTPathEntries, TextThatIsNotUtf8IsReadWithReplacement) {
+  writeFile(root() / u"1.phl", "a\xFFz\n");
+  EXPECT_EQ(Exposed(tests::plainOptions()).readPhlFile(root() / u"1.phl"), Entries{u"a\uFFFDz"});
+}
+
+/// Workers replaced, as an installer's derived class would.
+class Replaced : public AddVTPathEntriesToMetadataFile {
+ public:
+  Replaced(utility::Options const& given, std::function<void()> worker)
+      : AddVTPathEntriesToMetadataFile(given), worker_(std::move(worker)) {}
+  Lines mutable log;
+
+ protected:
+  void addVTPathEntriesToMetadataFile() const override { worker_(); }
+  void log_message(UString const& message) const override { log.push_back(message); }
+
+ private:
+  std::function<void()> worker_;
+};
+
+TEST(AddVTPathEntriesToMetadataFile, StandardExceptionOfTheWorkerIsLoggedInTwoLines) {
+  Replaced const command(tests::plainOptions(), [] { throw std::runtime_error("x"); });
+  Lines const expected{u"Adding path entries to metadata file",
+                       u"Unable to add path entries to metadata file", u"x"};
+  command.execute();
+  EXPECT_EQ(command.log, expected);
+  command.log.clear();
+  command.undo();
+  EXPECT_EQ(command.log, expected);
+}
+
+TEST(AddVTPathEntriesToMetadataFile, OtherExceptionsReachTheInstallerAsTheyAre) {
+  Replaced const command(tests::plainOptions(), [] { throw 42; });
+  EXPECT_THROW(command.execute(), int);
+  EXPECT_EQ(command.log, Lines{u"Adding path entries to metadata file"});
+}
+
+TEST_F(AddVTPathEntries, FileIsClosedWhenAForeignExceptionPasses) {
+  struct FailingLog : Exposed {
+    using Exposed::Exposed;
+    void log_message(UString const&) const override { throw 42; }
+  };
+  makeFolders({u"a"});
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view subject) {
+        return operation == "status" && subject.ends_with(u"\\a") ? throw 42 : false;
+      },
+      machine::ErrorCode::accessDenied);
+  {
+    machine::ScopedMachine const scope(faulty);
+    EXPECT_THROW(FailingLog(tests::plainOptions()).writePathEntriesToFile(root(), {u"a"}), int);
+  }
+  EXPECT_NO_THROW(fl::filesystem::remove(written())) << "an open file could not be deleted";
+  EXPECT_FALSE(fl::filesystem::exists(written()));
+}
+
+}  // namespace
+}  // namespace registration::commands
