@@ -149,9 +149,12 @@ class WindowsRegistry final : public Registry {
       throw registryError("write a value of", key, ERROR_INVALID_PARAMETER);
     }
     UString const terminated(name);
+    // The call reads one unit beyond a string that has no terminator, and takes a NUL there along;
+    // what follows here is none.
+    std::string const guarded = value.data + "\xFF\xFF";
     auto const write = [&] {
       return RegSetValueExW(open_.get(), wide(terminated), 0, static_cast<DWORD>(value.type),
-                            reinterpret_cast<BYTE const*>(value.data.data()),
+                            reinterpret_cast<BYTE const*>(guarded.data()),
                             static_cast<DWORD>(value.data.size()));
     };
     LSTATUS status = isOpen(key) ? write() : ERROR_INVALID_HANDLE;
