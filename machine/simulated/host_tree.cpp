@@ -42,9 +42,9 @@ std::vector<UString> rootFolders(std::u16string_view path) {
       isDevice ? equalIgnoringCase(root.substr(0, 4), u"UNC\\") : root.starts_with(u"\\\\");
   if (!isShare)
     return isDrive(root) ? std::vector<UString>{root.substr(0, 1)} : std::vector<UString>{};
+  auto const share = root.substr(isDevice ? 4 : 2);
   std::vector<UString> names{u"UNC"};
-  for (auto const name : components(isDevice ? root.substr(4) : root.substr(2)))
-    names.emplace_back(name);
+  for (auto const name : components(share)) names.emplace_back(name);
   return names.size() == 3 ? names : std::vector<UString>{};
 }
 

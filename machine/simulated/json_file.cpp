@@ -73,7 +73,6 @@ void JsonFile::write(nlohmann::json document) const {
   temporary += ".tmp";
   HostFile file(temporary, host::OpenMode::truncate);
   file.write(document.dump(2) + "\n");
-  file.flush();
   file.close();
   std::filesystem::rename(temporary, path_);
 }
