@@ -167,6 +167,21 @@ class WindowsRegistry final : public Registry {
     }
   }
 
+  void setText(RegistryKey const& key, std::u16string_view name,
+               std::u16string_view text) override {
+    DWORD type = REG_SZ;
+    // A key just made has no value to ask for; an open one that is stale counts as none.
+    if (isOpen(key) || openForWriting(key) != REG_CREATED_NEW_KEY) {
+      UString const terminated(name);
+      LSTATUS const status =
+          RegQueryValueExW(open_.get(), wide(terminated), nullptr, &type, nullptr, nullptr);
+      if (status != ERROR_SUCCESS || type != REG_EXPAND_SZ) {
+        type = REG_SZ;
+      }
+    }
+    setValue(key, name, RegistryValue::ofText(text, static_cast<RegistryType>(type)));
+  }
+
   bool removeValue(RegistryKey const& key, std::u16string_view name) override {
     if (hasNul(name)) {
       return false;
