@@ -34,7 +34,7 @@ class SimulatedUnderTest : public MachineUnderTest {
   }
 
  private:
-  testing_support::TemporaryFolder directory_;
+  tests::TemporaryFolder directory_;
   machine::simulated::SimulatedMachine machine_{directory_.path()};
 };
 
@@ -44,7 +44,7 @@ class DecoratedUnderTest final : public SimulatedUnderTest {
   machine::Machine& machine() override { return decorator_; }
 
  private:
-  testing_support::FaultyMachine decorator_{SimulatedUnderTest::machine()};
+  tests::FaultyMachine decorator_{SimulatedUnderTest::machine()};
 };
 
 template <typename UnderTest>
