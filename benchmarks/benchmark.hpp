@@ -30,6 +30,7 @@ struct Benchmark {
 
 void walkTree();
 void addPathEntries();
+void appendMessage();
 void setRegistryKeys();
 void rewritePath();
 

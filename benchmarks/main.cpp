@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
   using namespace benchmarks;
   constexpr Benchmark all[] = {{"walk", walkTree},
                                {"add-path-entries", addPathEntries},
+                               {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},
                                {"rewrite-path", rewritePath}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";

@@ -61,4 +61,15 @@ UString RegistryValue::text() const {
   return units;
 }
 
+void Registry::setText(RegistryKey const& key, std::u16string_view name, std::u16string_view text) {
+  RegistryType type = RegistryType::string;
+  if (!createKey(key)) {  // a new key has no value to ask for
+    auto const existing = value(key, name);
+    if (existing && existing->type == RegistryType::expandableString) {
+      type = RegistryType::expandableString;
+    }
+  }
+  setValue(key, name, RegistryValue::ofText(text, type));
+}
+
 }  // namespace machine

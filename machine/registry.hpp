@@ -56,7 +56,7 @@ struct RegistryValue {
 
 /// The registry. Key paths and value names are compared without regard to case; an empty value name
 /// is the key's default value. Operations throw SystemError for failures not given an outcome here.
-class Registry {
+class REGISTRATION_API Registry {
  public:
   virtual ~Registry() = default;
 
@@ -68,6 +68,10 @@ class Registry {
   /// Makes the key when it is missing.
   virtual void setValue(RegistryKey const& key, std::u16string_view name,
                         RegistryValue const& value) = 0;
+  /// Sets a value to a string and makes the key when it is missing. An existing expandable string
+  /// stays one; every other type becomes REG_SZ. A provider that can do this in fewer steps than
+  /// createKey, value and setValue overrides it.
+  virtual void setText(RegistryKey const& key, std::u16string_view name, std::u16string_view text);
   /// False when there was no such value.
   virtual bool removeValue(RegistryKey const& key, std::u16string_view name) = 0;
   /// Removes the key with everything below it; false when there was no such key.

@@ -105,24 +105,30 @@ LSTATUS readValues(HKEY key, std::vector<std::pair<UString, RegistryValue>>& val
   }
 }
 
+/// The open key was removed by someone else, or its handle closed.
+bool isStale(LSTATUS status) {
+  return status == ERROR_KEY_DELETED || status == ERROR_INVALID_HANDLE;
+}
+
+/// Asks for the default value, whether there is one or not: the cheapest question to an open key.
+LSTATUS checkAlive(HKEY key) {
+  LSTATUS const status = RegQueryValueExW(key, L"", nullptr, nullptr, nullptr, nullptr);
+  return isStale(status) ? status : ERROR_SUCCESS;
+}
+
 /// The registry's 64-bit view. Opening a key costs more than reading or writing a value, so the key
 /// last opened for writing stays open for the next operation on it.
 class WindowsRegistry final : public Registry {
  public:
   bool createKey(RegistryKey const& key) override {
-    if (isOpen(key) &&
-        !isStale(RegQueryInfoKeyW(open_.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                  nullptr, nullptr, nullptr, nullptr, nullptr))) {
+    if (isOpen(key) && checkAlive(open_.get()) == ERROR_SUCCESS) {
       return false;
     }
     return openForWriting(key) == REG_CREATED_NEW_KEY;
   }
 
   bool keyExists(RegistryKey const& key) override {
-    return onExistingKey("look for", key, KEY_READ, [](HKEY handle) {
-      return RegQueryInfoKeyW(handle, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                              nullptr, nullptr, nullptr, nullptr);
-    });
+    return onExistingKey("look for", key, KEY_READ, checkAlive);
   }
 
   std::optional<RegistryValue> value(RegistryKey const& key, std::u16string_view name) override {
@@ -143,9 +149,12 @@ class WindowsRegistry final : public Registry {
       throw registryError("write a value of", key, ERROR_INVALID_PARAMETER);
     }
     UString const terminated(name);
+    // The call reads one unit beyond a string that has no terminator, and takes a NUL there along;
+    // what follows here is none.
+    std::string const guarded = value.data + "\xFF\xFF";
     auto const write = [&] {
       return RegSetValueExW(open_.get(), wide(terminated), 0, static_cast<DWORD>(value.type),
-                            reinterpret_cast<BYTE const*>(value.data.data()),
+                            reinterpret_cast<BYTE const*>(guarded.data()),
                             static_cast<DWORD>(value.data.size()));
     };
     LSTATUS status = isOpen(key) ? write() : ERROR_INVALID_HANDLE;
@@ -156,6 +165,21 @@ class WindowsRegistry final : public Registry {
     if (status != ERROR_SUCCESS) {
       throw registryError("write a value of", key, status);
     }
+  }
+
+  void setText(RegistryKey const& key, std::u16string_view name,
+               std::u16string_view text) override {
+    DWORD type = REG_SZ;
+    // A key just made has no value to ask for; an open one that is stale counts as none.
+    if (isOpen(key) || openForWriting(key) != REG_CREATED_NEW_KEY) {
+      UString const terminated(name);
+      LSTATUS const status =
+          RegQueryValueExW(open_.get(), wide(terminated), nullptr, &type, nullptr, nullptr);
+      if (status != ERROR_SUCCESS || type != REG_EXPAND_SZ) {
+        type = REG_SZ;
+      }
+    }
+    setValue(key, name, RegistryValue::ofText(text, static_cast<RegistryType>(type)));
   }
 
   bool removeValue(RegistryKey const& key, std::u16string_view name) override {
@@ -196,11 +220,6 @@ class WindowsRegistry final : public Registry {
 
  private:
   bool isOpen(RegistryKey const& key) const { return open_ && openKey_ == key; }
-
-  /// The open key was removed by someone else, or its handle closed.
-  static bool isStale(LSTATUS status) {
-    return status == ERROR_KEY_DELETED || status == ERROR_INVALID_HANDLE;
-  }
 
   /// Makes the key when it is missing and keeps it open. The disposition.
   DWORD openForWriting(RegistryKey const& key) {

@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
@@ -23,9 +25,10 @@ class MachineTest : public ::testing::Test {
  protected:
   MachineTest() { makeDirectory(root_); }
   ~MachineTest() override {
+#if defined(_WIN32)
     registry().removeKey({machine::RegistryRoot::currentUser, registryPath_});
     removeTree(root_);
-#if !defined(_WIN32)
+#else
     scope_.reset();
     simulated_.reset();
     std::filesystem::remove_all(directory_);
@@ -102,6 +105,7 @@ class MachineTest : public ::testing::Test {
     return name.data();
   }
 
+#if defined(_WIN32)
   void removeTree(machine::UString const& path) {
     auto const status = files().status(path);
     if (!status) {
@@ -123,6 +127,7 @@ class MachineTest : public ::testing::Test {
     }
     files().removeDirectory(path);
   }
+#endif
 
   std::string const name_ = uniqueName();
 #if defined(_WIN32)

@@ -107,17 +107,8 @@ RegistryUtil::~RegistryUtil() = default;
 
 void RegistryUtil::setRegKeyValue(HKEY const& root, std::wstring const& keyPath,
                                   std::wstring const& valueName, std::wstring const& value) const {
-  RegistryKey const key = keyOf(root, keyPath);
-  UString const name = registryName(valueName);
-  machine::Registry& registry = machine::current().registry();
-  RegistryType type = RegistryType::string;
-  if (!registry.createKey(key)) {  // a new key has no value to ask for
-    auto const existing = registry.value(key, name);
-    if (existing && existing->type == RegistryType::expandableString) {
-      type = RegistryType::expandableString;
-    }
-  }
-  registry.setValue(key, name, RegistryValue::ofText(to_ustring(value), type));
+  machine::current().registry().setText(keyOf(root, keyPath), registryName(valueName),
+                                        to_ustring(value));
 }
 
 void RegistryUtil::deleteRegKey(HKEY const& root, std::wstring const& keyPath) const {

@@ -4,6 +4,7 @@
 
 #include "machine/unicode.hpp"
 #include "tests/machine/contract/contract.hpp"
+#include "tests/support/wine.hpp"
 
 namespace contract {
 
@@ -303,6 +304,7 @@ TEST_P(FilesContract, AWriterThatIsDestroyedCloses) {
 }
 
 TEST_P(FilesContract, AReadOnlyFileIsNotWrittenTo) {
+  if (testing_support::isWine()) GTEST_SKIP() << "Wine run by root writes to read-only files";
   write(in(u"file"), "x");
   fs::permissions(under().hostPath(in(u"file")), fs::perms::owner_read);
   EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"file"), WriteMode::truncate); }),
@@ -398,6 +400,7 @@ TEST_P(FilesContract, RenameOfWhatIsMissingThrowsFileNotFound) {
 }
 
 TEST_P(FilesContract, RenameChangesTheCaseOfAName) {
+  if (testing_support::isWine()) GTEST_SKIP() << "Wine takes both for the same name and is done";
   write(in(u"name"), "x");
   files().rename(in(u"name"), in(u"NAME"), false);
   EXPECT_EQ(list(under().folder()), "NAME");

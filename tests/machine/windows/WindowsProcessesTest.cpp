@@ -331,13 +331,14 @@ TEST_F(WindowsProcessesWithGrandchild, WaitIncludesThePipesEnd) {
 }
 
 TEST_F(WindowsProcesses, ADetachedChildRunsOn) {
-  UString const file = at(u"printed");
-  machine().processes().start(program(u"write_streams.exe", {u"1"}))->detach();
-  HANDLE const end = CreateEventW(nullptr, TRUE, FALSE, L"registration-tests-detached");
-  auto const number = u"registration-tests-detached";
-  auto start = program(u"leave_grandchild.exe", {number, u"unused", u"grandchild"});
+  UString const name(machine::path_grammar::fileName(root()));
+  HANDLE const started = CreateEventW(nullptr, TRUE, FALSE, machine::toWide(name).c_str());
+  HANDLE const end = CreateEventW(nullptr, TRUE, FALSE, machine::toWide(name + u"-end").c_str());
+  auto start = program(u"leave_grandchild.exe", {name, name + u"-end", u"grandchild"});
   machine().processes().start(start)->detach();
-  EXPECT_EQ(WaitForSingleObject(end, 30000), DWORD{WAIT_OBJECT_0});
+  EXPECT_EQ(WaitForSingleObject(started, 30000), DWORD{WAIT_OBJECT_0});
+  SetEvent(end);
+  CloseHandle(started);
   CloseHandle(end);
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fl/filesystem/fstream.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 
 namespace fl::filesystem {
@@ -137,6 +138,92 @@ TEST_F(Ofstream, AFileThatCannotBeOpenedSetsFailbit) {
   out << "x" << std::flush;
   out.close();
   EXPECT_TRUE(out.fail());
+}
+
+class StreamsWithFaults : public tests::MachineTest {
+ protected:
+  void fail(std::string operation) {
+    faulty_.faults().failWhen(
+        [=](std::string_view name, std::u16string_view) { return name == operation; },
+        machine::ErrorCode::diskFull);
+  }
+  void failNoMore() { faulty_.faults().failNever(); }
+  std::vector<std::string> const& operations() { return faulty_.faults().operations(); }
+
+ private:
+  testing_support::FaultyMachine faulty_{machine()};
+  machine::ScopedMachine scope_{faulty_};
+};
+
+TEST_F(StreamsWithFaults, AFailedOpenSetsFailbit) {
+  writeFile(at(u"a.txt"), "x");
+  fail("openForReading");
+  EXPECT_TRUE(ifstream(at(u"a.txt")).fail());
+  fail("openForWriting");
+  EXPECT_TRUE(ofstream(at(u"a.txt"), WriteMode::append).fail());
+}
+
+TEST_F(StreamsWithFaults, AFailedReadSetsBadbitAndThrowsNothing) {
+  writeFile(at(u"a.txt"), "one\ntwo\n");
+  fail("FileReader::read");
+  ifstream in(at(u"a.txt"));
+  std::string line;
+  EXPECT_FALSE(std::getline(in, line));
+  EXPECT_TRUE(in.bad());
+}
+
+TEST_F(StreamsWithFaults, AFailedWriteSetsBadbitAndLosesWhatItCouldNotWrite) {
+  ofstream out(at(u"a.txt"), WriteMode::truncate);
+  fail("FileWriter::write");
+  out << "lost" << std::flush;
+  EXPECT_TRUE(out.bad());
+  failNoMore();
+  out.clear();
+  out << "kept";
+  out.close();
+  EXPECT_TRUE(out.good());
+  EXPECT_EQ(readFile(at(u"a.txt")), "kept");
+}
+
+TEST_F(StreamsWithFaults, AFailedWriteOfAFullBufferSetsBadbit) {
+  ofstream out(at(u"a.txt"), WriteMode::truncate);
+  fail("FileWriter::write");
+  out << std::string(200000, 'x');
+  EXPECT_TRUE(out.bad());
+}
+
+TEST_F(StreamsWithFaults, CloseTellsOfAFailedWriteAndOfItsOwnFailureAndClosesAllTheSame) {
+  for (char const* operation : {"FileWriter::write", "FileWriter::close"}) {
+    ofstream out(at(u"a.txt"), WriteMode::truncate);
+    out << "x";
+    fail(operation);
+    out.close();
+    EXPECT_TRUE(out.fail()) << operation;
+    EXPECT_FALSE(out.is_open()) << operation;
+    EXPECT_TRUE(files().removeFile(at(u"a.txt"))) << operation;
+  }
+}
+
+TEST_F(StreamsWithFaults, ADestructorThrowsNothing) {
+  fail("FileWriter::write");
+  auto out = std::make_unique<ofstream>(at(u"a.txt"), WriteMode::truncate);
+  out->exceptions(std::ios::badbit | std::ios::failbit);
+  *out << "x";
+  EXPECT_NO_THROW(out.reset());
+  EXPECT_TRUE(files().removeFile(at(u"a.txt")));
+}
+
+TEST_F(StreamsWithFaults, ThrowsWhenAskedToAsStandardStreamsDo) {
+  ofstream out(at(u"a.txt"), WriteMode::truncate);
+  out.exceptions(std::ios::badbit);
+  fail("FileWriter::write");
+  EXPECT_THROW(out << "x" << std::flush, std::runtime_error);
+}
+
+TEST_F(StreamsWithFaults, AFlushedLineIsOneWrite) {
+  ofstream out(at(u"a.txt"), WriteMode::truncate);
+  out << "a" << 1 << "b" << std::flush << std::flush;
+  EXPECT_EQ(operations(), (std::vector<std::string>{"openForWriting", "FileWriter::write"}));
 }
 
 }  // namespace

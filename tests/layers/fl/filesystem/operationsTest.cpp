@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fl/filesystem/operations.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 
 namespace fl::filesystem {
@@ -256,6 +257,122 @@ TEST_F(CreateDirectories, GoesBeyond260Units) {
   EXPECT_TRUE(is_directory(deepest));
 }
 
+/// A machine whose operations fail on demand, current while the test runs.
+class WithFaults : public MachineTest {
+ protected:
+  testing_support::Faults& faults() { return faulty_.faults(); }
+
+  /// Runs `call` with each of its operations failing in turn; each time it must throw.
+  template <typename Call>
+  void expectThrowForEachFailure(std::size_t operations, Call call) {
+    for (std::size_t n = 1; n <= operations; ++n) {
+      faults().failAt(n, ErrorCode::ioDevice);
+      EXPECT_THROW(call(), SystemError) << "operation " << n;
+    }
+    faults().failNever();
+  }
+
+ private:
+  testing_support::FaultyMachine faulty_{machine()};
+  ::machine::ScopedMachine scope_{faulty_};
+};
+
+class ExistsWithFaults : public WithFaults {};
+
+TEST_F(ExistsWithFaults, TakesWhatMayNotBeLookedAtForThereAndAllElseForMissing) {
+  std::pair<ErrorCode, bool> const answers[] = {
+      {ErrorCode::accessDenied, true},  {ErrorCode::sharingViolation, true},
+      {ErrorCode::fileNotFound, false}, {ErrorCode::invalidDrive, false},
+      {ErrorCode::invalidName, false},  {ErrorCode::ioDevice, false}};
+  for (auto const& [code, answer] : answers) {
+    faults().failAt(1, code);
+    EXPECT_EQ(fl::filesystem::exists(Path(root())), answer) << static_cast<int>(code);
+  }
+}
+
+class OperationsWithFaults : public WithFaults {};
+
+TEST_F(OperationsWithFaults, EachFailureOfASmallOperationIsThrown) {
+  writeFile(at(u"a.txt"), "x");
+  expectThrowForEachFailure(1, [&] { return is_directory(root()); });
+  expectThrowForEachFailure(2, [&] { return fl::filesystem::remove(at(u"a.txt")); });
+  expectThrowForEachFailure(1, [&] { fl::filesystem::rename(at(u"a.txt"), at(u"b.txt")); });
+  expectThrowForEachFailure(1, [] { return get_current_path(); });
+  expectThrowForEachFailure(2, [] { return relative(u"C:\\a", u"C:\\b"); });
+  EXPECT_TRUE(MachineTest::exists(at(u"a.txt")));
+}
+
+TEST_F(OperationsWithFaults, AFolderThatCannotBeEnteredIsFalse) {
+  faults().failAt(1, ErrorCode::accessDenied);
+  EXPECT_FALSE(change_current_path(root()));
+}
+
+TEST_F(OperationsWithFaults, CreateDirectoriesThrowsEachFailureAndCanBeRepeated) {
+  faults().failAt(0, ErrorCode::ioDevice);
+  create_directories(at(u"counted\\b"));
+  std::size_t const operations = faults().count();
+  for (std::size_t n = 1; n <= operations; ++n) {
+    UString const folder = at(u"folder") + i18n::to_ustring(std::to_string(n)) + u"\\b";
+    faults().failAt(n, ErrorCode::accessDenied);
+    EXPECT_THROW(create_directories(folder), SystemError) << "operation " << n;
+    create_directories(folder);
+    EXPECT_TRUE(is_directory(folder));
+  }
+}
+
+class RemoveAllWithFaults : public WithFaults {
+ protected:
+  void makeTree() {
+    writeFile(at(u"folder\\a.txt"), "x");
+    writeFile(at(u"folder\\sub\\b.txt"), "x");
+    makeDirectory(at(u"folder\\sub\\empty"));
+  }
+  /// Has `change` made by somebody else just before `operation` on a path that ends so.
+  void meanwhile(std::string operation, UString ending, std::function<void()> change) {
+    faults().failWhen(
+        [=, done = false](std::string_view name, std::u16string_view subject) mutable {
+          if (!done && name == operation && subject.ends_with(ending)) {
+            done = true;
+            change();
+          }
+          return false;
+        },
+        ErrorCode::ioDevice);
+  }
+};
+
+TEST_F(RemoveAllWithFaults, ThrowsEachFailureAndCanBeRepeated) {
+  makeTree();
+  faults().failAt(0, ErrorCode::ioDevice);
+  remove_all(at(u"folder"));
+  std::size_t const operations = faults().count();
+  EXPECT_GT(operations, 10u);
+  for (std::size_t n = 1; n <= operations; ++n) {
+    makeTree();
+    faults().failAt(n, ErrorCode::sharingViolation);
+    EXPECT_THROW(remove_all(at(u"folder")), SystemError) << "operation " << n;
+    EXPECT_TRUE(MachineTest::exists(at(u"folder")));
+    remove_all(at(u"folder"));
+    EXPECT_FALSE(MachineTest::exists(at(u"folder")));
+  }
+}
+
+TEST_F(RemoveAllWithFaults, AFileThatVanishesMeanwhileIsNoError) {
+  makeTree();
+  meanwhile("removeFile", u"b.txt", [this] { files().removeFile(at(u"folder\\sub\\b.txt")); });
+  EXPECT_NO_THROW(remove_all(at(u"folder")));
+  EXPECT_FALSE(MachineTest::exists(at(u"folder")));
+}
+
+TEST_F(RemoveAllWithFaults, AFolderThatVanishesMeanwhileIsNoError) {
+  for (char const* operation : {"status", "openDirectory", "removeDirectory"}) {
+    makeTree();
+    meanwhile(operation, u"empty", [this] { files().removeDirectory(at(u"folder\\sub\\empty")); });
+    EXPECT_NO_THROW(remove_all(at(u"folder"))) << operation;
+    EXPECT_FALSE(MachineTest::exists(at(u"folder")));
+  }
+}
+
 #if !defined(_WIN32)  // links and odd names, made where the simulated machine keeps its files
 
 TEST_F(Exists, IsTrueForALinkToNothing) {
@@ -301,6 +418,18 @@ TEST_F(RemoveAll, NeverTakesANameThatEndsInADotForItsNeighbour) {
   writeFile(at(u"folder\\b.txt"), "x");
   std::filesystem::create_directory(hostPath(at(u"folder")) / ".. ");
   std::filesystem::create_directory(hostPath(at(u"folder")) / "b.txt.");
+  remove_all(at(u"folder"));
+  EXPECT_FALSE(MachineTest::exists(at(u"folder")));
+  EXPECT_TRUE(MachineTest::exists(at(u"kept\\a.txt")));
+}
+
+TEST_F(RemoveAllWithFaults, AFolderThatBecameALinkMeanwhileIsNotEntered) {
+  makeTree();
+  writeFile(at(u"kept\\a.txt"), "x");
+  meanwhile("status", u"sub", [this] {
+    std::filesystem::remove_all(hostPath(at(u"folder\\sub")));
+    std::filesystem::create_directory_symlink(hostPath(at(u"kept")), hostPath(at(u"folder\\sub")));
+  });
   remove_all(at(u"folder"));
   EXPECT_FALSE(MachineTest::exists(at(u"folder")));
   EXPECT_TRUE(MachineTest::exists(at(u"kept\\a.txt")));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fl/filesystem/recursive_directory_iterator.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 
 namespace fl::filesystem {
@@ -102,6 +103,35 @@ TEST_F(RecursiveDirectoryWalk, GoesAsDeepAsFoldersDo) {
   auto const paths = pathsBelow(root());
   ASSERT_EQ(paths.size(), 151u);
   EXPECT_EQ(paths.back(), deepest + u"\\a.txt");
+}
+
+TEST_F(RecursiveDirectoryWalk, AFolderThatCannotBeReadEndsTheWalk) {
+  writeFile(at(u"b\\inside.txt"), "x");
+  for (char const* operation : {"openDirectory", "DirectoryStream::next"}) {
+    testing_support::FaultyMachine faulty(machine());
+    machine::ScopedMachine const scope(faulty);
+    recursive_directory_walk walk(root());
+    faulty.faults().failWhen(
+        [=](std::string_view name, std::u16string_view subject) {
+          return name == operation && subject.ends_with(u"\\b");
+        },
+        machine::ErrorCode::accessDenied);
+    ASSERT_NE(walk.next(), nullptr);
+    EXPECT_THROW(walk.next(), SystemError) << operation;
+    EXPECT_EQ(walk.next(), nullptr) << operation;
+    EXPECT_EQ(walk.next(), nullptr) << operation;
+  }
+}
+
+TEST_F(RecursiveDirectoryWalk, OpensEachFolderOnceAndAsksForNothingElse) {
+  writeFile(at(u"one\\a.txt"), "x");
+  testing_support::FaultyMachine counted(machine());
+  machine::ScopedMachine const scope(counted);
+  pathsBelow(root());
+  EXPECT_THAT(
+      counted.faults().operations(),
+      ElementsAre("currentDirectory", "openDirectory", "DirectoryStream::next", "openDirectory",
+                  "DirectoryStream::next", "DirectoryStream::next", "DirectoryStream::next"));
 }
 
 #if !defined(_WIN32)  // links and odd names, made where the simulated machine keeps its files

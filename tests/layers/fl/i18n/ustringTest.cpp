@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fl/i18n/ustring.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 
 namespace fl::i18n {
@@ -72,6 +73,13 @@ TEST_F(Getenv, AnswersTheValueWhateverTheCaseOfTheName) {
   EXPECT_EQ(getenv("REGISTRATION_TEST"), u"caf\u00E9");
   EXPECT_EQ(getenv("registration_test"), u"caf\u00E9");
   machine().environment().removeVariable(u"REGISTRATION_TEST");
+}
+
+TEST_F(Getenv, ThrowsWhatTheMachineThrows) {
+  testing_support::FaultyMachine faulty(machine());
+  machine::ScopedMachine const scope(faulty);
+  faulty.faults().failAt(1, machine::ErrorCode::notEnoughMemory);
+  EXPECT_THROW(getenv("PATH"), machine::SystemError);
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ class RecordedProcesses : public machine::Processes {
 
   machine::ProcessStart started;
   std::uint32_t exitCode = 0;
+  bool waitFails = false;
   int waits = 0;
   int detachments = 0;
   int children = 0;
@@ -34,6 +35,9 @@ class RecordedProcesses : public machine::Processes {
     ~Child() override { --record_.children; }
     std::uint32_t wait() override {
       ++record_.waits;
+      if (record_.waitFails) {
+        throw machine::SystemError("wait", u"a.exe", machine::ErrorCode::ioDevice);
+      }
       return record_.exitCode;
     }
     void detach() override { ++record_.detachments; }
@@ -148,6 +152,15 @@ TEST_F(Process, GivesItsChildUpWhenItGoesOrIsMoved) {
     EXPECT_EQ(second.exit_status(), 0u);
   }
   EXPECT_EQ(processes.children, 0);
+}
+
+TEST_F(Process, AFailedWaitIsThrownAndMayBeRepeated) {
+  processes.exitCode = 5;
+  processes.waitFails = true;
+  process child(command("a.exe"), context());
+  EXPECT_THROW(child.exit_status(), machine::SystemError);
+  processes.waitFails = false;
+  EXPECT_EQ(child.exit_status(), 5u);
 }
 
 }  // namespace

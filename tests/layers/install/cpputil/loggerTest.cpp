@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "install/cpputil/logger.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 #include "tests/support/substituted_machine.hpp"
 
@@ -190,6 +191,53 @@ TEST_F(Logger, WhatAnObserverThrowsPassesOnAndIsNotWritten) {
     EXPECT_THROW(append_message(u"x"), int);
   }
   EXPECT_EQ(readFile(at(u"install.log")), "");
+}
+
+/// The log's machine fails on demand.
+class LoggerWithFaults : public Logger {
+ protected:
+  ~LoggerWithFaults() override { close_destination(); }
+
+  testing_support::FaultyMachine faulty{machine::current()};
+
+ private:
+  machine::ScopedMachine scope_{faulty};
+};
+
+TEST_F(LoggerWithFaults, AMessageIsOneWrite) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  faulty.faults().failAt(0, machine::ErrorCode::ioDevice);
+  append_message(u"one\ntwo");
+  append_message(u"three");
+  EXPECT_EQ(faulty.faults().count(), 2u);
+  EXPECT_EQ(faulty.faults().operations().back(), "FileWriter::write");
+}
+
+TEST_F(LoggerWithFaults, ThrowsWhatWritingThrowsAndGoesOn) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  faulty.faults().failAt(1, machine::ErrorCode::diskFull);
+  EXPECT_THROW(append_message(u"one"), machine::SystemError);
+  append_message(u"two");
+  EXPECT_EQ(readFile(at(u"install.log")), "2026-11-21T08:30:00.123Z two\n");
+}
+
+TEST_F(LoggerWithFaults, SaysWhatItCouldNotMakeForEachFailure) {
+  std::vector<UString> messages;
+  scoped_observer const observer([&](UString const& message) { messages.push_back(message); });
+  faulty.faults().failAt(0, machine::ErrorCode::ioDevice);
+  ASSERT_TRUE(set_destination(at(u"counted\\install.log")));
+  std::size_t const operations = faulty.faults().count();
+  close_destination();
+  for (std::size_t n = 1; n <= operations; ++n) {
+    messages.clear();
+    UString const folder = at(u"folder") + fl::i18n::to_ustring(std::to_string(n));
+    faulty.faults().failAt(n, machine::ErrorCode::accessDenied);
+    EXPECT_FALSE(set_destination(folder + u"\\install.log"));
+    EXPECT_THAT(messages,
+                ElementsAre(n < operations ? unableToCreateFolder + folder
+                                           : unableToCreateFile + folder + u"\\install.log",
+                            u"Reset destination file log (none)"));
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "install/postinstall/special_folders.hpp"
+#include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 #include "tests/support/substituted_machine.hpp"
 
@@ -55,6 +56,14 @@ TEST_F(SpecialFolderPath, FillsTheBufferAndNeverMore) {
   shell.path += u'x';
   buffer.assign(buffer.size(), L'#');
   EXPECT_THROW(filled(L"desktop"), machine::SystemError);
+  EXPECT_EQ(buffer.front(), L'#');
+}
+
+TEST_F(SpecialFolderPath, ThrowsWhenTheSystemDoesNotKnowTheFolder) {
+  testing_support::FaultyMachine faulty(machine());
+  machine::ScopedMachine const scope(faulty);
+  faulty.faults().failAt(1, machine::ErrorCode::fileNotFound);
+  EXPECT_THROW(filled(L"startmenu"), machine::SystemError);
   EXPECT_EQ(buffer.front(), L'#');
 }
 
