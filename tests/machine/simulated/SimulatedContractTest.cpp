@@ -32,6 +32,9 @@ class SimulatedUnderTest : public MachineUnderTest {
     for (auto const name : machine::path_grammar::components(path)) host /= UString(name);
     return host;
   }
+  bool takesLongPaths() override {
+    return std::filesystem::path::preferred_separator == '/';  // Windows as the host does not
+  }
 
  private:
   tests::TemporaryFolder directory_;
