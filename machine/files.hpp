@@ -41,6 +41,8 @@ class FileReader {
   virtual ~FileReader() = default;
   /// Reads up to buffer.size() bytes; 0 at the end of the file. Throws SystemError.
   virtual std::size_t read(std::span<char> buffer) = 0;
+  /// The next read starts so many bytes from the beginning of the file. Throws SystemError.
+  virtual void seek(std::uint64_t position) = 0;
 };
 
 class FileWriter {

@@ -128,4 +128,50 @@ class ForwardingProcesses : public Processes {
   Processes& inner_;
 };
 
+class ForwardingServices : public Services {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingServices(Services& inner) : inner_(inner) {}
+
+  std::optional<ServiceDefinition> definition(std::u16string_view name) override {
+    return inner_.definition(name);
+  }
+  std::optional<ServiceState> state(std::u16string_view name) override {
+    return inner_.state(name);
+  }
+  void set(std::u16string_view name, ServiceDefinition const& definition) override {
+    inner_.set(name, definition);
+  }
+  bool remove(std::u16string_view name) override { return inner_.remove(name); }
+  void start(std::u16string_view name, std::chrono::milliseconds patience) override {
+    inner_.start(name, patience);
+  }
+  void stop(std::u16string_view name, std::chrono::milliseconds patience) override {
+    inner_.stop(name, patience);
+  }
+
+ protected:
+  Services& inner() { return inner_; }
+
+ private:
+  Services& inner_;
+};
+
+class ForwardingDownloads : public Downloads {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingDownloads(Downloads& inner) : inner_(inner) {}
+
+  std::uint32_t get(std::u16string_view url, DownloadLimits const& limits,
+                    Sink const& sink) override {
+    return inner_.get(url, limits, sink);
+  }
+
+ protected:
+  Downloads& inner() { return inner_; }
+
+ private:
+  Downloads& inner_;
+};
+
 }  // namespace machine

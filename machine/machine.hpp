@@ -2,11 +2,13 @@
 
 #include "machine/api.hpp"
 #include "machine/clock.hpp"
+#include "machine/downloads.hpp"
 #include "machine/environment.hpp"
 #include "machine/error.hpp"
 #include "machine/files.hpp"
 #include "machine/processes.hpp"
 #include "machine/registry.hpp"
+#include "machine/services.hpp"
 #include "machine/shell.hpp"
 
 namespace machine {
@@ -22,6 +24,8 @@ class Machine {
   virtual Environment& environment() = 0;
   virtual Shell& shell() = 0;
   virtual Processes& processes() = 0;
+  virtual Services& services() = 0;
+  virtual Downloads& downloads() = 0;
   virtual Clock& clock() = 0;
 };
 

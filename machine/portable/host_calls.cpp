@@ -31,6 +31,10 @@ std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
   return ::read(file, buffer, size);
 }
 
+std::int64_t seekFile(int file, std::int64_t position) {
+  return ::lseek(file, position, SEEK_SET);
+}
+
 std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size) {
   return ::write(file, bytes, size);
 }

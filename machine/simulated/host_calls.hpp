@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 
 /// The few calls on open files that hosts spell differently: POSIX's, with its results and errno.
@@ -11,6 +12,8 @@ enum class OpenMode { read, truncate, append, createNew };
 /// Opens a file, never through a link where the host can tell. -1 on failure.
 int openFile(std::filesystem::path const& path, OpenMode mode);
 std::ptrdiff_t readFile(int file, void* buffer, std::size_t size);
+/// From the beginning of the file.
+std::int64_t seekFile(int file, std::int64_t position);
 std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size);
 int flushFile(int file);
 int closeFile(int file);

@@ -29,6 +29,10 @@ std::size_t HostFile::read(std::span<char> buffer) {
   return static_cast<std::size_t>(checked(host::readFile(file_, buffer.data(), buffer.size())));
 }
 
+void HostFile::seek(std::uint64_t position) {
+  checked(host::seekFile(file_, static_cast<std::int64_t>(position)));
+}
+
 void HostFile::write(std::string_view bytes) {
   while (!bytes.empty())
     bytes.remove_prefix(

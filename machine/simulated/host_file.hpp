@@ -19,6 +19,8 @@ class HostFile {
   HostFile& operator=(HostFile const&) = delete;
 
   std::size_t read(std::span<char> buffer);
+  /// The next read starts there, from the beginning.
+  void seek(std::uint64_t position);
   void write(std::string_view bytes);
   void flush();
   /// REQUIRES: not closed yet.

@@ -115,6 +115,9 @@ class HostReader final : public FileReader {
   std::size_t read(std::span<char> buffer) override {
     return Operation{"read", path_}.run([&] { return file_.read(buffer); });
   }
+  void seek(std::uint64_t position) override {
+    Operation{"seek in", path_}.run([&] { file_.seek(position); });
+  }
 
  private:
   HostFile file_;

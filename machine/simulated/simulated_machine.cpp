@@ -2,10 +2,12 @@
 
 #include "machine/path_grammar.hpp"
 #include "machine/simulated/json_file.hpp"
+#include "machine/simulated/simulated_downloads.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
+#include "machine/simulated/simulated_services.hpp"
 #include "machine/simulated/simulated_shell.hpp"
 
 namespace machine::simulated {
@@ -38,25 +40,32 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        servicesFile(directory / "services.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
-        processes(files) {
+        processes(files),
+        services(files),
+        downloads(directory / "web") {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (servicesFile.exists()) services.readServices(servicesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
 
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile servicesFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedServices services;
+  SimulatedDownloads downloads;
   SystemClock clock;
 };
 
@@ -79,6 +88,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->servicesFile.write(parts_->services.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -103,6 +113,14 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Services& SimulatedMachine::services() {
+  return parts_->services;
+}
+
+Downloads& SimulatedMachine::downloads() {
+  return parts_->downloads;
 }
 
 Clock& SimulatedMachine::clock() {

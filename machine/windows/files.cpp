@@ -169,6 +169,14 @@ class WindowsFileReader final : public FileReader {
     return count;
   }
 
+  void seek(std::uint64_t position) override {
+    LARGE_INTEGER target;
+    target.QuadPart = static_cast<LONGLONG>(position);
+    if (!SetFilePointerEx(file_.get(), target, nullptr, FILE_BEGIN)) {
+      throw systemError("seek in", path_);
+    }
+  }
+
  private:
   UString path_;
   UniqueHandle file_;

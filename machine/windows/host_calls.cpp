@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace machine::simulated::host {
 
@@ -37,6 +38,10 @@ int openFile(std::filesystem::path const& path, OpenMode mode) {
 
 std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
   return ::_read(file, buffer, chunk(size));
+}
+
+std::int64_t seekFile(int file, std::int64_t position) {
+  return ::_lseeki64(file, position, SEEK_SET);
 }
 
 std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size) {

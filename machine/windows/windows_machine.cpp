@@ -10,6 +10,8 @@ WindowsMachine::WindowsMachine()
       environment_(makeEnvironment()),
       shell_(makeShell()),
       processes_(makeProcesses()),
+      services_(makeServices()),
+      downloads_(makeDownloads()),
       clock_(makeClock()) {}
 
 WindowsMachine::~WindowsMachine() = default;

@@ -1,43 +1,20 @@
 #include "registration/utility/utilities.hpp"
 
-#include <algorithm>
 #include <cctype>
 #include <climits>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 
 #include "fl/filesystem/operations.hpp"
+#include "install/cpputil/versions.hpp"
 #include "install/postinstall/file_version.hpp"
 #include "install/postinstall/special_folders.hpp"
 
 namespace registration::utility {
 
-namespace {
-
-/// What atoi makes of the field, with a result also where atoi has none: beyond int, the nearest.
-int fieldNumber(UString const& field) {
-  long const number = std::strtol(fl::i18n::to_string(field).c_str(), nullptr, 10);
-  return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
-}
-
-}  // namespace
-
 int compareVersions(UString const& a, UString const& b) {
-  auto const fieldsOfA = split(a, '.');
-  auto const fieldsOfB = split(b, '.');
-  auto const number = [](std::vector<UString> const& fields, std::size_t i) {
-    return i < fields.size() ? fieldNumber(fields[i]) : 0;
-  };
-  for (std::size_t i = 0; i < std::max(fieldsOfA.size(), fieldsOfB.size()); ++i) {
-    int const numberOfA = number(fieldsOfA, i);
-    int const numberOfB = number(fieldsOfB, i);
-    if (numberOfA != numberOfB) {
-      return numberOfA > numberOfB ? 1 : -1;
-    }
-  }
-  return 0;
+  return install::cpputil::compareVersions(a, b);
 }
 
 UString getFileVersion(UString const& filePath) {

@@ -17,7 +17,7 @@ PROVIDERS = ("machine/windows/", "machine/portable/", "machine/simulated/")
 HOST_INTERFACE = "machine/simulated/host_calls.hpp"
 
 STANDARD = re.compile(r"[a-z_]+\d*")
-LIBRARIES = re.compile(r"(nlohmann|CLI|utf8)/|utf8\.h$")
+LIBRARIES = re.compile(r"(nlohmann|CLI|utf8)/|(utf8|zlib)\.h$")
 POSIX = re.compile(r"sys/|(dirent|fcntl|signal|spawn|unistd)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 

@@ -83,6 +83,10 @@ class FaultyReader final : public machine::FileReader {
     faults_.check("FileReader::read", path_);
     return inner_->read(buffer);
   }
+  void seek(std::uint64_t position) override {
+    faults_.check("FileReader::seek", path_);
+    inner_->seek(position);
+  }
 
  private:
   std::unique_ptr<FileReader> inner_;
@@ -296,6 +300,55 @@ class FaultyProcesses final : public machine::ForwardingProcesses {
   Faults& faults_;
 };
 
+class FaultyServices final : public machine::ForwardingServices {
+ public:
+  FaultyServices(Services& inner, Faults& faults) : ForwardingServices(inner), faults_(faults) {}
+
+  std::optional<machine::ServiceDefinition> definition(std::u16string_view name) override {
+    faults_.check("Services::definition", name);
+    return inner().definition(name);
+  }
+  std::optional<machine::ServiceState> state(std::u16string_view name) override {
+    faults_.check("Services::state", name);
+    return inner().state(name);
+  }
+  void set(std::u16string_view name, machine::ServiceDefinition const& definition) override {
+    faults_.check("Services::set", name);
+    inner().set(name, definition);
+  }
+  bool remove(std::u16string_view name) override {
+    faults_.check("Services::remove", name);
+    return inner().remove(name);
+  }
+  void start(std::u16string_view name, std::chrono::milliseconds patience) override {
+    faults_.check("Services::start", name);
+    inner().start(name, patience);
+  }
+  void stop(std::u16string_view name, std::chrono::milliseconds patience) override {
+    faults_.check("Services::stop", name);
+    inner().stop(name, patience);
+  }
+
+ private:
+  Faults& faults_;
+};
+
+class FaultyDownloads final : public machine::ForwardingDownloads {
+ public:
+  FaultyDownloads(Downloads& inner, Faults& faults) : ForwardingDownloads(inner), faults_(faults) {}
+
+  /// A failing download has handed its whole body to the sink.
+  std::uint32_t get(std::u16string_view url, machine::DownloadLimits const& limits,
+                    Sink const& sink) override {
+    auto const status = inner().get(url, limits, sink);
+    faults_.check("Downloads::get", url);
+    return status;
+  }
+
+ private:
+  Faults& faults_;
+};
+
 /// Another machine whose operations fail on demand. What it handed out must not outlive it.
 class FaultyMachine final : public machine::Machine {
  public:
@@ -306,6 +359,8 @@ class FaultyMachine final : public machine::Machine {
         environment_(inner.environment(), faults_),
         shell_(inner.shell(), faults_),
         processes_(inner.processes(), faults_),
+        services_(inner.services(), faults_),
+        downloads_(inner.downloads(), faults_),
         clock_(inner.clock()) {}
 
   Faults& faults() { return faults_; }
@@ -316,6 +371,8 @@ class FaultyMachine final : public machine::Machine {
   machine::Environment& environment() override { return environment_; }
   machine::Shell& shell() override { return shell_; }
   machine::Processes& processes() override { return processes_; }
+  machine::Services& services() override { return services_; }
+  machine::Downloads& downloads() override { return downloads_; }
   machine::Clock& clock() override { return clock_; }
 
  private:
@@ -325,6 +382,8 @@ class FaultyMachine final : public machine::Machine {
   FaultyEnvironment environment_;
   FaultyShell shell_;
   FaultyProcesses processes_;
+  FaultyServices services_;
+  FaultyDownloads downloads_;
   machine::Clock& clock_;
 };
 

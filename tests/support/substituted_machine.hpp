@@ -14,6 +14,8 @@ class SubstitutedMachine : public machine::Machine {
   void replace(machine::Environment& environment) { environment_ = &environment; }
   void replace(machine::Shell& shell) { shell_ = &shell; }
   void replace(machine::Processes& processes) { processes_ = &processes; }
+  void replace(machine::Services& services) { services_ = &services; }
+  void replace(machine::Downloads& downloads) { downloads_ = &downloads; }
   void replace(machine::Clock& clock) { clock_ = &clock; }
 
   machine::Files& files() override { return files_ ? *files_ : base_.files(); }
@@ -23,6 +25,8 @@ class SubstitutedMachine : public machine::Machine {
   }
   machine::Shell& shell() override { return shell_ ? *shell_ : base_.shell(); }
   machine::Processes& processes() override { return processes_ ? *processes_ : base_.processes(); }
+  machine::Services& services() override { return services_ ? *services_ : base_.services(); }
+  machine::Downloads& downloads() override { return downloads_ ? *downloads_ : base_.downloads(); }
   machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
 
  private:
@@ -32,6 +36,8 @@ class SubstitutedMachine : public machine::Machine {
   machine::Environment* environment_ = nullptr;
   machine::Shell* shell_ = nullptr;
   machine::Processes* processes_ = nullptr;
+  machine::Services* services_ = nullptr;
+  machine::Downloads* downloads_ = nullptr;
   machine::Clock* clock_ = nullptr;
 };
 

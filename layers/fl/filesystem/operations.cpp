@@ -207,6 +207,15 @@ bool change_current_path(Path const& path) {
   return files().setCurrentDirectory(path.ustring());
 }
 
+std::vector<UString> entry_names(Path const& folder) {
+  std::vector<UString> names;
+  auto const listing = files().openDirectory(folder.ustring());
+  for (machine::DirectoryEntry entry; listing->next(entry);) {
+    names.emplace_back(entry.name);
+  }
+  return names;
+}
+
 void create_directories(Path const& path) {
   UString const full = absolute(path);
   std::vector<std::u16string_view> missing;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "fl/filesystem/path.hpp"
 #include "machine/api.hpp"
 
@@ -38,6 +40,9 @@ REGISTRATION_API Path relative(Path const& path, Path const& base);
 REGISTRATION_API Path get_current_path();
 /// False when the folder does not exist or cannot be entered.
 REGISTRATION_API bool change_current_path(Path const& path);
+
+/// The names in a folder, files and folders, in the system's order.
+REGISTRATION_API std::vector<UString> entry_names(Path const& folder);
 
 /// Makes the folder and those above it; nothing when it exists. A file of that name is an error.
 REGISTRATION_API void create_directories(Path const& path);

@@ -1,0 +1,200 @@
+#include "DesktopServiceSetup.hpp"
+
+#include "download.hpp"
+#include "fl/filesystem/operations.hpp"
+#include "folder_replacement.hpp"
+#include "install/cpputil/logger.hpp"
+#include "install/cpputil/versions.hpp"
+#include "install/desktopservicesetup/layout.hpp"
+#include "machine/path_grammar.hpp"
+#include "service_host.hpp"
+#include "setup_failure.hpp"
+#include "text_files.hpp"
+#include "version_document.hpp"
+
+namespace desktopservicesetup {
+
+using install::cpputil::zip_archive;
+using Result = DesktopServiceSetupResult;
+namespace layout = install::desktopservicesetup;
+
+namespace {
+
+constexpr std::size_t largestDocument = 64 << 10;
+constexpr std::uint32_t largestVersionFile = 256;
+
+void log(std::string const& text) {
+  install::cpputil::logger::append_message("Brantix Service Host setup: " + text);
+}
+
+/// The operation's result; why it failed is logged.
+template <typename Step>
+Result resultOf(Step&& step) {
+  try {
+    during(Result::failed, step);
+    return Result::success;
+  } catch (SetupFailure const& failure) {
+    log(failure.what());
+    return failure.result();
+  }
+}
+
+Path installerFolder(Path const& folder) {
+  return folder / u"installer";
+}
+
+Path announcement(Path const& folder) {
+  return folder / u"latest.json";
+}
+
+std::unique_ptr<zip_archive> openPackage(Path const& file) {
+  return during(Result::packageMissing, [&] { return std::make_unique<zip_archive>(file); });
+}
+
+std::string versionOf(zip_archive& package) {
+  std::string version = package.read("version.txt", largestVersionFile);
+  version.erase(version.find_last_not_of("\r\n") + 1);
+  if (!isVersion(version)) {
+    throw SetupFailure(Result::packageRefused, "version.txt holds no version");
+  }
+  return version;
+}
+
+int compare(std::string const& a, std::string const& b) {
+  return install::cpputil::compareVersions(fl::i18n::to_ustring(a), fl::i18n::to_ustring(b));
+}
+
+VersionDocument announced(Path const& folder) {
+  return during(Result::versionUnavailable, [&] {
+    return parseVersionDocument(readText(announcement(folder), largestDocument));
+  });
+}
+
+/// A server may hold a package of another version than the one it announces, an older one too.
+void requireAnnouncedVersion(zip_archive& package, Path const& source) {
+  std::string const version = versionOf(package);
+  if (compare(version, announced(source).serviceHostVersion) != 0) {
+    throw SetupFailure(Result::packageRefused,
+                       "the package is version " + version + ", not the one announced");
+  }
+}
+
+ServiceHost readServiceHost(Path const& source) {
+  return during(Result::packageRefused, [&] {
+    return parseServiceHost(readText(installerFolder(source) / u"service.json", largestDocument));
+  });
+}
+
+void requireProgram(ServiceHost const& host, Path const& folder) {
+  Path const program = folder / host.program;
+  if (!fl::filesystem::exists(program) || fl::filesystem::is_directory(program)) {
+    throw SetupFailure(Result::packageRefused,
+                       "the package lacks " + fl::i18n::ustring_to_utf8(host.program.ustring()));
+  }
+}
+
+/// Replaces files and service together: either both are the new ones in the end, or the old ones.
+void replace(FolderReplacement& files, machine::ServiceDefinition const& definition,
+             std::chrono::milliseconds patience) {
+  auto service = during(Result::serviceNotRegistered, [&] { return ServiceReplacement(patience); });
+  try {
+    during(Result::serviceNotStopped, [&] { service.stopOld(); });
+    during(Result::filesNotWritten, [&] { files.exchange(); });
+    during(Result::serviceNotRegistered, [&] { service.registerNew(definition); });
+    during(Result::serviceNotStarted, [&] { service.startNew(); });
+  } catch (...) {
+    service.stopNew();
+    files.takeBack();
+    service.takeBack();
+    throw;
+  }
+  files.keep();
+}
+
+}  // namespace
+
+Result DesktopServiceSetup::unpackInstaller(Path const& folder, UString const& packageName) {
+  return resultOf([&] {
+    if (packageName.empty()) {
+      throw SetupFailure(Result::packageMissing, "there is no installer package");
+    }
+    auto const package = openPackage(folder / packageName);
+    during(Result::filesNotWritten, [&] {
+      FolderReplacement replacement(installerFolder(folder));
+      package->extract(replacement.staging());
+      replacement.exchange();
+      replacement.keep();
+    });
+  });
+}
+
+Result DesktopServiceSetup::installServiceHost(Path const& source, Path const& target,
+                                               bool isShipped) {
+  return resultOf([&] { install(source, target, isShipped); });
+}
+
+void DesktopServiceSetup::install(Path const& source, Path const& target, bool isShipped) const {
+  if (!machine::path_grammar::isAbsolute(target.ustring())) {
+    throw SetupFailure(Result::filesNotWritten, "the folder to install to is not absolute");
+  }
+  ServiceHost const host = readServiceHost(source);
+  auto const package = openPackage(layout::serviceHostPackage(source));
+  if (!isShipped) {
+    requireAnnouncedVersion(*package, source);
+  }
+  Path const folder = target / u"servicehost";
+  during(Result::filesNotWritten, [&] {
+    FolderReplacement files(folder);
+    package->extract(files.staging());
+    requireProgram(host, files.staging());
+    replace(files, serviceFor(host, folder), patience_.service);
+  });
+}
+
+void DesktopServiceSetup::removeSource(Path const& folder) {
+  resultOf([&] { fl::filesystem::remove_all(folder); });
+}
+
+Result DesktopServiceSetup::downloadLatestInstaller(Path const& installationRoot) {
+  return resultOf([&] {
+    Path const folder = layout::temporaryDownloadRoot(installationRoot);
+    std::string const text = during(Result::versionUnavailable, [&] {
+      return fetchVersionDocument(installationRoot, limits());
+    });
+    auto const latest =
+        during(Result::versionUnavailable, [&] { return parseVersionDocument(text); });
+    during(Result::filesNotWritten, [&] {
+      fl::filesystem::remove_all(folder);
+      fl::filesystem::create_directories(folder);
+      // Whatever is published meanwhile, the package will be the one that goes with this installer.
+      writeText(announcement(folder), text);
+    });
+    downloadTo(layout::installerPackage(folder), latest.installer, limits());
+  });
+}
+
+Result DesktopServiceSetup::downloadLatestPackage(Path const& installationRoot) {
+  return resultOf([&] {
+    Path const folder = layout::temporaryDownloadRoot(installationRoot);
+    downloadTo(layout::serviceHostPackage(folder), announced(folder).package, limits());
+  });
+}
+
+bool DesktopServiceSetup::queryVersions(Path const& installationRoot, std::string& shippedVersion,
+                                        std::string& latestVersion) {
+  // Without a sound package there is no shipped version, and any published one is newer.
+  shippedVersion.clear();
+  resultOf([&] {
+    Path const root = layout::currentRoot(installationRoot);
+    shippedVersion = versionOf(*openPackage(layout::serviceHostPackage(root)));
+  });
+  latestVersion =
+      parseVersionDocument(fetchVersionDocument(installationRoot, limits())).serviceHostVersion;
+  return compare(shippedVersion, latestVersion) >= 0;
+}
+
+machine::DownloadLimits DesktopServiceSetup::limits() const {
+  return {0, patience_.silence, patience_.download};
+}
+
+}  // namespace desktopservicesetup

@@ -1,0 +1,34 @@
+#include "text_files.hpp"
+
+#include <array>
+#include <stdexcept>
+
+#include "fl/filesystem/operations.hpp"
+#include "machine/machine.hpp"
+
+namespace desktopservicesetup {
+
+std::string readText(Path const& file, std::size_t limit) {
+  auto const reader = machine::current().files().openForReading(file.ustring());
+  std::string content;
+  std::array<char, 4096> buffer;
+  while (std::size_t const count = reader->read(buffer)) {
+    content.append(buffer.data(), count);
+    if (content.size() > limit) {
+      throw std::runtime_error(fl::i18n::ustring_to_utf8(file.ustring()) + " is too large");
+    }
+  }
+  return content;
+}
+
+void writeText(Path const& file, std::string_view content) {
+  Path const partial = partialName(file);
+  auto const writer =
+      machine::current().files().openForWriting(partial.ustring(), machine::WriteMode::truncate);
+  writer->write(content);
+  writer->flushToDisk();
+  writer->close();
+  fl::filesystem::rename(partial.ustring(), file.ustring());
+}
+
+}  // namespace desktopservicesetup

@@ -1,0 +1,258 @@
+#include "registration/commands/BrantixServiceHostSetupCommand.hpp"
+
+#include <cppmicroservices/BundleContext.h>
+#include <cppmicroservices/Framework.h>
+
+#include <regex>
+#include <stdexcept>
+#include <string>
+
+#include "fl/filesystem/operations.hpp"
+#include "foundation/cppmicroservices/framework.hpp"
+#include "foundation/feature/feature.hpp"
+#include "install/cpputil/logger.hpp"
+#include "install/desktopservicesetup/layout.hpp"
+#include "registration/utility/failure_convention.hpp"
+
+namespace registration::commands {
+
+namespace {
+
+namespace layout = install::desktopservicesetup;
+using Result = layout::DesktopServiceSetupResult;
+
+}  // namespace
+
+BrantixServiceHostSetupCommand::BrantixServiceHostSetupCommand(utility::Options const& given)
+    : options(given) {}
+BrantixServiceHostSetupCommand::BrantixServiceHostSetupCommand(
+    BrantixServiceHostSetupCommand const&) = default;
+// The options are copied: they have no other way to move.
+BrantixServiceHostSetupCommand::BrantixServiceHostSetupCommand(BrantixServiceHostSetupCommand&&) =
+    default;
+BrantixServiceHostSetupCommand::~BrantixServiceHostSetupCommand() = default;
+
+void BrantixServiceHostSetupCommand::execute() const {
+  if (!options.isServiceHostRequested()) {
+    return;
+  }
+  if (auto const service = obtainService()) {
+    install(service);
+  }
+}
+
+void BrantixServiceHostSetupCommand::undo() const {}
+
+/// Region 1. Null when it failed.
+std::shared_ptr<BrantixServiceHostSetupCommand::DesktopServiceSetupUtility>
+BrantixServiceHostSetupCommand::obtainService() const {
+  try {
+    startService();
+    if (auto service = getServicePointer()) {
+      return service;
+    }
+    throw std::runtime_error("the service pointer is empty");
+  } catch (std::exception const& failure) {
+    // The one message that goes to the log in UTF-8, and so past log_message.
+    install::cpputil::logger::append_message(
+        std::string("Failed to get Brantix Service Host utility service pointer: ") +
+        failure.what());
+    return nullptr;
+  }
+}
+
+void BrantixServiceHostSetupCommand::install(
+    std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
+  log_message(u"Installing Brantix Service Host");
+  bool const hasLatest = installLatest(service);
+  utility::reportingFailure(
+      [&] {
+        if (!hasLatest) {
+          installShipped(service);
+        }
+        removeBrantixServiceHostSource(service, getBrantixServiceHostTempDownloadRoot());
+      },
+      [this](UString const& text) {
+        log_message(u"Failed to install Brantix Service Host with exception: " + text);
+      });
+}
+
+/// Region 2. True when the latest version was downloaded and installed.
+bool BrantixServiceHostSetupCommand::installLatest(
+    std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
+  try {
+    return shouldDownloadLatestBsh() && !isShippedLatest(service) &&
+           downloadAndInstallLatestBsh(service, getBrantixServiceHostCurrentRoot().ustring()) ==
+               Result::success;
+  } catch (...) {
+    log_message(u"Failed to connect to Brantix Service Host latest version web service");
+    return false;
+  }
+}
+
+bool BrantixServiceHostSetupCommand::isShippedLatest(
+    std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
+  std::string shipped;
+  std::string latest;
+  if (service->queryVersions(Path(options.getRootPath()), shipped, latest)) {
+    return true;
+  }
+  log_message(u"The shipped Brantix Service Host package is not latest version");
+  log_message(u"Shipped Brantix Service Host version: " + fl::i18n::to_ustring(shipped));
+  log_message(u"Latest Brantix Service Host version: " + fl::i18n::to_ustring(latest));
+  return false;
+}
+
+void BrantixServiceHostSetupCommand::installShipped(
+    std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
+  Result const result =
+      installBshUsingShippedPackages(service, getBrantixServiceHostCurrentRoot().ustring());
+  if (result != Result::success) {
+    log_message(u"Failed to install Brantix Service Host with error code: " +
+                fl::i18n::to_ustring(std::to_string(static_cast<int>(result))));
+  }
+}
+
+void BrantixServiceHostSetupCommand::log_message(UString const& message) const {
+  install::cpputil::logger::append_message(message);
+}
+
+void BrantixServiceHostSetupCommand::startService() const {
+  foundation::cppmicroservices::installAndStart(Path(options.getRootPath()) / u"bin" / u"win64" /
+                                                u"desktopservicesetup" / u"install" /
+                                                u"desktopservicesetup" / u"implementation");
+}
+
+std::shared_ptr<BrantixServiceHostSetupCommand::DesktopServiceSetupUtility>
+BrantixServiceHostSetupCommand::getServicePointer() const {
+  auto context = foundation::cppmicroservices::getFramework().GetBundleContext();
+  auto const references = context.GetServiceReferences<DesktopServiceSetupUtility>();
+  if (references.empty()) {
+    throw std::runtime_error("the component framework has no such service");
+  }
+  return context.GetService(references.front());
+}
+
+void BrantixServiceHostSetupCommand::removeBrantixServiceHostSource(
+    std::shared_ptr<DesktopServiceSetupUtility> service, Path const& folder) const {
+  service->removeSource(folder);
+}
+
+bool BrantixServiceHostSetupCommand::shouldDownloadLatestBsh() const {
+  static foundation::feature::Feature const feature(u"DownloadLatestBsh");
+  foundation::feature::IFeature const& downloadLatest = feature;
+  return downloadLatest.get() != 0;
+}
+
+Result BrantixServiceHostSetupCommand::downloadAndInstallLatestBsh(
+    std::shared_ptr<DesktopServiceSetupUtility> service, UString const& serviceHostRoot) const {
+  try {
+    Path const root(options.getRootPath());
+    Path const source = getBrantixServiceHostTempDownloadRoot();
+
+    log_message(u"Downloading the latest version of Brantix Service Host Installer");
+    Result result = service->downloadLatestInstaller(root);
+    if (result != Result::success) {
+      return result;
+    }
+    log_message(u"Completed downloading the latest version of Brantix Service Host Installer");
+    result = service->unpackInstaller(source, getDownloadedBshInstallerOrPkgZipName(source));
+    if (result != Result::success) {
+      return result;
+    }
+    log_message(u"Downloading the latest version of Brantix Service Host");
+    result = service->downloadLatestPackage(root);
+    if (result != Result::success) {
+      return result;
+    }
+    log_message(u"Completed downloading the latest version of Brantix Service Host");
+    result = service->installServiceHost(source, Path(serviceHostRoot), false);
+    if (result != Result::success) {
+      return result;
+    }
+    log_message(u"Completed installing the latest version of Brantix Service Host");
+    replaceShippedBshPackageByLatestBsh();
+    return Result::success;
+  } catch (std::exception const& failure) {
+    log_message(
+        u"Failed to download and install the latest version of Brantix Service Host with "
+        u"exception: " +
+        fl::i18n::utf8_to_ustring(failure.what()));
+    return Result::latestVersionException;
+  }
+}
+
+Result BrantixServiceHostSetupCommand::installBshUsingShippedPackages(
+    std::shared_ptr<DesktopServiceSetupUtility> service, UString const& serviceHostRoot) const {
+  try {
+    Path const root(serviceHostRoot);
+    Result result = service->unpackInstaller(root, layout::installerPackageName);
+    if (result == Result::success) {
+      result = service->installServiceHost(root, root, true);
+    }
+    if (result == Result::success) {
+      log_message(u"Completed installing Brantix Service Host from shipped packages");
+    }
+    return result;
+  } catch (std::exception const& failure) {
+    log_message(
+        u"Failed to install the Brantix Service Host from shipped packages with exception: " +
+        fl::i18n::utf8_to_ustring(failure.what()));
+    return Result::shippedPackagesException;
+  }
+}
+
+void BrantixServiceHostSetupCommand::replaceShippedBshPackageByLatestBsh() const {
+  Path const root = getBrantixServiceHostCurrentRoot();
+  replaceShippedPackage(getDownloadedBshInstallerZipFilePath(), layout::installerPackage(root));
+  replaceShippedPackage(getDownloadedBshPkgZipFilePath(), layout::serviceHostPackage(root));
+}
+
+void BrantixServiceHostSetupCommand::replaceShippedPackage(Path const& downloaded,
+                                                           Path const& shipped) const {
+  try {
+    // Where no package was found, the path is that of the folder searched.
+    if (fl::filesystem::exists(downloaded) && !fl::filesystem::is_directory(downloaded)) {
+      fl::filesystem::rename(downloaded.ustring(), shipped.ustring(),
+                             fl::filesystem::rename_options::replace_existing);
+    }
+  } catch (std::exception const&) {
+    log_message(
+        u"Failed to overwrite the shipped Brantix Service Host package with the latest downloaded "
+        u"package");
+  }
+}
+
+Path BrantixServiceHostSetupCommand::getBrantixServiceHostCurrentRoot() const {
+  return layout::currentRoot(options.getRootPath());
+}
+
+Path BrantixServiceHostSetupCommand::getBrantixServiceHostTempDownloadRoot() const {
+  return layout::temporaryDownloadRoot(options.getRootPath());
+}
+
+Path BrantixServiceHostSetupCommand::getDownloadedBshInstallerZipFilePath() const {
+  Path const folder = getBrantixServiceHostTempDownloadRoot();
+  return folder / getDownloadedBshInstallerOrPkgZipName(folder);
+}
+
+Path BrantixServiceHostSetupCommand::getDownloadedBshPkgZipFilePath() const {
+  Path const folder = layout::packageFolder(getBrantixServiceHostTempDownloadRoot());
+  return folder / getDownloadedBshInstallerOrPkgZipName(folder);
+}
+
+UString BrantixServiceHostSetupCommand::getDownloadedBshInstallerOrPkgZipName(
+    Path const& folder) const {
+  if (!fl::filesystem::exists(folder)) {
+    return {};
+  }
+  static std::regex const isZip("\\.zip$");
+  for (UString const& name : fl::filesystem::entry_names(folder)) {
+    if (std::regex_search(fl::i18n::to_string(name), isZip)) {
+      return name;
+    }
+  }
+  return {};
+}
+
+}  // namespace registration::commands
