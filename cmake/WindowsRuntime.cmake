@@ -1,7 +1,8 @@
 # The compiler's run-time DLLs, put beside the programs: one shared C++ run time, so that exceptions
 # cross from the library to the program that uses it.
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+set(runtime_dlls libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+foreach(dll ${runtime_dlls})
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
     OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
   if(NOT IS_ABSOLUTE "${path}")

@@ -44,6 +44,8 @@ class ForwardingFiles : public Files {
   Files& inner_;
 };
 
+/// setText is not passed on: it works through createKey, value and setValue, so that a decorator
+/// that replaced one of these sees its calls.
 class ForwardingRegistry : public Registry {
  public:
   /// `inner` must outlive this object.

@@ -164,12 +164,14 @@ void removeFromHost(fs::path const& host, bool isLink, Operation const& operatio
   operation.check(error);
 }
 
-/// The host's name for the new name of what is renamed: spelled as asked when only the case of its
-/// name changes, for then it is found under its old spelling.
-fs::path renameTarget(Place const& source, Place const& target, std::u16string_view to) {
-  return target.host == source.host
-             ? target.host.parent_path() / toHostName(path_grammar::fileName(to))
-             : target.host;
+/// One name of one folder entry, in another case perhaps. On a host that knows case, names that
+/// differ in it may be two entries.
+bool isSameEntry(Place const& a, Place const& b) {
+  std::error_code error;
+  return a.host == b.host ||
+         (a.host.parent_path() == b.host.parent_path() &&
+          equalIgnoringCase(fromHostName(a.host.filename()), fromHostName(b.host.filename())) &&
+          fs::equivalent(a.host, b.host, error));
 }
 
 }  // namespace
@@ -248,6 +250,9 @@ bool SimulatedFiles::removeDirectory(std::u16string_view path) {
   if (isGone(place, operation)) return false;
   operation.require(!place.isRoot, ErrorCode::accessDenied);
   operation.require(isFolder(place.host, place.status), ErrorCode::directory);
+  std::error_code error;
+  operation.require(place.isLink() || fs::is_empty(place.host, error) || error,
+                    ErrorCode::directoryNotEmpty);
   removeFromHost(place.host, place.isLink(), operation);
   return true;
 }
@@ -261,15 +266,19 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
   operation.reachable(target);
   operation.require(!source.isRoot && !target.isRoot, ErrorCode::accessDenied);
   operation.require(tree_.sameVolume(absolute(from), absolute(to)), ErrorCode::notSameDevice);
-  if (target.exists() && target.host != source.host) {
+  bool const changesCaseOnly = target.exists() && isSameEntry(source, target);
+  if (target.exists() && !changesCaseOnly) {
     operation.require(replaceExisting, ErrorCode::alreadyExists);
     operation.require(
         !isFolder(target.host, target.status) && !isFolder(source.host, source.status),
         ErrorCode::accessDenied);
     operation.require(target.isLink() || !isReadOnly(target.status), ErrorCode::accessDenied);
   }
+  // The entry was found under its old spelling.
+  auto const spelled = toHostName(path_grammar::fileName(absolute(to)));
   std::error_code error;
-  fs::rename(source.host, renameTarget(source, target, absolute(to)), error);
+  fs::rename(source.host, changesCaseOnly ? source.host.parent_path() / spelled : target.host,
+             error);
   operation.check(error);
 }
 

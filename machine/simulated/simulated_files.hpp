@@ -8,7 +8,8 @@
 namespace machine::simulated {
 
 /// Files and folders of a machine kept in a host folder. The current folder is this object's own.
-/// The host's limits on names apply too: 255 bytes of UTF-8 a name and about 4,000 a path on Linux.
+/// The host's limits on names apply too, counted from the folder's own path: on Linux 255 bytes of
+/// UTF-8 a name and about 4,000 a path, on Windows 260 units a path.
 class SimulatedFiles final : public Files {
  public:
   explicit SimulatedFiles(std::filesystem::path directory) : tree_(std::move(directory)) {}

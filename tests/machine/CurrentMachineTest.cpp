@@ -7,8 +7,8 @@
 namespace machine {
 
 TEST(ScopedMachine, TheInnermostIsCurrent) {
-  testing_support::TemporaryFolder one;
-  testing_support::TemporaryFolder two;
+  tests::TemporaryFolder one;
+  tests::TemporaryFolder two;
   simulated::SimulatedMachine outer(one.path());
   simulated::SimulatedMachine inner(two.path());
   ScopedMachine const outerScope(outer);

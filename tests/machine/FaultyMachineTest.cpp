@@ -4,7 +4,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/temporary_folder.hpp"
 
-namespace testing_support {
+namespace tests {
 
 using machine::ErrorCode;
 using machine::SystemError;
@@ -76,4 +76,4 @@ TEST_F(FaultyMachineTest, TheBroadcastsResultCanBeSet) {
   EXPECT_EQ(machine_.environment().broadcastSettingChange(), 0);
 }
 
-}  // namespace testing_support
+}  // namespace tests

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-namespace testing_support {
+namespace tests {
 
 /// A new, empty folder of the host, removed with everything in it at the end.
 class TemporaryFolder {
@@ -28,4 +28,4 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace testing_support
+}  // namespace tests

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace testing_support {
+namespace tests {
 
 /// True when Wine stands in for Windows: a little of what Windows promises does not hold there.
 #if defined(_WIN32)
@@ -11,4 +11,4 @@ constexpr bool isWine() {
 }
 #endif
 
-}  // namespace testing_support
+}  // namespace tests

@@ -19,7 +19,7 @@ namespace {
 struct Log {
   std::unique_ptr<machine::FileWriter> writer;
   Path destination;
-  std::vector<scoped_observer*> observers;  ///< outermost first
+  std::vector<scoped_observer::callback const*> observers;  ///< outermost first
 };
 
 Log& log() {
@@ -78,7 +78,7 @@ bool keepDestination(UString const& failure, Path const& subject) {
 void append_message(UString const& message) {
   auto const& observers = log().observers;
   for (std::size_t i = 0; i < observers.size(); ++i) {  // an observer may add and remove others
-    observers[i]->observer_(message);
+    (*observers[i])(message);
   }
   if (log().writer) {
     writeLine(*log().writer, message);
@@ -112,11 +112,11 @@ void close_destination() {
 }
 
 scoped_observer::scoped_observer(callback observer) : observer_(std::move(observer)) {
-  log().observers.push_back(this);
+  log().observers.push_back(&observer_);
 }
 
 scoped_observer::~scoped_observer() {
-  std::erase(log().observers, this);
+  std::erase(log().observers, &observer_);
 }
 
 }  // namespace install::cpputil::logger

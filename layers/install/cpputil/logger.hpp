@@ -45,7 +45,6 @@ class REGISTRATION_API scoped_observer {
   scoped_observer& operator=(scoped_observer const&) = delete;
 
  private:
-  friend REGISTRATION_API void append_message(UString const& message);
   callback observer_;
 };
 

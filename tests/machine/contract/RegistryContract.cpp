@@ -143,6 +143,24 @@ TEST_P(RegistryContract, ValuesOfEveryTypeAreKeptToTheByte) {
     EXPECT_EQ(value, kept[static_cast<std::size_t>(name.at(0) - u'a')]);
 }
 
+TEST_P(RegistryContract, SetTextMakesTheKeyAndAString) {
+  registry().setText(below(u"sub"), u"name", u"text");
+  EXPECT_EQ(registry().value(below(u"sub"), u"name"), RegistryValue::ofText(u"text"));
+}
+
+TEST_P(RegistryContract, SetTextKeepsAnExpandableStringOne) {
+  auto const expandable = RegistryType::expandableString;
+  registry().setValue(key(), u"name", RegistryValue::ofText(u"old", expandable));
+  registry().setText(key(), u"NAME", u"new");
+  EXPECT_EQ(registry().value(key(), u"name"), RegistryValue::ofText(u"new", expandable));
+}
+
+TEST_P(RegistryContract, SetTextTurnsEveryOtherTypeIntoAString) {
+  registry().setValue(key(), u"name", RegistryValue::ofDword(1));
+  registry().setText(key(), u"name", u"new");
+  EXPECT_EQ(registry().value(key(), u"name"), RegistryValue::ofText(u"new"));
+}
+
 TEST_P(RegistryContract, ALargeValueIsKept) {
   RegistryValue const large{RegistryType::binary, std::string(200'000, 'x')};
   registry().setValue(key(), u"large", large);

@@ -33,6 +33,8 @@ class MachineUnderTest {
   virtual machine::UString module() = 0;
   /// Where the host keeps a file of the machine.
   virtual std::filesystem::path hostPath(std::u16string_view path) = 0;
+  /// False where the host keeps a provider from paths longer than 260 units.
+  virtual bool takesLongPaths() { return true; }
 };
 
 struct Provider {

@@ -36,9 +36,12 @@ class SimulatedUnderTest : public MachineUnderTest {
     for (auto const name : machine::path_grammar::components(path)) host /= UString(name);
     return host;
   }
+  bool takesLongPaths() override {
+    return std::filesystem::path::preferred_separator == '/';  // Windows as the host does not
+  }
 
  private:
-  testing_support::TemporaryFolder directory_;
+  tests::TemporaryFolder directory_;
   machine::simulated::SimulatedMachine machine_{directory_.path()};
 };
 
@@ -48,7 +51,7 @@ class DecoratedUnderTest final : public SimulatedUnderTest {
   machine::Machine& machine() override { return decorator_; }
 
  private:
-  testing_support::FaultyMachine decorator_{SimulatedUnderTest::machine()};
+  tests::FaultyMachine decorator_{SimulatedUnderTest::machine()};
 };
 
 template <typename UnderTest>

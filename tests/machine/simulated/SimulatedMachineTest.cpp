@@ -35,7 +35,7 @@ class SimulatedMachineTest : public testing::Test {
   }
 
  private:
-  testing_support::TemporaryFolder directory_;
+  tests::TemporaryFolder directory_;
 };
 
 namespace {
@@ -387,7 +387,7 @@ class SimulatedLinksTest : public SimulatedMachineTest {
       GTEST_SKIP() << "this host makes no links";
     std::ofstream(outside_.path() / "secret") << "secret";
   }
-  testing_support::TemporaryFolder outside_;
+  tests::TemporaryFolder outside_;
   SimulatedMachine machine_{directory()};
 };
 

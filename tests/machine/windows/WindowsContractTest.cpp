@@ -31,7 +31,7 @@ class WindowsUnderTest final : public MachineUnderTest {
 
  private:
   machine::windows::WindowsMachine machine_;
-  testing_support::TemporaryFolder directory_;
+  tests::TemporaryFolder directory_;
 };
 
 Provider windowsProvider() {

@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-namespace testing_support {
+namespace tests {
 
 bool isWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
-}  // namespace testing_support
+}  // namespace tests

@@ -151,7 +151,7 @@ class StreamsWithFaults : public tests::MachineTest {
   std::vector<std::string> const& operations() { return faulty_.faults().operations(); }
 
  private:
-  testing_support::FaultyMachine faulty_{machine()};
+  tests::FaultyMachine faulty_{machine()};
   machine::ScopedMachine scope_{faulty_};
 };
 

@@ -260,7 +260,7 @@ TEST_F(CreateDirectories, GoesBeyond260Units) {
 /// A machine whose operations fail on demand, current while the test runs.
 class WithFaults : public MachineTest {
  protected:
-  testing_support::Faults& faults() { return faulty_.faults(); }
+  tests::Faults& faults() { return faulty_.faults(); }
 
   /// Runs `call` with each of its operations failing in turn; each time it must throw.
   template <typename Call>
@@ -273,7 +273,7 @@ class WithFaults : public MachineTest {
   }
 
  private:
-  testing_support::FaultyMachine faulty_{machine()};
+  tests::FaultyMachine faulty_{machine()};
   ::machine::ScopedMachine scope_{faulty_};
 };
 

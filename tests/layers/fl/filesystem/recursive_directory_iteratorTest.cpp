@@ -108,7 +108,7 @@ TEST_F(RecursiveDirectoryWalk, GoesAsDeepAsFoldersDo) {
 TEST_F(RecursiveDirectoryWalk, AFolderThatCannotBeReadEndsTheWalk) {
   writeFile(at(u"b\\inside.txt"), "x");
   for (char const* operation : {"openDirectory", "DirectoryStream::next"}) {
-    testing_support::FaultyMachine faulty(machine());
+    tests::FaultyMachine faulty(machine());
     machine::ScopedMachine const scope(faulty);
     recursive_directory_walk walk(root());
     faulty.faults().failWhen(
@@ -125,7 +125,7 @@ TEST_F(RecursiveDirectoryWalk, AFolderThatCannotBeReadEndsTheWalk) {
 
 TEST_F(RecursiveDirectoryWalk, OpensEachFolderOnceAndAsksForNothingElse) {
   writeFile(at(u"one\\a.txt"), "x");
-  testing_support::FaultyMachine counted(machine());
+  tests::FaultyMachine counted(machine());
   machine::ScopedMachine const scope(counted);
   pathsBelow(root());
   EXPECT_THAT(

@@ -76,7 +76,7 @@ TEST_F(Getenv, AnswersTheValueWhateverTheCaseOfTheName) {
 }
 
 TEST_F(Getenv, ThrowsWhatTheMachineThrows) {
-  testing_support::FaultyMachine faulty(machine());
+  tests::FaultyMachine faulty(machine());
   machine::ScopedMachine const scope(faulty);
   faulty.faults().failAt(1, machine::ErrorCode::notEnoughMemory);
   EXPECT_THROW(getenv("PATH"), machine::SystemError);

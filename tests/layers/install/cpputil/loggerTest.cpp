@@ -199,7 +199,7 @@ class LoggerWithFaults : public Logger {
  protected:
   ~LoggerWithFaults() override { close_destination(); }
 
-  testing_support::FaultyMachine faulty{machine::current()};
+  tests::FaultyMachine faulty{machine::current()};
 
  private:
   machine::ScopedMachine scope_{faulty};

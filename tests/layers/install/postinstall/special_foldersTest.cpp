@@ -60,7 +60,7 @@ TEST_F(SpecialFolderPath, FillsTheBufferAndNeverMore) {
 }
 
 TEST_F(SpecialFolderPath, ThrowsWhenTheSystemDoesNotKnowTheFolder) {
-  testing_support::FaultyMachine faulty(machine());
+  tests::FaultyMachine faulty(machine());
   machine::ScopedMachine const scope(faulty);
   faulty.faults().failAt(1, machine::ErrorCode::fileNotFound);
   EXPECT_THROW(filled(L"startmenu"), machine::SystemError);

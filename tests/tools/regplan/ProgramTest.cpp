@@ -1,0 +1,289 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "tools/regplan/document.hpp"
+#include "tools/regplan/program.hpp"
+
+namespace regplan {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string readBytes(fs::path const& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeBytes(fs::path const& file, std::string_view bytes) {
+  fs::create_directories(fs::absolute(file).parent_path());
+  std::ofstream(file, std::ios::binary) << bytes;
+}
+
+/// Runs the program in an empty current folder, in which "machine" is a simulated machine.
+class Program : public testing::Test {
+ protected:
+  Program() {
+    fs::create_directories(folder_ / "machine");
+    fs::current_path(folder_);
+  }
+  ~Program() override {
+    fs::current_path(previous_);
+    fs::remove_all(folder_);
+  }
+
+  int regplan(std::vector<std::string> arguments) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    auto time = std::chrono::steady_clock::time_point{};
+    int const code = runProgram(std::move(arguments), {output, errors, [&time] {
+                                                         time += std::chrono::milliseconds(15);
+                                                         return time;
+                                                       }});
+    out = output.str();
+    err = errors.str();
+    return code;
+  }
+
+  /// With REGPLAN_UPDATE_GOLDEN set the file is written instead, to be read and committed.
+  static void expectGolden(std::string const& name, std::string const& actual) {
+    fs::path const file = fs::path(REGPLAN_GOLDEN) / name;
+    if (std::getenv("REGPLAN_UPDATE_GOLDEN")) {
+      writeBytes(file, actual);
+      return;
+    }
+    EXPECT_EQ(readBytes(file), actual) << name;
+  }
+
+  std::string out;
+  std::string err;
+
+ private:
+  static std::string uniqueName() {
+    return "regplan-test-" + std::to_string(std::random_device()());
+  }
+
+  fs::path const previous_ = fs::current_path();
+  fs::path const folder_ = fs::temp_directory_path() / uniqueName();
+};
+
+constexpr std::string_view samplePlan = R"({
+  "options": { "metadataRootPath": "C:\\Vortan" },
+  "commands": [
+    { "command": "AddVTPathEntriesToMetadataFile" },
+    { "command": "SetRegistryKeys", "registryKeys": [
+      { "root": "HKEY_LOCAL_MACHINE", "keyPath": "SOFTWARE\\Brantix\\Vortan",
+        "valueName": "Größe", "value": "25.1" } ] },
+    { "command": "UpdatePathEnvironmentVariable", "pathEntry": "C:\\Vortan\\bin",
+      "productVersion": "25.1.0.1", "executableName": "vortan.exe" }
+  ]
+})";
+
+void layOutSample() {
+  writeBytes("plan.json", samplePlan);
+  writeBytes("machine/C/Vortan/part/list.phl", "toolbox/general\nno/such/folder\n");
+  fs::create_directories("machine/C/Vortan/toolbox/general");
+}
+
+/// The log of the simulated machine without its time stamps.
+std::string logWithoutTimes(fs::path const& file) {
+  std::istringstream lines(readBytes(file));
+  std::string text;
+  for (std::string line; std::getline(lines, line);) {
+    text += line.substr(std::min(line.size(), line.find(' ') + 1)) + "\n";
+  }
+  return text;
+}
+
+TEST_F(Program, ShowsItsHelp) {
+  EXPECT_EQ(regplan({"--help"}), 0);
+  expectGolden("help.txt", out);
+  EXPECT_EQ(err, "");
+}
+
+TEST_F(Program, ShowsTheHelpOfAVerb) {
+  EXPECT_EQ(regplan({"run", "--help"}), 0);
+  expectGolden("help-run.txt", out);
+}
+
+TEST_F(Program, ShowsItsVersion) {
+  EXPECT_EQ(regplan({"--version"}), 0);
+  EXPECT_EQ(out, "regplan " REGPLAN_VERSION "\n");
+}
+
+TEST_F(Program, ListsWhatPlansMayContain) {
+  EXPECT_EQ(regplan({"list"}), 0);
+  expectGolden("list.txt", out);
+}
+
+TEST_F(Program, RunsAPlan) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 0);
+  expectGolden("run.txt", out);
+  expectGolden("run-log.txt", logWithoutTimes("machine/C/ProgramData/Vortan/registration.log"));
+  EXPECT_EQ(err, "");
+  EXPECT_TRUE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+  EXPECT_THAT(readBytes("machine/registry.json"), HasSubstr("25.1"));
+}
+
+TEST_F(Program, UndoesAPlan) {
+  layOutSample();
+  ASSERT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--no-log"}), 0);
+  EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine", "--no-log"}), 0);
+  expectGolden("undo.txt", out);
+  EXPECT_THAT(readBytes("machine/registry.json"), Not(HasSubstr("25.1")));
+  EXPECT_FALSE(fs::exists("machine/C/ProgramData/Vortan"));
+}
+
+TEST_F(Program, GoesOnAfterAFailedCommand) {
+  writeBytes("plan.json", R"({
+    "options": { "metadataRootPath": "C:\\missing" },
+    "commands": [
+      { "command": "SetRegistryKeys", "registryKeys": [
+        { "root": "HKEY_LOCAL_MACHINE", "keyPath": "SOFTWARE", "valueName": "a", "value": "b" } ] },
+      { "command": "AddVTPathEntriesToMetadataFile" },
+      { "command": "UpdatePathEnvironmentVariable", "pathEntry": "C:\\Vortan\\bin",
+        "productVersion": "1", "executableName": "vortan.exe" } ] })");
+  EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine"}), 1);
+  expectGolden("failing.txt", out);
+}
+
+TEST_F(Program, RunsAPlanWithoutCommands) {
+  writeBytes("plan.json", R"({"commands":[]})");
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--no-log"}), 0);
+  EXPECT_EQ(out,
+            "Running plan.json, 0 commands, on the simulated machine machine\n"
+            "\n0 commands: nothing to do\n");
+}
+
+TEST_F(Program, RefusesABadPlanAndRunsNothingOfIt) {
+  writeBytes("plan.json", R"({"commands":[
+    {"command":"SetRegistryKeys","registryKeys":[{"root":"HKEY_USERS","keyPath":"k",
+      "valueName":"never","value":"v"}]},
+    {"command":"SetRegistryKeys","registryKeys":[]}, {"command":"x"}]})");
+  for (std::string const verb : {"run", "undo"}) {
+    EXPECT_EQ(regplan({verb, "plan.json", "--machine", "machine"}), 2);
+    EXPECT_EQ(err,
+              "plan.json: /commands/1: Exception occured while creating the registry keys command "
+              ": Registry Key Value list cannot be empty\n"
+              "plan.json: /commands/2/command: unknown command \"x\"; known: "
+              "AddVTPathEntriesToMetadataFile, SetRegistryKeys, UpdatePathEnvironmentVariable\n");
+    EXPECT_EQ(out, "");
+  }
+  EXPECT_THAT(readBytes("machine/registry.json"), Not(HasSubstr("never")));
+  EXPECT_FALSE(fs::exists("machine/C/ProgramData/Vortan"));
+}
+
+TEST_F(Program, ValidatesWithoutAMachine) {
+  writeBytes("good.json", samplePlan);
+  writeBytes("bad.json", "{}");
+  EXPECT_EQ(regplan({"validate", "good.json"}), 0);
+  EXPECT_EQ(out, "good.json: valid, 3 commands\n");
+  EXPECT_EQ(regplan({"validate", "bad.json"}), 2);
+  EXPECT_EQ(err, "bad.json: /commands: missing; a plan needs a list of commands\n");
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(Program, TakesNamesBeyondAscii) {
+  writeBytes(fs::path(u8"Größe.json"), samplePlan);
+  EXPECT_EQ(regplan({"validate", "Größe.json"}), 0);
+  EXPECT_EQ(out, "Größe.json: valid, 3 commands\n");
+}
+
+TEST_F(Program, RefusesPlansItCannotRead) {
+  EXPECT_EQ(regplan({"validate", "missing.json"}), 2);
+  EXPECT_EQ(err, "missing.json: cannot be opened: No such file or directory\n");
+  EXPECT_EQ(regplan({"validate", "machine"}), 2);
+  EXPECT_THAT(err, StartsWith("machine: cannot be "));
+}
+
+TEST_F(Program, RefusesHugePlans) {
+  std::string const plan = R"({"commands":[]})";
+  writeBytes("large.json", plan + std::string(planSizeLimit - plan.size(), ' '));
+  EXPECT_EQ(regplan({"validate", "large.json"}), 0);
+  writeBytes("huge.json", plan + std::string(planSizeLimit - plan.size() + 1, ' '));
+  EXPECT_EQ(regplan({"validate", "huge.json"}), 2);
+  EXPECT_EQ(err, "huge.json: larger than 4194304 bytes, the most a plan may be\n");
+}
+
+TEST_F(Program, WritesTheLogWhereItIsTold) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--log", "C:\\logs\\Größe.log"}),
+            0);
+  EXPECT_THAT(out, HasSubstr("Log: C:\\logs\\Größe.log\n"));
+  EXPECT_THAT(readBytes(fs::path(u8"machine/C/logs/Größe.log")),
+              HasSubstr("Adding path entries to metadata file\n"));
+  EXPECT_FALSE(fs::exists("machine/C/ProgramData/Vortan"));
+}
+
+TEST_F(Program, AppendsToTheLog) {
+  layOutSample();
+  regplan({"run", "plan.json", "--machine", "machine"});
+  regplan({"undo", "plan.json", "--machine", "machine"});
+  std::string const log = logWithoutTimes("machine/C/ProgramData/Vortan/registration.log");
+  EXPECT_THAT(log, StartsWith("AddVTPathEntriesToMetadataFile: execute\n"));
+  EXPECT_THAT(log, HasSubstr("SetRegistryKeys: undo\n"));
+}
+
+TEST_F(Program, GoesOnWithoutALogThatCannotBeOpened) {
+  layOutSample();
+  writeBytes("machine/C/logs", "a file where a folder should be");
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--log", "C:\\logs\\a.log"}), 0);
+  EXPECT_THAT(out, HasSubstr("No log is written:\n"
+                             "  Unable to create specified folder for installation log C:\\logs\n"
+                             "  Reset destination file log (none)\n"));
+  EXPECT_THAT(out, HasSubstr("3 commands: 3 done"));
+}
+
+TEST_F(Program, RefusesBadCommandLines) {
+  std::vector<std::pair<std::vector<std::string>, std::string>> const lines = {
+      {{}, "a verb is needed: run, undo, validate or list"},
+      {{"preview"}, "unknown verb \"preview\"; known: run, undo, validate, list"},
+      {{"ruin", "a"},
+       "unknown verb \"ruin\"; did you mean \"run\"? Known: run, undo, validate, list"},
+      {{"run"}, "PLAN is required"},
+      {{"run", "a", "b\x1b"}, "not expected: \"b\\u001B\""},
+      {{"list", "a"}, "not expected: \"a\""},
+      {{"run", "a", "--machin", "b"}, "not expected: \"--machin\" \"b\""},
+      {{"run", "a", "--machine"}, "--machine: 1 required DIR missing"},
+      {{"run", "a", "--log", "b", "--no-log"}, "--log excludes --no-log"}};
+  for (auto const& [arguments, reason] : lines) {
+    EXPECT_EQ(regplan(arguments), 2);
+    EXPECT_EQ(err, "regplan: " + reason + "\nRun \"regplan --help\" for what it takes.\n");
+    EXPECT_EQ(out, "");
+  }
+}
+
+TEST_F(Program, RefusesAMachineThatIsNoFolder) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "nowhere"}), 2);
+  EXPECT_EQ(err, "regplan: --machine: nowhere is not an existing folder\n");
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "plan.json"}), 2);
+  EXPECT_FALSE(fs::exists("nowhere"));
+}
+
+TEST_F(Program, RefusesADamagedMachine) {
+  layOutSample();
+  writeBytes("machine/registry.json", "{");
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 2);
+  EXPECT_THAT(err, StartsWith("regplan: "));
+  EXPECT_EQ(readBytes("machine/registry.json"), "{");
+}
+
+#if !defined(_WIN32)
+TEST_F(Program, NeedsASimulatedMachineWhereThereIsNoWindows) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json"}), 2);
+  EXPECT_EQ(err, "regplan: --machine DIR is required: this is no Windows computer\n");
+}
+#endif
+
+}  // namespace
+}  // namespace regplan

@@ -1,0 +1,183 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "install/cpputil/logger.hpp"
+#include "tools/regplan/report.hpp"
+#include "tools/regplan/runner.hpp"
+
+namespace regplan {
+namespace {
+
+using testing::ElementsAre;
+
+class Lambda : public Command {
+ public:
+  Lambda(std::function<void()> execute, std::function<void()> undo)
+      : execute_(std::move(execute)), undo_(std::move(undo)) {}
+  void execute() const override { execute_(); }
+  void undo() const override { undo_(); }
+
+ private:
+  std::function<void()> execute_;
+  std::function<void()> undo_;
+};
+
+void say(std::u16string const& message) {
+  install::cpputil::logger::append_message(message);
+}
+
+class RunPlan : public testing::Test {
+ protected:
+  void add(
+      std::string name, std::function<void()> execute, std::function<void()> undo = [] {}) {
+    plan.commands.push_back(
+        {std::move(name), std::make_unique<Lambda>(std::move(execute), std::move(undo))});
+  }
+
+  /// Every look at the clock finds 15 milliseconds gone.
+  std::vector<CommandResult> run(Operation operation = Operation::execute) {
+    auto time = std::chrono::steady_clock::time_point{};
+    TextProgress progress(output);
+    return runPlan(plan, operation, progress, [&time] {
+      time += std::chrono::milliseconds(15);
+      return time;
+    });
+  }
+
+  Plan plan;
+  std::ostringstream output;
+};
+
+TEST_F(RunPlan, ShowsStartMessagesAndOutcome) {
+  add("First", [] { say(u"Doing it"); });
+  auto const results = run();
+  ASSERT_EQ(results.size(), 1U);
+  EXPECT_EQ(results[0].name, "First");
+  EXPECT_EQ(results[0].outcome, Outcome::done);
+  EXPECT_EQ(output.str(),
+            "\n[1/1] First\n"
+            "        Doing it\n"
+            "      done in 0.015 s\n");
+}
+
+TEST_F(RunPlan, AFailureIsToldAndTheFollowingCommandsRun) {
+  add("First", [] { throw std::runtime_error("bad\nluck"); });
+  add("Second", [] { say(u"still here"); });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::failed);
+  EXPECT_EQ(results.at(0).reason, "bad\nluck");
+  EXPECT_EQ(results.at(1).outcome, Outcome::done);
+  EXPECT_EQ(output.str(),
+            "\n[1/2] First\n"
+            "      failed after 0.015 s: bad\\nluck\n"
+            "\n[2/2] Second\n"
+            "        still here\n"
+            "      done in 0.015 s\n");
+}
+
+TEST_F(RunPlan, AnExceptionOfAnotherTypeIsAFailureWithoutText) {
+  add("First", [] { throw 5; });
+  EXPECT_EQ(run().at(0).outcome, Outcome::failed);
+  EXPECT_EQ(output.str(),
+            "\n[1/1] First\n"
+            "      failed after 0.015 s: an exception that carries no text\n");
+}
+
+TEST_F(RunPlan, AMessageOfTroubleMarksItsOwnCommandOnly) {
+  add("First", [] { say(u"Failed to do it"); });
+  add("Second", [] { say(u"all well"); });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::doneWithProblems);
+  EXPECT_EQ(results.at(1).outcome, Outcome::done);
+}
+
+TEST_F(RunPlan, AFailureOutweighsAMessageOfTrouble) {
+  add("First", [] {
+    say(u"Error getting it");
+    throw std::runtime_error("x");
+  });
+  EXPECT_EQ(run().at(0).outcome, Outcome::failed);
+}
+
+TEST_F(RunPlan, UndoUndoesInThePlansOwnOrder) {
+  std::vector<std::string> calls;
+  add(
+      "First", [&] { calls.push_back("execute 1"); }, [&] { calls.push_back("undo 1"); });
+  add(
+      "Second", [&] { calls.push_back("execute 2"); }, [&] { calls.push_back("undo 2"); });
+  run(Operation::undo);
+  EXPECT_THAT(calls, ElementsAre("undo 1", "undo 2"));
+}
+
+TEST_F(RunPlan, TheLogHasStartsOutcomesAndFailureTexts) {
+  std::vector<std::u16string> logged;
+  install::cpputil::logger::scoped_observer const watch(
+      [&](std::u16string const& message) { logged.push_back(message); });
+  add("First", [] {
+    say(u"message");
+    throw std::runtime_error("reason");
+  });
+  run();
+  EXPECT_THAT(logged,
+              ElementsAre(u"First: execute", u"message", u"First: failed after 0.015 s: reason"));
+}
+
+TEST_F(RunPlan, ALogThatCannotBeWrittenStopsNoCommand) {
+  install::cpputil::logger::scoped_observer const watch(
+      [](std::u16string const&) { throw std::runtime_error("disk full"); });
+  bool ran = false;
+  add("First", [] { say(u"lost"); });
+  add("Second", [&] { ran = true; });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::failed);
+  EXPECT_EQ(results.at(0).reason, "disk full");
+  EXPECT_EQ(results.at(1).outcome, Outcome::done);
+  EXPECT_TRUE(ran);
+}
+
+TEST_F(RunPlan, MessagesCannotObeyTheTerminal) {
+  add("First", [] { say(u"a\x1b[2Jb\nc"); });
+  run();
+  EXPECT_THAT(output.str(), testing::HasSubstr("        a\\u001B[2Jb\\nc\n"));
+}
+
+TEST(ReportsTrouble, KnowsTheBeginningsOfFailureLines) {
+  EXPECT_TRUE(reportsTrouble("Unable to add path entries to metadata file"));
+  EXPECT_TRUE(reportsTrouble("Failed to update path for the current session"));
+  EXPECT_TRUE(reportsTrouble("Error writing it"));
+  EXPECT_TRUE(reportsTrouble("Exception while creating desktop shortcut for x"));
+  EXPECT_TRUE(reportsTrouble("Path too long, cannot update path environment value."));
+}
+
+TEST(ReportsTrouble, TakesOtherMessagesAsProgress) {
+  EXPECT_FALSE(reportsTrouble("Successfully added path entries to metadata file"));
+  EXPECT_FALSE(reportsTrouble("Adding Failed to the path"));
+  EXPECT_FALSE(reportsTrouble("Errors"));
+  EXPECT_FALSE(reportsTrouble(""));
+}
+
+TEST(FormatDuration, CountsSecondsToTheMillisecond) {
+  using std::chrono::microseconds;
+  EXPECT_EQ(formatDuration(microseconds(0)), "0.000 s");
+  EXPECT_EQ(formatDuration(microseconds(1499)), "0.001 s");
+  EXPECT_EQ(formatDuration(microseconds(1501)), "0.002 s");
+  EXPECT_EQ(formatDuration(microseconds(65'030'000)), "65.030 s");
+}
+
+CommandResult resultOf(Outcome outcome) {
+  return {"x", outcome, std::chrono::milliseconds(10), ""};
+}
+
+TEST(Summary, CountsWhatThereWas) {
+  std::vector<CommandResult> const results = {resultOf(Outcome::failed), resultOf(Outcome::done),
+                                              resultOf(Outcome::doneWithProblems),
+                                              resultOf(Outcome::done)};
+  EXPECT_EQ(summary(results), "4 commands: 2 done, 1 done with problems, 1 failed, in 0.040 s");
+  EXPECT_EQ(summary(std::span(results).first(1)), "1 command: 1 failed, in 0.010 s");
+  EXPECT_EQ(summary({}), "0 commands: nothing to do");
+}
+
+}  // namespace
+}  // namespace regplan

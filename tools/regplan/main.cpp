@@ -1,0 +1,37 @@
+#include <chrono>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "tools/regplan/program.hpp"
+
+#if defined(_WIN32)
+#include "machine/unicode.hpp"
+#include "machine/windows/console.hpp"
+#endif
+
+namespace {
+
+int run(std::vector<std::string> arguments) {
+  return regplan::runProgram(std::move(arguments),
+                             {std::cout, std::cerr, std::chrono::steady_clock::now});
+}
+
+}  // namespace
+
+#if defined(_WIN32)
+// Only the wide arguments are what was typed: the narrow ones lose what the code page lacks.
+extern "C" int wmain(int count, wchar_t* values[]) {
+  machine::windows::Utf8Console const console;
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) {
+    arguments.push_back(machine::toUtf8(machine::fromWide(values[i])));
+  }
+  return run(std::move(arguments));
+}
+#else
+int main(int count, char* values[]) {
+  return run(count > 0 ? std::vector<std::string>(values + 1, values + count)
+                       : std::vector<std::string>());
+}
+#endif

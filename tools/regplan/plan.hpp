@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/regplan/catalogue.hpp"
+#include "tools/regplan/document.hpp"
+
+namespace regplan {
+
+struct PlannedCommand {
+  std::string name;
+  std::unique_ptr<Command const> command;
+};
+
+/// What a plan asks for: commands ready to run, in the plan's order.
+struct Plan {
+  std::vector<PlannedCommand> commands;
+};
+
+/// The plan that the JSON `text` describes, or nullopt when anything in it is unknown, missing, of
+/// the wrong type or refused by a command's constructor; then `errors` has all that was found, not
+/// just the first. Nothing on the machine is touched.
+std::optional<Plan> readPlan(std::string_view text, PlanErrors& errors,
+                             std::span<CommandDescription const> commands = commandCatalogue());
+
+}  // namespace regplan

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tools/regplan/runner.hpp"
+
+namespace regplan {
+
+enum ExitCode : int {
+  allRan = 0,         ///< whether or not messages reported problems
+  commandFailed = 1,  ///< an exception left at least one command
+  refused = 2,        ///< bad command line or plan: nothing was run
+};
+
+/// What the program is given besides its arguments.
+struct Surroundings {
+  std::ostream& output;
+  std::ostream& errors;
+  Now now;
+};
+
+/// The whole program but for main: `arguments` are UTF-8, without the program's name. The exit
+/// code.
+int runProgram(std::vector<std::string> arguments, Surroundings const& surroundings);
+
+}  // namespace regplan

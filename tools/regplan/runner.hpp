@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/regplan/plan.hpp"
+
+namespace regplan {
+
+enum class Operation { execute, undo };
+
+enum class Outcome {
+  done,
+  doneWithProblems,  ///< ended normally, but a message told of trouble
+  failed,            ///< an exception left the command
+};
+
+struct CommandResult {
+  std::string name;
+  Outcome outcome = Outcome::done;
+  std::chrono::steady_clock::duration duration{};
+  std::string reason;  ///< UTF-8; of a failure: the exception's text
+};
+
+/// Sees a run as it happens. Texts are UTF-8 as they came, not yet fit to print.
+class RunObserver {
+ public:
+  virtual ~RunObserver() = default;
+  /// `number` counts from 1 to `total`.
+  virtual void started(std::size_t number, std::size_t total, std::string const& name) = 0;
+  /// A log message of the command that runs.
+  virtual void message(std::string const& text) = 0;
+  virtual void finished(CommandResult const& result) = 0;
+};
+
+/// Tells how long commands take: std::chrono::steady_clock::now but in tests.
+using Now = std::function<std::chrono::steady_clock::time_point()>;
+
+/// True for the messages with which commands report a failure that they caught.
+bool reportsTrouble(std::string_view message);
+
+/// "done", "done with problems" or "failed".
+std::string_view outcomeName(Outcome outcome);
+
+/// Seconds to the millisecond, "12.034 s".
+std::string formatDuration(std::chrono::steady_clock::duration duration);
+
+/// Performs the plan's commands one after the other, in the plan's order for both operations. An
+/// exception ends its command only. Start and outcome of each are written to the installation log
+/// as well, where a failure's text would otherwise be missing.
+std::vector<CommandResult> runPlan(Plan const& plan, Operation operation, RunObserver& observer,
+                                   Now const& now);
+
+}  // namespace regplan

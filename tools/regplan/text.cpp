@@ -1,0 +1,122 @@
+#include "tools/regplan/text.hpp"
+
+#include <algorithm>
+#include <vector>
+
+#include "fl/i18n/ustring.hpp"
+
+namespace regplan {
+namespace {
+
+bool isControl(char16_t unit) {
+  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x2028 || unit == 0x2029;
+}
+
+std::u16string escaped(char16_t unit) {
+  if (unit == u'\n') return u"\\n";
+  if (unit == u'\r') return u"\\r";
+  if (unit == u'\t') return u"\\t";
+  constexpr std::u16string_view digits = u"0123456789ABCDEF";
+  std::u16string text = u"\\u";
+  for (int shift = 12; shift >= 0; shift -= 4) text += digits[(unit >> shift) & 0xF];
+  return text;
+}
+
+std::string printable(std::u16string_view text) {
+  std::u16string line;
+  for (char16_t const unit : text) {
+    if (isControl(unit)) {
+      line += escaped(unit);
+    } else {
+      line += unit;
+    }
+  }
+  return fl::i18n::ustring_to_utf8(line);
+}
+
+bool isHighSurrogate(char16_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+char lower(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+/// Optimal string alignment distance without regard to the case of A to Z.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> beforePrevious(b.size() + 1);
+  std::vector<std::size_t> previous(b.size() + 1);
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    beforePrevious.swap(previous);
+    previous.swap(row);
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      bool const same = lower(a[i - 1]) == lower(b[j - 1]);
+      row[j] = std::min({previous[j] + 1, row[j - 1] + 1, previous[j - 1] + (same ? 0 : 1)});
+      bool const swapped = i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) &&
+                           lower(a[i - 2]) == lower(b[j - 1]);
+      if (swapped) row[j] = std::min(row[j], beforePrevious[j - 2] + 1);
+    }
+  }
+  return row[b.size()];
+}
+
+std::string joined(std::span<std::string_view const> names) {
+  std::string text;
+  for (std::string_view const name : names) {
+    if (!text.empty()) text += ", ";
+    text += name;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string printable(std::string_view utf8) {
+  return printable(std::u16string_view(fl::i18n::utf8_to_ustring(utf8)));
+}
+
+std::string shortened(std::string_view utf8, std::size_t limit) {
+  // No character takes more than four bytes, so the rest need not be looked at.
+  std::u16string text = fl::i18n::utf8_to_ustring(utf8.substr(0, 4 * (limit + 1)));
+  if (text.size() <= limit) return printable(std::u16string_view(text));
+  bool const splitsPair = limit > 0 && isHighSurrogate(text[limit - 1]);
+  text.resize(splitsPair ? limit - 1 : limit);
+  return printable(std::u16string_view(text)) + "...";
+}
+
+std::string inQuotes(std::string_view name) {
+  return "\"" + shortened(name, shownName) + "\"";
+}
+
+std::string_view nearest(std::string_view name, std::span<std::string_view const> known) {
+  std::string_view best;
+  std::size_t bestDistance = std::max<std::size_t>(2, name.size() / 3) + 1;
+  constexpr std::size_t longestWorthComparing = 100;
+  if (name.size() > longestWorthComparing) return best;
+  for (std::string_view const candidate : known) {
+    std::size_t const far = distance(name, candidate);
+    if (far < bestDistance && far < candidate.size()) {
+      best = candidate;
+      bestDistance = far;
+    }
+  }
+  return best;
+}
+
+std::string unknown(std::string_view what, std::string_view name,
+                    std::span<std::string_view const> known) {
+  std::string const reason = "unknown " + std::string(what) + "; ";
+  if (known.empty()) return reason + "there are none";
+  std::string_view const meant = nearest(name, known);
+  if (meant.empty()) return reason + "known: " + joined(known);
+  return reason + "did you mean " + inQuotes(meant) + "? Known: " + joined(known);
+}
+
+std::string counted(std::size_t number, std::string_view noun) {
+  return std::to_string(number) + " " + std::string(noun) + (number == 1 ? "" : "s");
+}
+
+}  // namespace regplan

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+/// Text for people: what comes from a plan, a log message or an exception, made fit to print.
+namespace regplan {
+
+/// `utf8` as one line that a terminal shows and never obeys: line breaks as "\n" and "\r", other
+/// control characters as "\u001B", ill-formed UTF-8 as U+FFFD.
+std::string printable(std::string_view utf8);
+
+/// printable, cut after `limit` UTF-16 units with "..." in the place of the rest.
+std::string shortened(std::string_view utf8, std::size_t limit);
+
+/// How much of a name that a plan or a command line gives is shown, in UTF-16 units.
+inline constexpr std::size_t shownName = 80;
+
+/// A given name in quotes, fit to print.
+std::string inQuotes(std::string_view name);
+
+/// The one of `known` that `name` was probably meant to be: the fewest letters to change, insert,
+/// drop or swap with a neighbour, not counting case; empty when all are far from it.
+std::string_view nearest(std::string_view name, std::span<std::string_view const> known);
+
+/// "unknown option; did you mean "rootPath"? Known: rootPath, ..." for `what` "option". `name` is
+/// what was given.
+std::string unknown(std::string_view what, std::string_view name,
+                    std::span<std::string_view const> known);
+
+/// "1 command", "3 commands".
+std::string counted(std::size_t number, std::string_view noun);
+
+}  // namespace regplan
