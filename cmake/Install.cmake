@@ -3,7 +3,13 @@
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
-install(TARGETS registration_commands EXPORT registration_commands
+set(targets registration_commands)
+if(NOT CppMicroServices_FOUND)
+  # The component framework of this tree goes with the library.
+  list(APPEND targets CppMicroServices)
+endif()
+set_target_properties(registration_commands PROPERTIES INSTALL_RPATH $ORIGIN)
+install(TARGETS ${targets} EXPORT registration_commands
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -26,7 +32,11 @@ endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/registration_commands)
 install(EXPORT registration_commands NAMESPACE registration::
-  FILE registration_commands-config.cmake DESTINATION ${package_dir})
+  FILE registration_commands-targets.cmake DESTINATION ${package_dir})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/registration_commands-config.cmake.in
+  registration_commands-config.cmake @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/registration_commands-config.cmake
+  DESTINATION ${package_dir})
 # Before 1.0 a minor version may change the interface.
 write_basic_package_version_file(registration_commands-config-version.cmake
   COMPATIBILITY SameMinorVersion)

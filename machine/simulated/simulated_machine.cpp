@@ -5,6 +5,7 @@
 #include "machine/simulated/simulated_downloads.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_modules.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_services.hpp"
@@ -40,16 +41,19 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        modulesFile(directory / "modules.json"),
         servicesFile(directory / "services.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
         processes(files),
+        modules(files),
         services(files),
         downloads(directory / "web") {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (servicesFile.exists()) services.readServices(servicesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
@@ -57,6 +61,7 @@ struct SimulatedMachine::Parts {
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile modulesFile;
   JsonFile servicesFile;
   bool isNew;
   SimulatedFiles files;
@@ -64,6 +69,7 @@ struct SimulatedMachine::Parts {
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedModules modules;
   SimulatedServices services;
   SimulatedDownloads downloads;
   SystemClock clock;
@@ -88,6 +94,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->modulesFile.write(parts_->modules.toJson());
   parts_->servicesFile.write(parts_->services.toJson());
 }
 
@@ -113,6 +120,10 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Modules& SimulatedMachine::modules() {
+  return parts_->modules;
 }
 
 Services& SimulatedMachine::services() {

@@ -14,6 +14,7 @@ namespace machine::simulated {
 ///   registry.json              see simulated_registry.hpp
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
+///   modules.json               what was called in modules, in order
 ///   services.json              services, whether they run, and how often each was started
 ///   web/...                    what web servers hold, see simulated_downloads.hpp
 ///   processes-exit-codes.json  written by hand, when programs are to fail
@@ -43,6 +44,7 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   Environment& environment() override;
   Shell& shell() override;
   Processes& processes() override;
+  Modules& modules() override;
   Services& services() override;
   Downloads& downloads() override;
   Clock& clock() override;

@@ -10,6 +10,7 @@ WindowsMachine::WindowsMachine()
       environment_(makeEnvironment()),
       shell_(makeShell()),
       processes_(makeProcesses()),
+      modules_(makeModules()),
       services_(makeServices()),
       downloads_(makeDownloads()),
       clock_(makeClock()) {}

@@ -17,6 +17,7 @@ class WindowsMachine final : public Machine {
   Environment& environment() override { return *environment_; }
   Shell& shell() override { return *shell_; }
   Processes& processes() override { return *processes_; }
+  Modules& modules() override { return *modules_; }
   Services& services() override { return *services_; }
   Downloads& downloads() override { return *downloads_; }
   Clock& clock() override { return *clock_; }
@@ -27,6 +28,7 @@ class WindowsMachine final : public Machine {
   std::unique_ptr<Environment> environment_;
   std::unique_ptr<Shell> shell_;
   std::unique_ptr<Processes> processes_;
+  std::unique_ptr<Modules> modules_;
   std::unique_ptr<Services> services_;
   std::unique_ptr<Downloads> downloads_;
   std::unique_ptr<Clock> clock_;

@@ -14,6 +14,7 @@ class SubstitutedMachine : public machine::Machine {
   void replace(machine::Environment& environment) { environment_ = &environment; }
   void replace(machine::Shell& shell) { shell_ = &shell; }
   void replace(machine::Processes& processes) { processes_ = &processes; }
+  void replace(machine::Modules& modules) { modules_ = &modules; }
   void replace(machine::Services& services) { services_ = &services; }
   void replace(machine::Downloads& downloads) { downloads_ = &downloads; }
   void replace(machine::Clock& clock) { clock_ = &clock; }
@@ -25,6 +26,7 @@ class SubstitutedMachine : public machine::Machine {
   }
   machine::Shell& shell() override { return shell_ ? *shell_ : base_.shell(); }
   machine::Processes& processes() override { return processes_ ? *processes_ : base_.processes(); }
+  machine::Modules& modules() override { return modules_ ? *modules_ : base_.modules(); }
   machine::Services& services() override { return services_ ? *services_ : base_.services(); }
   machine::Downloads& downloads() override { return downloads_ ? *downloads_ : base_.downloads(); }
   machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
@@ -36,6 +38,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Environment* environment_ = nullptr;
   machine::Shell* shell_ = nullptr;
   machine::Processes* processes_ = nullptr;
+  machine::Modules* modules_ = nullptr;
   machine::Services* services_ = nullptr;
   machine::Downloads* downloads_ = nullptr;
   machine::Clock* clock_ = nullptr;

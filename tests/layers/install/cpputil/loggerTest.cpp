@@ -147,6 +147,7 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Environment& environment() override { throw std::logic_error("asked"); }
     machine::Shell& shell() override { throw std::logic_error("asked for the shell"); }
     machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
+    machine::Modules& modules() override { throw std::logic_error("asked for modules"); }
     machine::Services& services() override { throw std::logic_error("asked for services"); }
     machine::Downloads& downloads() override { throw std::logic_error("asked for downloads"); }
     machine::Clock& clock() override { return clock_; }
