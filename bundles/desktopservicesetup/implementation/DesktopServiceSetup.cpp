@@ -1,16 +1,16 @@
-#include "DesktopServiceSetup.hpp"
+#include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
 
-#include "download.hpp"
+#include "bundles/desktopservicesetup/implementation/download.hpp"
+#include "bundles/desktopservicesetup/implementation/folder_replacement.hpp"
+#include "bundles/desktopservicesetup/implementation/service_host.hpp"
+#include "bundles/desktopservicesetup/implementation/setup_failure.hpp"
+#include "bundles/desktopservicesetup/implementation/text_files.hpp"
+#include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "folder_replacement.hpp"
 #include "install/cpputil/logger.hpp"
 #include "install/cpputil/versions.hpp"
 #include "install/desktopservicesetup/layout.hpp"
 #include "machine/path_grammar.hpp"
-#include "service_host.hpp"
-#include "setup_failure.hpp"
-#include "text_files.hpp"
-#include "version_document.hpp"
 
 namespace desktopservicesetup {
 

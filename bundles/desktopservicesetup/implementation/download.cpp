@@ -1,12 +1,12 @@
-#include "download.hpp"
+#include "bundles/desktopservicesetup/implementation/download.hpp"
 
 #include <memory>
 
+#include "bundles/desktopservicesetup/implementation/setup_failure.hpp"
+#include "bundles/desktopservicesetup/implementation/text_files.hpp"
 #include "fl/filesystem/operations.hpp"
 #include "machine/machine.hpp"
 #include "machine/sha256.hpp"
-#include "setup_failure.hpp"
-#include "text_files.hpp"
 
 namespace desktopservicesetup {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "fl/filesystem/path.hpp"
 #include "machine/downloads.hpp"
-#include "version_document.hpp"
 
 namespace desktopservicesetup {
 

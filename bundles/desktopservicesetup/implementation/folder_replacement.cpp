@@ -1,4 +1,4 @@
-#include "folder_replacement.hpp"
+#include "bundles/desktopservicesetup/implementation/folder_replacement.hpp"
 
 #include <exception>
 

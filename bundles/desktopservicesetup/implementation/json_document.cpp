@@ -1,4 +1,4 @@
-#include "json_document.hpp"
+#include "bundles/desktopservicesetup/implementation/json_document.hpp"
 
 #include <stdexcept>
 

@@ -1,10 +1,10 @@
-#include "service_host.hpp"
+#include "bundles/desktopservicesetup/implementation/service_host.hpp"
 
 #include <exception>
 
+#include "bundles/desktopservicesetup/implementation/json_document.hpp"
 #include "install/cpputil/logger.hpp"
 #include "install/cpputil/zip_names.hpp"
-#include "json_document.hpp"
 #include "machine/command_line.hpp"
 #include "machine/machine.hpp"
 

@@ -1,4 +1,4 @@
-#include "text_files.hpp"
+#include "bundles/desktopservicesetup/implementation/text_files.hpp"
 
 #include <array>
 #include <stdexcept>

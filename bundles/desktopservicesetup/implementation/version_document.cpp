@@ -1,13 +1,13 @@
-#include "version_document.hpp"
+#include "bundles/desktopservicesetup/implementation/version_document.hpp"
 
 #include <algorithm>
 #include <array>
 #include <stdexcept>
 
+#include "bundles/desktopservicesetup/implementation/json_document.hpp"
+#include "bundles/desktopservicesetup/implementation/text_files.hpp"
 #include "install/desktopservicesetup/layout.hpp"
-#include "json_document.hpp"
 #include "machine/machine.hpp"
-#include "text_files.hpp"
 
 namespace desktopservicesetup {
 

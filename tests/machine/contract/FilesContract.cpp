@@ -231,6 +231,23 @@ TEST_P(FilesContract, TheEndOfAFileReadsAsNothingAgainAndAgain) {
   EXPECT_EQ(reader->read(buffer), 0u);
 }
 
+TEST_P(FilesContract, ReadingGoesOnWhereItIsSent) {
+  write(in(u"file"), "0123456789");
+  auto const reader = files().openForReading(in(u"file"));
+  std::array<char, 3> buffer{};
+  auto const readAt = [&](std::uint64_t position) {
+    reader->seek(position);
+    auto const size = reader->read(buffer);
+    return std::string(buffer.data(), size);
+  };
+  EXPECT_EQ(readAt(7), "789");
+  EXPECT_EQ(readAt(2), "234");
+  EXPECT_EQ(readAt(9), "9");
+  EXPECT_EQ(readAt(10), "") << "the end";
+  EXPECT_EQ(readAt(std::uint64_t{1} << 40), "") << "beyond the end";
+  EXPECT_EQ(readAt(0), "012");
+}
+
 TEST_P(FilesContract, AnEmptyFileReadsAsNothing) {
   write(in(u"file"), "");
   EXPECT_EQ(read(in(u"file")), "");

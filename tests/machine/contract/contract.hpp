@@ -31,6 +31,12 @@ class MachineUnderTest {
   virtual machine::ProcessStart program() = 0;
   /// A DLL that exports RegisterOLEServer2.
   virtual machine::UString module() = 0;
+  /// A program that can run as a service under serviceName().
+  virtual machine::UString serviceProgram() = 0;
+  /// No such service exists, and the machine takes away what was made of it.
+  virtual machine::UString serviceName() { return u"RegistrationContractTest"; }
+  /// Has a web server hold a file; its URL.
+  virtual machine::UString publish(std::string_view name, std::string_view content) = 0;
   /// Where the host keeps a file of the machine.
   virtual std::filesystem::path hostPath(std::u16string_view path) = 0;
   /// False where the host keeps a provider from paths longer than 260 units.
@@ -88,6 +94,26 @@ class EnvironmentContract : public Contract {
   machine::Environment& environment() { return machine().environment(); }
 };
 
+class ServicesContract : public Contract {
+ protected:
+  machine::Services& services() { return machine().services(); }
+  machine::UString name() { return under().serviceName(); }
+  /// Of the program that can run as a service.
+  machine::ServiceDefinition definition();
+};
+
+class DownloadsContract : public Contract {
+ protected:
+  /// What a download brought.
+  struct Answer {
+    std::uint32_t status = 0;
+    std::string body;
+  };
+  static constexpr machine::DownloadLimits limits{1 << 20, std::chrono::seconds(20),
+                                                  std::chrono::seconds(60)};
+  Answer get(std::u16string_view url, machine::DownloadLimits const& within = limits);
+};
+
 class ShellContract : public Contract {};
 class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
@@ -116,6 +142,8 @@ class ClockContract : public Contract {};
   INSTANTIATE_TEST_SUITE_P(prefix, FilesContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, RegistryContract, ::testing::Values(provider));    \
   INSTANTIATE_TEST_SUITE_P(prefix, EnvironmentContract, ::testing::Values(provider)); \
+  INSTANTIATE_TEST_SUITE_P(prefix, ServicesContract, ::testing::Values(provider));    \
+  INSTANTIATE_TEST_SUITE_P(prefix, DownloadsContract, ::testing::Values(provider));   \
   INSTANTIATE_TEST_SUITE_P(prefix, ShellContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ProcessesContract, ::testing::Values(provider));   \
   INSTANTIATE_TEST_SUITE_P(prefix, ModulesContract, ::testing::Values(provider));     \

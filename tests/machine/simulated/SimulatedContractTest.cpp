@@ -1,3 +1,5 @@
+#include <fstream>
+
 #include "machine/simulated/simulated_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
 #include "tests/support/faulty_machine.hpp"
@@ -31,6 +33,13 @@ class SimulatedUnderTest : public MachineUnderTest {
     return start;
   }
   UString module() override { return u"C:\\Windows\\System32\\module.dll"; }
+  UString serviceProgram() override { return u"C:\\Windows\\System32\\program.exe"; }
+  UString publish(std::string_view name, std::string_view content) override {
+    auto const folder = directory_.path() / "web" / "http" / "localhost_8080" / "files";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / name, std::ios::binary) << content;
+    return u"http://localhost:8080/files/" + machine::toUtf16(name);
+  }
   std::filesystem::path hostPath(std::u16string_view path) override {
     auto host = directory_.path() / "C";
     for (auto const name : machine::path_grammar::components(path)) host /= UString(name);

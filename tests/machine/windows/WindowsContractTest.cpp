@@ -1,6 +1,7 @@
 #include "machine/windows/windows_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
 #include "tests/machine/windows/test_programs.hpp"
+#include "tests/machine/windows/web_server.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace contract {
@@ -11,7 +12,15 @@ using machine::UString;
 
 class WindowsUnderTest final : public MachineUnderTest {
  public:
-  ~WindowsUnderTest() override { machine_.registry().removeKey(key()); }
+  ~WindowsUnderTest() override {
+    machine_.registry().removeKey(key());
+    try {
+      machine_.services().stop(serviceName(), std::chrono::seconds(20));
+    } catch (machine::SystemError const&) {
+      // Most tests make no service.
+    }
+    machine_.services().remove(serviceName());
+  }
 
   machine::Machine& machine() override { return machine_; }
   UString folder() override { return machine::fromWide(directory_.path().native()); }
@@ -25,6 +34,11 @@ class WindowsUnderTest final : public MachineUnderTest {
     return start;
   }
   UString module() override { return tests::testProgram(u"automation_server.dll"); }
+  UString serviceProgram() override { return tests::testProgram(u"tiny_service.exe"); }
+  UString publish(std::string_view name, std::string_view content) override {
+    server_.answer(std::string(name), tests::WebServer::whole(content));
+    return server_.url(name);
+  }
   std::filesystem::path hostPath(std::u16string_view path) override {
     return machine::toWide(path);
   }
@@ -32,6 +46,7 @@ class WindowsUnderTest final : public MachineUnderTest {
  private:
   machine::windows::WindowsMachine machine_;
   tests::TemporaryFolder directory_;
+  tests::WebServer server_;
 };
 
 Provider windowsProvider() {

@@ -1,0 +1,23 @@
+#include <cppmicroservices/BundleActivator.h>
+#include <cppmicroservices/BundleContext.h>
+
+#include <memory>
+
+#include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
+
+namespace desktopservicesetup {
+
+/// Offers the setup to the component framework.
+class Activator final : public cppmicroservices::BundleActivator {
+ public:
+  void Start(cppmicroservices::BundleContext context) override {
+    context.RegisterService<install::desktopservicesetup::DesktopServiceSetupUtility>(
+        std::make_shared<DesktopServiceSetup>());
+  }
+  /// The framework withdraws the service.
+  void Stop(cppmicroservices::BundleContext) override {}
+};
+
+}  // namespace desktopservicesetup
+
+CPPMICROSERVICES_EXPORT_BUNDLE_ACTIVATOR(desktopservicesetup::Activator)

@@ -1,0 +1,462 @@
+#include <gtest/gtest.h>
+
+#include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
+#include "machine/command_line.hpp"
+#include "tests/support/faulty_machine.hpp"
+#include "tests/support/log_capture.hpp"
+#include "tests/support/service_host.hpp"
+#include "tests/support/wine.hpp"
+
+namespace desktopservicesetup {
+namespace {
+
+using Result = DesktopServiceSetupResult;
+using machine::ErrorCode;
+using machine::ServiceState;
+
+class SetupTest : public tests::ServiceHostTest {
+ protected:
+  Path root() const { return MachineTest::root(); }
+  Path current() const { return currentRoot(); }
+  Path temporaryRoot() const { return in(u"_tempinstaller_win64"); }
+
+  Result installShipped() {
+    auto const result = setup.unpackInstaller(current(), u"zci.zip");
+    return result == Result::success ? setup.installServiceHost(current(), current(), true)
+                                     : result;
+  }
+  Result downloadLatest() {
+    auto const result = setup.downloadLatestInstaller(root());
+    return result == Result::success ? setup.downloadLatestPackage(root()) : result;
+  }
+  Result installLatest() {
+    auto result = downloadLatest();
+    if (result == Result::success) result = setup.unpackInstaller(temporaryRoot(), u"zci.zip");
+    return result == Result::success ? setup.installServiceHost(temporaryRoot(), current(), false)
+                                     : result;
+  }
+  /// What is in the current root, names only.
+  std::vector<machine::UString> entries(machine::UString const& folder) {
+    std::vector<machine::UString> names;
+    auto const listing = files().openDirectory(folder);
+    for (machine::DirectoryEntry entry; listing->next(entry);) names.emplace_back(entry.name);
+    return names;
+  }
+  using Names = std::vector<machine::UString>;
+
+  DesktopServiceSetup setup;
+};
+
+// ---- Unpacking
+
+TEST_F(SetupTest, UnpacksTheInstallerPackageBesideIt) {
+  ship("1.0");
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  EXPECT_EQ(entries(currentRoot()), (Names{u"installer", u"packages", u"zci.zip"}));
+  EXPECT_TRUE(exists(in(u"installer\\service.json")));
+}
+
+TEST_F(SetupTest, UnpackingAgainReplacesWhatWasThere) {
+  ship("1.0");
+  writeFile(in(u"installer\\old"), "x");
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  EXPECT_FALSE(exists(in(u"installer\\old")));
+}
+
+TEST_F(SetupTest, MissingInstallerPackageHasItsOwnResult) {
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::packageMissing);
+  EXPECT_EQ(setup.unpackInstaller(current(), u""), Result::packageMissing);
+}
+
+TEST_F(SetupTest, DamagedInstallerPackageLeavesWhatWasThere) {
+  writeFile(in(u"installer\\old"), "x");
+  writeFile(in(u"zci.zip"), tests::zipOf({{"../evil", "x"}}));
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::packageRefused);
+  tests::ZipMember wrong{"a", "content"};
+  wrong.both.crc = 1;
+  writeFile(in(u"zci.zip"), tests::zipOf({wrong}));
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::packageRefused);
+  EXPECT_EQ(entries(in(u"installer")), Names{u"old"});
+  EXPECT_EQ(entries(currentRoot()), (Names{u"installer", u"zci.zip"}));
+}
+
+TEST_F(SetupTest, AFailureIsLoggedWithItsReason) {
+  tests::LogCapture const log;
+  setup.unpackInstaller(current(), u"zci.zip");
+  ASSERT_EQ(log.messages().size(), 1u);
+  EXPECT_TRUE(log.messages()[0].starts_with(u"Brantix Service Host setup: "));
+  EXPECT_NE(log.messages()[0].find(u"zci.zip"), machine::UString::npos);
+}
+
+TEST_F(SetupTest, WhatAnInterruptedReplacementLeftIsPutRight) {
+  ship("1.0");
+  writeFile(in(u"installer.old\\kept"), "x");
+  writeFile(in(u"installer.new\\half"), "x");
+  writeFile(in(u"zci.zip"), "damaged");
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::packageRefused);
+  ship("1.0");
+  EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  EXPECT_EQ(entries(currentRoot()), (Names{u"installer", u"packages", u"zci.zip"}));
+}
+
+// ---- Installing
+
+TEST_F(SetupTest, InstallsAndStartsTheService) {
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  EXPECT_EQ(installedVersion(), "1.0\n");
+  EXPECT_EQ(serviceState(), ServiceState::running);
+  auto const definition = *machine().services().definition(service);
+  EXPECT_EQ(definition.displayName, u"Brantix Service Host");
+  EXPECT_EQ(definition.start, machine::ServiceStart::automatic);
+  EXPECT_EQ(definition.commandLine,
+            u"\"" + in(u"servicehost\\bin\\host.exe") + u"\" BrantixServiceHost");
+}
+
+TEST_F(SetupTest, TheServiceIsRestartedAfterAFailure) {
+  if (tests::isWine()) GTEST_SKIP() << "Wine keeps no recovery actions";
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  auto const recovery = machine().services().definition(service)->recovery;
+  ASSERT_FALSE(recovery.actions.empty());
+  for (auto const& action : recovery.actions) {
+    EXPECT_EQ(action.kind, machine::ServiceRecovery::Kind::restart);
+  }
+}
+
+TEST_F(SetupTest, AProgramBelowAFolderWithBlanksStandsInQuotes) {
+  ship("1.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  Path const target = at(u"Program Files of a test");
+  makeDirectory(target.ustring());
+  ASSERT_EQ(setup.installServiceHost(current(), target, true), Result::success);
+  EXPECT_TRUE(machine().services().definition(service)->commandLine.starts_with(
+      u"\"" + target.ustring() + u"\\servicehost\\bin\\host.exe\""));
+}
+
+TEST_F(SetupTest, UpgradesARunningServiceInPlace) {
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  ship("2.0");
+  writeFile(in(u"servicehost\\left over"), "x");
+  EXPECT_EQ(installShipped(), Result::success);
+  EXPECT_EQ(installedVersion(), "2.0\n");
+  EXPECT_FALSE(exists(in(u"servicehost\\left over")));
+  EXPECT_EQ(serviceState(), ServiceState::running);
+  EXPECT_EQ(entries(currentRoot()), (Names{u"installer", u"packages", u"servicehost", u"zci.zip"}));
+}
+
+TEST_F(SetupTest, MissingPackageHasItsOwnResult) {
+  ship("1.0");
+  files().removeFile(in(u"packages\\win64\\brantixservicehost.zip"));
+  EXPECT_EQ(installShipped(), Result::packageMissing);
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+TEST_F(SetupTest, DamagedPackageLeavesTheRunningService) {
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  std::string damaged = hostPackage("2.0");
+  damaged.resize(damaged.size() - 5);
+  writeFile(in(u"packages\\win64\\brantixservicehost.zip"), damaged);
+  EXPECT_EQ(installShipped(), Result::packageRefused);
+  EXPECT_EQ(installedVersion(), "1.0\n");
+  EXPECT_EQ(serviceState(), ServiceState::running);
+}
+
+TEST_F(SetupTest, PackageWithoutItsProgramIsRefused) {
+  ship("1.0");
+  writeFile(in(u"packages\\win64\\brantixservicehost.zip"),
+            tests::zipOf({{"version.txt", "1.0"}, {"bin/host.exe/", "", false}}));
+  EXPECT_EQ(installShipped(), Result::packageRefused);
+  EXPECT_EQ(serviceState(), std::nullopt);
+  EXPECT_FALSE(exists(in(u"servicehost")));
+}
+
+TEST_F(SetupTest, InstallerThatDoesNotSayHowToRunTheHostIsRefused) {
+  ship("1.0");
+  for (std::string const text :
+       {"", "[]", "{}", R"({"version": 2, "program": "a", "arguments": []})",
+        R"({"version": 1, "program": "", "arguments": []})",
+        R"({"version": 1, "program": "../a.exe", "arguments": []})",
+        R"({"version": 1, "program": "C:/a.exe", "arguments": []})",
+        R"({"version": 1, "program": "bin/", "arguments": []})",
+        R"({"version": 1, "program": "a.exe", "arguments": "x"})",
+        R"({"version": 1, "program": "a.exe", "arguments": [1]})",
+        R"({"version": 1, "program": "a.exe", "arguments": ["a\u0000b"]})",
+        R"({"version": 1, "program": "a.exe"})"}) {
+    writeFile(in(u"installer\\service.json"), text);
+    EXPECT_EQ(setup.installServiceHost(current(), current(), true), Result::packageRefused) << text;
+  }
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+TEST_F(SetupTest, RelativeTargetIsRefused) {
+  ship("1.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  EXPECT_EQ(setup.installServiceHost(current(), u"sys", true), Result::filesNotWritten);
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+/// Fails one of the machine's operations while version 2 is installed over version 1.
+class FailingUpgrade : public SetupTest {
+ protected:
+  Result upgradeFailing(std::string const& operation, std::u16string_view subject = {}) {
+    ship("1.0");
+    EXPECT_EQ(installShipped(), Result::success);
+    ship("2.0");
+    EXPECT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+    tests::FaultyMachine faulty(machine());
+    bool failed = false;  // once: taking back is to work
+    faulty.faults().failWhen(
+        [&](std::string_view name, std::u16string_view of) {
+          bool const fails = !failed && name == operation && of.ends_with(subject);
+          failed = failed || fails;
+          return fails;
+        },
+        ErrorCode::accessDenied);
+    machine::ScopedMachine const scope(faulty);
+    return setup.installServiceHost(current(), current(), true);
+  }
+  void expectVersion1Runs() {
+    EXPECT_EQ(installedVersion(), "1.0\n");
+    EXPECT_EQ(serviceState(), ServiceState::running);
+    EXPECT_EQ(entries(currentRoot()),
+              (Names{u"installer", u"packages", u"servicehost", u"zci.zip"}));
+  }
+};
+
+TEST_F(FailingUpgrade, ServiceThatDoesNotStopStays) {
+  EXPECT_EQ(upgradeFailing("Services::stop"), Result::serviceNotStopped);
+  expectVersion1Runs();
+}
+
+TEST_F(FailingUpgrade, FilesThatCannotBeMovedStay) {
+  EXPECT_EQ(upgradeFailing("rename", u"servicehost"), Result::filesNotWritten);
+  expectVersion1Runs();
+}
+
+TEST_F(FailingUpgrade, NewFilesThatCannotBeMovedGiveWayToTheOld) {
+  EXPECT_EQ(upgradeFailing("rename", u"servicehost.new"), Result::filesNotWritten);
+  expectVersion1Runs();
+}
+
+TEST_F(FailingUpgrade, ServiceThatIsNotRegisteredGivesWayToTheOld) {
+  EXPECT_EQ(upgradeFailing("Services::set"), Result::serviceNotRegistered);
+  expectVersion1Runs();
+}
+
+TEST_F(FailingUpgrade, ServiceThatDoesNotStartGivesWayToTheOld) {
+  EXPECT_EQ(upgradeFailing("Services::start"), Result::serviceNotStarted);
+  expectVersion1Runs();
+}
+
+TEST_F(FailingUpgrade, FullDiskLeavesTheOld) {
+  EXPECT_EQ(upgradeFailing("FileWriter::write"), Result::filesNotWritten);
+  expectVersion1Runs();
+}
+
+TEST_F(SetupTest, FirstInstallationThatFailsLeavesNoService) {
+  ship("1.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view name, std::u16string_view) { return name == "Services::start"; },
+      ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(setup.installServiceHost(current(), current(), true), Result::serviceNotStarted);
+  EXPECT_EQ(serviceState(), std::nullopt);
+  EXPECT_FALSE(exists(in(u"servicehost")));
+}
+
+// ---- Versions
+
+TEST_F(SetupTest, TellsWhetherTheShippedPackageIsTheLatest) {
+  std::string shipped, latest;
+  ship("1.10");
+  publish("1.9");
+  EXPECT_TRUE(setup.queryVersions(root(), shipped, latest));
+  EXPECT_EQ(shipped, "1.10");
+  EXPECT_EQ(latest, "1.9");
+  publish("1.10.0.0");
+  EXPECT_TRUE(setup.queryVersions(root(), shipped, latest));
+  publish("1.11");
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  EXPECT_EQ(latest, "1.11");
+}
+
+TEST_F(SetupTest, WithoutAShippedPackageAnyPublishedOneIsNewer) {
+  std::string shipped = "x", latest;
+  publish("0.1");
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  EXPECT_EQ(shipped, "");
+  writeFile(in(u"packages\\win64\\brantixservicehost.zip"), tests::zipOf({{"version.txt", "new"}}));
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  EXPECT_EQ(shipped, "");
+}
+
+TEST_F(SetupTest, QueryThrowsWhenThereIsNoVersionDocument) {
+  std::string shipped, latest;
+  ship("1.0");
+  EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception) << "no address";
+  publish("2.0");
+  downloads.files.clear();
+  EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception) << "status 404";
+  for (std::string const text : {"", "<html>", "{}", "[]", "null", R"({"version": 1})",
+                                 R"({"version": 1, "serviceHostVersion": 2})"}) {
+    downloads.files[u"https://host.example/latest.json"] = text;
+    EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception) << text;
+  }
+}
+
+TEST_F(SetupTest, RegistryGoesBeforeTheInstallationsOwnAddress) {
+  std::string shipped, latest;
+  ship("1.0");
+  publish("2.0");
+  machine().registry().setText(sourceKey, u"LatestVersionUrl", u"https://mirror.example/l.json");
+  downloads.files[u"https://mirror.example/l.json"] =
+      downloads.files[u"https://host.example/latest.json"];
+  downloads.asked.clear();
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  EXPECT_EQ(downloads.asked, Names{u"https://mirror.example/l.json"});
+}
+
+TEST_F(SetupTest, AddressThatIsNotTrustedIsNotAsked) {
+  std::string shipped, latest;
+  ship("1.0");
+  machine().registry().setText(sourceKey, u"LatestVersionUrl", u"http://host.example/l.json");
+  EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception);
+  EXPECT_TRUE(downloads.asked.empty());
+}
+
+TEST_F(SetupTest, HugeVersionDocumentIsRefused) {
+  std::string shipped, latest;
+  ship("1.0");
+  publish("2.0");
+  downloads.files[u"https://host.example/latest.json"] += std::string(100000, ' ');
+  EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception);
+}
+
+// ---- Downloads
+
+TEST_F(SetupTest, DownloadsBothPackagesToTheTemporaryFolder) {
+  publish("2.0");
+  EXPECT_EQ(downloadLatest(), Result::success);
+  EXPECT_EQ(readFile(temporary(u"zci.zip")), installerPackage());
+  EXPECT_EQ(readFile(temporary(u"packages\\win64\\brantixservicehost.zip")), hostPackage("2.0"));
+  EXPECT_EQ(entries(temporaryRoot().ustring()), (Names{u"latest.json", u"packages", u"zci.zip"}));
+  EXPECT_EQ(entries(temporary(u"packages\\win64")), Names{u"brantixservicehost.zip"});
+}
+
+TEST_F(SetupTest, InstallsWhatWasDownloaded) {
+  ship("1.0");
+  publish("2.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  EXPECT_EQ(installLatest(), Result::success);
+  EXPECT_EQ(installedVersion(), "2.0\n");
+  EXPECT_EQ(serviceState(), ServiceState::running);
+}
+
+TEST_F(SetupTest, DownloadStartsWithAnEmptyTemporaryFolder) {
+  publish("2.0");
+  writeFile(temporary(u"a.zip"), "an old one");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  EXPECT_FALSE(exists(temporary(u"a.zip")));
+}
+
+TEST_F(SetupTest, PackageIsTheOneAnnouncedWithTheInstaller) {
+  publish("2.0");
+  ASSERT_EQ(setup.downloadLatestInstaller(root()), Result::success);
+  downloads.files[u"https://host.example/latest.json"] = "{}";
+  EXPECT_EQ(setup.downloadLatestPackage(root()), Result::success);
+}
+
+TEST_F(SetupTest, PackageNeedsTheInstallersAnnouncement) {
+  publish("2.0");
+  EXPECT_EQ(setup.downloadLatestPackage(root()), Result::versionUnavailable);
+}
+
+TEST_F(SetupTest, WithoutAVersionDocumentNothingIsDownloaded) {
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::versionUnavailable);
+  EXPECT_FALSE(exists(temporaryRoot().ustring()));
+}
+
+TEST_F(SetupTest, ServerWithoutTheFileIsAFailedDownload) {
+  publish("2.0");
+  downloads.files.erase(u"https://host.example/i.zip");
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadFailed);
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+}
+
+TEST_F(SetupTest, ConnectionThatBreaksLeavesNothingOfTheFile) {
+  publish("2.0");
+  downloads.inTheMiddle = [](machine::UString const& url) {
+    if (url.ends_with(u"i.zip")) throw machine::SystemError("download", url, ErrorCode::timeout);
+  };
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadFailed);
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+}
+
+TEST_F(SetupTest, FileOfAnotherSizeOrHashIsRefused) {
+  publish("2.0");
+  std::string const sound = downloads.files[u"https://host.example/i.zip"];
+  std::string changed = sound;
+  changed[changed.size() / 2] ^= 1;
+  for (std::string const& other : {sound + "x", sound.substr(1), std::string(), changed}) {
+    downloads.files[u"https://host.example/i.zip"] = other;
+    EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadRefused);
+    EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+  }
+}
+
+TEST_F(SetupTest, DiskThatIsFullLeavesNothingOfTheFile) {
+  publish("2.0");
+  tests::FaultyMachine faulty(machine::current());
+  faulty.faults().failWhen(
+      [](std::string_view name, std::u16string_view of) {
+        return name == "FileWriter::write" && of.ends_with(u"zci.zip.part");
+      },
+      ErrorCode::diskFull);
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::filesNotWritten);
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+}
+
+TEST_F(SetupTest, DownloadedPackageOfAnotherVersionIsRefused) {
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  publish("2.0", hostPackage("0.9"));
+  EXPECT_EQ(installLatest(), Result::packageRefused);
+  EXPECT_EQ(installedVersion(), "1.0\n");
+}
+
+TEST_F(SetupTest, ShippedPackageNeedsNoAnnouncement) {
+  ship("0.9");
+  EXPECT_EQ(installShipped(), Result::success);
+}
+
+// ---- Removing
+
+TEST_F(SetupTest, RemovesTheSourceWithAllInIt) {
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  setup.removeSource(temporaryRoot());
+  EXPECT_FALSE(exists(temporaryRoot().ustring()));
+  EXPECT_TRUE(exists(currentRoot()));
+}
+
+TEST_F(SetupTest, RemovingWhatIsNotThereDoesNothing) {
+  tests::LogCapture const log;
+  setup.removeSource(temporaryRoot());
+  EXPECT_TRUE(log.messages().empty());
+}
+
+TEST_F(SetupTest, RemovingTheRootOfADriveIsRefused) {
+  tests::LogCapture const log;
+  setup.removeSource(u"C:\\");
+  setup.removeSource(u"");
+  EXPECT_EQ(log.messages().size(), 2u);
+}
+
+}  // namespace
+}  // namespace desktopservicesetup
