@@ -215,19 +215,19 @@ TEST_F(BundleTest, NoCutAndNoChangedHeaderByteDoesHarm) {
       } catch (std::runtime_error const&) {
       }
     };
-    auto const step = std::max<std::size_t>(original.size() / 200, 1);
+    auto const step = std::max<std::size_t>(original.size() / 60, 1);
     for (std::size_t length = 0; length < original.size(); length += step) {
       tryOut(original.substr(0, length));
     }
-    for (std::size_t at = 0; at < std::min<std::size_t>(original.size(), 200); ++at) {
-      for (char const value : {'\xFF', '\x7F', '\x01'}) {
+    for (std::size_t at = 0; at < std::min<std::size_t>(original.size(), 130); ++at) {
+      for (char const value : {'\xFF', '\x01'}) {
         auto changed = original;
         changed[at] = value;
         tryOut(changed);
       }
     }
     auto const table = original.size() - std::min<std::size_t>(original.size(), 2048);
-    for (std::size_t at = table; at < original.size(); at += 8) {
+    for (std::size_t at = table; at < original.size(); at += 16) {
       auto changed = original;
       changed[at] = '\xFF';
       tryOut(changed);
