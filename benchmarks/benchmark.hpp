@@ -33,6 +33,7 @@ void addPathEntries();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();
+void components();
 void unpack();
 
 }  // namespace benchmarks

@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
                                {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},
                                {"rewrite-path", rewritePath},
+                               {"components", components},
                                {"unpack", unpack}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";
   try {

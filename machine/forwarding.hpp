@@ -140,6 +140,9 @@ class ForwardingModules : public Modules {
                             std::array<std::string, 3> const& arguments) override {
     return inner_.callEntryPoint(module, entryPoint, arguments);
   }
+  bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) override {
+    return inner_.admitBundles(folder, modules);
+  }
 
  protected:
   Modules& inner() { return inner_; }

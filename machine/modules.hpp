@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "machine/api.hpp"
 #include "machine/unicode.hpp"
@@ -27,6 +28,10 @@ class Modules {
   /// function's own text, never its very exception, whose code goes with the module.
   virtual ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
                                     std::array<std::string, 3> const& arguments) = 0;
+  /// Hears which DLLs of a folder the component framework is about to load as bundles, all by their
+  /// absolute paths. True: it may. False on a machine that runs no foreign code; the caller then
+  /// leaves them alone.
+  virtual bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) = 0;
 };
 
 }  // namespace machine

@@ -14,7 +14,7 @@ namespace machine::simulated {
 ///   registry.json              see simulated_registry.hpp
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
-///   modules.json               what was called in modules, in order
+///   modules.json               what was called in modules, and which bundles were to be loaded
 ///   services.json              services, whether they run, and how often each was started
 ///   web/...                    what web servers hold, see simulated_downloads.hpp
 ///   processes-exit-codes.json  written by hand, when programs are to fail

@@ -57,7 +57,16 @@ void SimulatedModules::readCalls(JsonValue const& document) {
     for (auto const& argument : call.member("arguments").elements()) argument.text();
     calls.push_back(call.json());
   }
+  json bundles = json::array();
+  if (document.has("bundles")) {
+    for (auto const& load : document.member("bundles").elements()) {
+      load.member("folder").text();
+      for (auto const& module : load.member("modules").elements()) module.text();
+      bundles.push_back(load.json());
+    }
+  }
   calls_ = std::move(calls);
+  bundles_ = std::move(bundles);
 }
 
 ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module,
@@ -74,6 +83,14 @@ ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module,
                     {"entryPoint", recorded(entryPoint)},
                     {"arguments", std::move(texts)}});
   return ModuleCall::called;
+}
+
+bool SimulatedModules::admitBundles(std::u16string_view folder,
+                                    std::vector<UString> const& modules) {
+  json paths = json::array();
+  for (auto const& module : modules) paths.push_back(toUtf8(module));
+  bundles_.push_back({{"folder", toUtf8(folder)}, {"modules", std::move(paths)}});
+  return false;
 }
 
 }  // namespace machine::simulated

@@ -6,10 +6,10 @@
 
 namespace machine::simulated {
 
-/// Records what would be called; no module's code runs. A module is a file that is not empty, a
-/// name without a folder looked for in the current folder only. It exports the names that stand in
-/// the file between NULs or line ends: a DLL keeps them so in its export table, and a text file
-/// with a name on each line does for a module.
+/// Records what would be called and which bundles would be loaded; no module's code runs. A module
+/// is a file that is not empty, a name without a folder looked for in the current folder only. It
+/// exports the names that stand in the file between NULs or line ends: a DLL keeps them so in its
+/// export table, and a text file with a name on each line does for a module.
 class SimulatedModules final : public Modules {
  public:
   /// Modules are files in `files`, which must outlive this object.
@@ -20,12 +20,17 @@ class SimulatedModules final : public Modules {
   ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override;
 
-  /// {"calls": [{"module": "C:\\x\\server.dll", "entryPoint": "...", "arguments": []}]}, in order.
-  nlohmann::json toJson() const { return {{"calls", calls_}}; }
+  /// Always false.
+  bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) override;
+
+  /// {"calls": [{"module": "C:\\x\\server.dll", "entryPoint": "...", "arguments": []}],
+  ///  "bundles": [{"folder": "C:\\x", "modules": ["C:\\x\\a.dll"]}]}, each in order.
+  nlohmann::json toJson() const { return {{"calls", calls_}, {"bundles", bundles_}}; }
 
  private:
   Files& files_;
   nlohmann::json calls_ = nlohmann::json::array();
+  nlohmann::json bundles_ = nlohmann::json::array();
 };
 
 }  // namespace machine::simulated

@@ -65,6 +65,8 @@ class WindowsModules final : public Modules {
     call(function, arguments);
     return ModuleCall::called;
   }
+
+  bool admitBundles(std::u16string_view, std::vector<UString> const&) override { return true; }
 };
 
 }  // namespace

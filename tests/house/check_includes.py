@@ -8,11 +8,19 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-INCLUDE_FOLDERS = ["", "include/", "layers/"]
+INCLUDE_FOLDERS = ["", "include/", "layers/", "component_framework/include/"]
 
 # A folder may include what stands no higher than itself.
-FLOORS = {"machine": 1, "layers": 2, "registration": 3, "include": 3, "tools": 4}
+FLOORS = {"machine": 1, "layers": 2, "registration": 3, "include": 3, "bundles": 3, "tools": 4}
 PROVIDERS = ("machine/windows/", "machine/portable/", "machine/simulated/")
+# Stands for an outside library where none is installed: includes what it likes, and nothing of the
+# floors.
+FRAMEWORK = "component_framework/"
+FRAMEWORK_SYSTEM_HEADERS = {
+    "component_framework/src/library_windows.cpp": ("windows.h",),
+    "component_framework/src/library_posix.cpp": ("dlfcn.h",),
+    "component_framework/src/api.cpp": ("cxxabi.h",),
+}
 # What the simulated machine asks of its host, which each host's folder answers.
 HOST_INTERFACE = "machine/simulated/host_calls.hpp"
 
@@ -44,6 +52,14 @@ def system_header_complaint(file, name):
     return "only machine/windows includes Windows headers, and no header unknown here goes in"
 
 
+def framework_complaint(file):
+    if file.startswith("machine/"):
+        return "the machine knows no component framework"
+    if is_public(file):
+        return "a public header includes the standard library and the project's headers only"
+    return None
+
+
 def own_header_complaint(file, target):
     if FLOORS[target.split("/")[0]] > FLOORS[file.split("/")[0]]:
         return "dependencies go downwards: tools -> registration -> layers -> machine"
@@ -67,6 +83,8 @@ def complaints_about(file, text, exists):
             complaint = system_header_complaint(file, name)
         elif target is None:
             complaint = "no such header in the project"
+        elif target.startswith(FRAMEWORK + "include/"):
+            complaint = framework_complaint(file)
         elif target.split("/")[0] not in FLOORS:
             complaint = "a folder of the product includes nothing from outside its four floors"
         else:
@@ -76,8 +94,27 @@ def complaints_about(file, text, exists):
     return complaints
 
 
+def framework_source_complaints(file, text, exists):
+    """What stands for an outside library knows nothing of this one, and Windows in one file."""
+    complaints = []
+    for quote, name in INCLUDE.findall(text):
+        if quote == '"':
+            folders = ("component_framework/src/", "component_framework/include/")
+            allowed = any(exists(folder + name) for folder in folders)
+        else:
+            allowed = (STANDARD.fullmatch(name) or LIBRARIES.match(name)
+                       or name in FRAMEWORK_SYSTEM_HEADERS.get(file, ()))
+        if not allowed:
+            complaints.append(f"{file} includes {name}: not the component framework's to include")
+    return complaints
+
+
 def check_tree():
     complaints = []
+    for path in sorted((ROOT / FRAMEWORK).rglob("*.*pp")) + sorted((ROOT / FRAMEWORK).rglob("*.h")):
+        complaints += framework_source_complaints(path.relative_to(ROOT).as_posix(),
+                                                  path.read_text(encoding="utf-8"),
+                                                  lambda name: (ROOT / name).is_file())
     for floor in FLOORS:
         for path in sorted((ROOT / floor).rglob("*.[ch]pp")):
             file = path.relative_to(ROOT).as_posix()
@@ -89,7 +126,9 @@ def check_tree():
 def self_test():
     tree = {"machine/api.hpp", "machine/files.hpp", "machine/windows/windows_machine.hpp",
             "machine/simulated/simulated_machine.hpp", HOST_INTERFACE, "layers/fl/path.hpp", "tests/helper.hpp",
-            "registration/utility/Command.hpp", "include/registration/commands/A.hpp"}
+            "registration/utility/Command.hpp", "include/registration/commands/A.hpp",
+            "component_framework/include/cppmicroservices/Bundle.h",
+            "component_framework/src/core.hpp"}
 
     def refused(file, include):
         return bool(complaints_about(file, f"#include {include}\n", tree.__contains__))
@@ -113,6 +152,9 @@ def self_test():
         ("machine/simulated/files.cpp", '"machine/windows/windows_machine.hpp"'),
         ("machine/windows/files.cpp", '"machine/simulated/simulated_machine.hpp"'),
         ("tools/regplan/main.cpp", "<shellapi.h>"),
+        ("machine/files.cpp", '"cppmicroservices/Bundle.h"'),
+        ("layers/foundation/framework.hpp", '"cppmicroservices/Bundle.h"'),
+        ("registration/commands/os/A.cpp", '"component_framework/src/core.hpp"'),
         ("tools/regplan/main.cpp", '"machine/no_such_header.hpp"'),
     ]
     allowed = [
@@ -126,11 +168,24 @@ def self_test():
         ("registration/commands/os/A.cpp", '"fl/path.hpp"'),
         ("tools/regplan/main.cpp", '"machine/windows/windows_machine.hpp"'),
         ("tools/regplan/main.cpp", "<CLI/CLI.hpp>"),
+        ("layers/foundation/framework.cpp", '"cppmicroservices/Bundle.h"'),
+        ("registration/commands/os/A.cpp", '"cppmicroservices/Bundle.h"'),
     ]
     for case in forbidden:
         assert refused(*case), f"passes: {case}"
     for case in allowed:
         assert not refused(*case), f"refused: {case}"
+
+    def refused_in_framework(file, include):
+        return bool(framework_source_complaints(f"component_framework/{file}",
+                                                f"#include {include}\n", tree.__contains__))
+
+    for case in [("src/core.cpp", "<windows.h>"), ("src/core.cpp", '"machine/files.hpp"'),
+                 ("include/cppmicroservices/Bundle.h", '"fl/path.hpp"')]:
+        assert refused_in_framework(*case), f"passes: {case}"
+    for case in [("src/library_windows.cpp", "<windows.h>"), ("src/core.cpp", '"core.hpp"'),
+                 ("src/core.cpp", '"cppmicroservices/Bundle.h"')]:
+        assert not refused_in_framework(*case), f"refused: {case}"
 
 
 if __name__ == "__main__":

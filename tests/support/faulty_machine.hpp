@@ -314,6 +314,11 @@ class FaultyModules final : public machine::ForwardingModules {
     faults_.check("callEntryPoint", module);
     return inner().callEntryPoint(module, entryPoint, arguments);
   }
+  bool admitBundles(std::u16string_view folder,
+                    std::vector<machine::UString> const& modules) override {
+    faults_.check("admitBundles", folder);
+    return inner().admitBundles(folder, modules);
+  }
 
  private:
   Faults& faults_;

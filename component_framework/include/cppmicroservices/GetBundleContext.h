@@ -1,7 +1,7 @@
 #pragma once
 
 #if !defined(US_BUNDLE_NAME)
-#error US_BUNDLE_NAME is not defined: this header is for a bundle's sources
+#error "US_BUNDLE_NAME is not defined: this header is for the sources of a bundle"
 #endif
 
 #include "cppmicroservices/BundleContext.h"

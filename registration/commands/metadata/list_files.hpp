@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "machine/api.hpp"
 #include "registration/utility/types.hpp"
 
 /// The list files of installed parts: UTF-8 text, an entry a line, trimmed; empty lines and
@@ -18,7 +19,7 @@ void findFilesByExtension(Path const& root, UString const& extension, std::set<P
 
 /// Hands `accept` each line of `file` that is an entry; a line that begins with `commentMark` is a
 /// comment. False, with nothing accepted, when the file cannot be opened.
-bool readEntries(Path const& file, char commentMark,
-                 std::function<void(std::string const& line)> const& accept);
+REGISTRATION_API bool readEntries(Path const& file, char commentMark,
+                                  std::function<void(std::string const& line)> const& accept);
 
 }  // namespace registration::commands::metadata

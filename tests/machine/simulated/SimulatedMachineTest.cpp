@@ -265,12 +265,28 @@ TEST_F(SimulatedMachineTest, CallsIntoModulesAreRecordedInOrder) {
   EXPECT_EQ(json::parse(content("modules.json")), json::parse(R"({"version": 1, "calls": [
         {"module": "C:\\Windows\\server.dll", "entryPoint": "Two", "arguments": ["a\ufffd", "", "日"]},
         {"module": "C:\\Windows\\server.dll", "entryPoint": "MZ", "arguments": ["", "", ""]},
-        {"module": "C:\\windows\\server.dll", "entryPoint": "One", "arguments": ["a", "", ""]}]})"));
+        {"module": "C:\\windows\\server.dll", "entryPoint": "One", "arguments": ["a", "", ""]}],
+        "bundles": []})"));
+}
+
+TEST_F(SimulatedMachineTest, BundlesAreRecordedAndNotAdmitted) {
+  {
+    SimulatedMachine machine(directory());
+    EXPECT_FALSE(machine.modules().admitBundles(u"C:\\b\u00e4", {u"C:\\b\u00e4\\x.dll"}));
+  }
+  SimulatedMachine machine(directory());
+  EXPECT_FALSE(machine.modules().admitBundles(u"C:\\empty", {}));
+  machine.save();
+  EXPECT_EQ(json::parse(content("modules.json"))["bundles"],
+            json::parse(R"([{"folder": "C:\\bä", "modules": ["C:\\bä\\x.dll"]},
+                            {"folder": "C:\\empty", "modules": []}])"));
 }
 
 TEST_F(SimulatedMachineTest, AWrongRecordOfAProgramOrModuleIsRefusedWithItsPlace) {
   put("modules.json", R"({"version": 1, "calls": [{"module": "a", "entryPoint": 1}]})");
   EXPECT_NE(refusal().find("modules.json: /calls/0/entryPoint"), std::string::npos) << refusal();
+  put("modules.json", R"({"version": 1, "calls": [], "bundles": [{"folder": "a", "modules": 1}]})");
+  EXPECT_NE(refusal().find("modules.json: /bundles/0/modules"), std::string::npos) << refusal();
   put("modules.json", R"({"version": 1, "calls": []})");
   put("processes.json", R"({"version": 1, "launched": [], "shellExecuted": [{"program": "a"}]})");
   EXPECT_NE(refusal().find("processes.json: /shellExecuted/0"), std::string::npos) << refusal();
