@@ -1,9 +1,8 @@
-#include <cppmicroservices/BundleActivator.h>
-#include <cppmicroservices/BundleContext.h>
-
 #include <memory>
 
 #include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
+#include "cppmicroservices/BundleActivator.h"
+#include "cppmicroservices/BundleContext.h"
 
 namespace desktopservicesetup {
 

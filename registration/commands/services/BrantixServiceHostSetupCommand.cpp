@@ -1,8 +1,5 @@
 #include "registration/commands/BrantixServiceHostSetupCommand.hpp"
 
-#include <cppmicroservices/BundleContext.h>
-#include <cppmicroservices/Framework.h>
-
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -12,6 +9,7 @@
 #include "foundation/feature/feature.hpp"
 #include "install/cpputil/logger.hpp"
 #include "install/desktopservicesetup/layout.hpp"
+#include "registration/commands/component_service.hpp"
 #include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
@@ -125,12 +123,7 @@ void BrantixServiceHostSetupCommand::startService() const {
 
 std::shared_ptr<BrantixServiceHostSetupCommand::DesktopServiceSetupUtility>
 BrantixServiceHostSetupCommand::getServicePointer() const {
-  auto context = foundation::cppmicroservices::getFramework().GetBundleContext();
-  auto const references = context.GetServiceReferences<DesktopServiceSetupUtility>();
-  if (references.empty()) {
-    throw std::runtime_error("the component framework has no such service");
-  }
-  return context.GetService(references.front());
+  return componentService<DesktopServiceSetupUtility>();
 }
 
 void BrantixServiceHostSetupCommand::removeBrantixServiceHostSource(

@@ -1,9 +1,9 @@
-#include <cppmicroservices/Bundle.h>
-#include <cppmicroservices/BundleContext.h>
-#include <cppmicroservices/Framework.h>
-#include <cppmicroservices/FrameworkFactory.h>
 #include <gtest/gtest.h>
 
+#include "cppmicroservices/Bundle.h"
+#include "cppmicroservices/BundleContext.h"
+#include "cppmicroservices/Framework.h"
+#include "cppmicroservices/FrameworkFactory.h"
 #include "install/desktopservicesetup/DesktopServiceSetupUtility.hpp"
 
 namespace {

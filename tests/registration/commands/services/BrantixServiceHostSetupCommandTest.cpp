@@ -1,10 +1,10 @@
-#include <cppmicroservices/BundleContext.h>
-#include <cppmicroservices/Framework.h>
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <stdexcept>
 
+#include "cppmicroservices/BundleContext.h"
+#include "cppmicroservices/Framework.h"
 #include "fl/filesystem/operations.hpp"
 #include "foundation/cppmicroservices/framework.hpp"
 #include "registration/commands/BrantixServiceHostSetupCommand.hpp"
