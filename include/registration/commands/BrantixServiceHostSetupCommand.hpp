@@ -44,7 +44,7 @@ class REGISTRATION_API BrantixServiceHostSetupCommand : public utility::Command 
   virtual void log_message(UString const& message) const;
   /// Installs and starts the bundle that provides the setup service.
   virtual void startService() const;
-  /// The first setup service that the framework knows. Throws std::runtime_error when it knows
+  /// The setup service that the framework ranks first. Throws std::runtime_error when there is
   /// none.
   virtual std::shared_ptr<DesktopServiceSetupUtility> getServicePointer() const;
   virtual void removeBrantixServiceHostSource(std::shared_ptr<DesktopServiceSetupUtility> service,
