@@ -1,4 +1,5 @@
 #include <memory>
+#include <tuple>
 
 #include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
 #include "cppmicroservices/BundleActivator.h"
@@ -10,7 +11,7 @@ namespace desktopservicesetup {
 class Activator final : public cppmicroservices::BundleActivator {
  public:
   void Start(cppmicroservices::BundleContext context) override {
-    context.RegisterService<install::desktopservicesetup::DesktopServiceSetupUtility>(
+    std::ignore = context.RegisterService<install::desktopservicesetup::DesktopServiceSetupUtility>(
         std::make_shared<DesktopServiceSetup>());
   }
   /// The framework withdraws the service.

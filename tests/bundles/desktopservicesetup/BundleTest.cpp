@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "cppmicroservices/Bundle.h"
 #include "cppmicroservices/BundleContext.h"
 #include "cppmicroservices/Framework.h"
@@ -14,7 +16,7 @@ TEST(DesktopServiceSetupBundle, OffersTheSetupWhileItRuns) {
   auto framework = cppmicroservices::FrameworkFactory().NewFramework();
   framework.Start();
   auto context = framework.GetBundleContext();
-  auto bundles = context.InstallBundles(SETUP_BUNDLE);
+  auto bundles = context.InstallBundles(std::filesystem::absolute(SETUP_BUNDLE).string());
   ASSERT_EQ(bundles.size(), 1u);
   EXPECT_EQ(bundles[0].GetSymbolicName(), "desktopservicesetup");
 
