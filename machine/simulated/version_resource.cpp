@@ -111,7 +111,7 @@ std::uint64_t versionResource(Image& image, Headers const& headers) {
 
 /// VS_VERSIONINFO: three numbers, the key "VS_VERSION_INFO", padding, VS_FIXEDFILEINFO.
 FileVersion fixedVersion(Image& image, std::uint64_t resource) {
-  constexpr std::string_view key("V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0", 32);
+  constexpr std::string_view key("V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0\0", 32);
   require(image.bytes(resource + 6, key.size()) == key);
   auto const fixed = resource + 40;
   require(image.u32(fixed) == 0xFEEF04BD);
