@@ -4,6 +4,7 @@
 #include "machine/simulated/json_file.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_modules.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
@@ -38,25 +39,30 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        modulesFile(directory / "modules.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
-        processes(files) {
+        processes(files),
+        modules(files) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
 
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile modulesFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedModules modules;
   SystemClock clock;
 };
 
@@ -79,6 +85,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->modulesFile.write(parts_->modules.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -103,6 +110,10 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Modules& SimulatedMachine::modules() {
+  return parts_->modules;
 }
 
 Clock& SimulatedMachine::clock() {

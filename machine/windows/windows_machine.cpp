@@ -10,6 +10,7 @@ WindowsMachine::WindowsMachine()
       environment_(makeEnvironment()),
       shell_(makeShell()),
       processes_(makeProcesses()),
+      modules_(makeModules()),
       clock_(makeClock()) {}
 
 WindowsMachine::~WindowsMachine() = default;

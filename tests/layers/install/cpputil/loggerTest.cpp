@@ -161,6 +161,7 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Environment& environment() override { throw std::logic_error("asked"); }
     machine::Shell& shell() override { throw std::logic_error("asked for the shell"); }
     machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
+    machine::Modules& modules() override { throw std::logic_error("asked for modules"); }
     machine::Clock& clock() override { return clock_; }
 
    private:
