@@ -8,6 +8,7 @@
 #include "machine/processes.hpp"
 #include "machine/registry.hpp"
 #include "machine/shell.hpp"
+#include "machine/tasks.hpp"
 
 namespace machine {
 
@@ -22,6 +23,7 @@ class Machine {
   virtual Environment& environment() = 0;
   virtual Shell& shell() = 0;
   virtual Processes& processes() = 0;
+  virtual Tasks& tasks() = 0;
   virtual Clock& clock() = 0;
 };
 

@@ -7,6 +7,7 @@
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
+#include "machine/simulated/simulated_tasks.hpp"
 
 namespace machine::simulated {
 
@@ -38,11 +39,13 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        tasksFile(directory / "tasks.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
-        processes(files) {
+        processes(files),
+        tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
@@ -51,12 +54,14 @@ struct SimulatedMachine::Parts {
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile tasksFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedTasks tasks;
   SystemClock clock;
 };
 
@@ -79,6 +84,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->tasksFile.write(parts_->tasks.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -103,6 +109,10 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Tasks& SimulatedMachine::tasks() {
+  return parts_->tasks;
 }
 
 Clock& SimulatedMachine::clock() {

@@ -10,6 +10,7 @@ WindowsMachine::WindowsMachine()
       environment_(makeEnvironment()),
       shell_(makeShell()),
       processes_(makeProcesses()),
+      tasks_(makeTasks()),
       clock_(makeClock()) {}
 
 WindowsMachine::~WindowsMachine() = default;
