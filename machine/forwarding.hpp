@@ -36,6 +36,10 @@ class ForwardingFiles : public Files {
   std::optional<FileVersion> fileVersion(std::u16string_view path) override {
     return inner_.fileVersion(path);
   }
+  std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                 std::chrono::milliseconds limit) override {
+    return inner_.lock(path, limit);
+  }
 
  protected:
   Files& inner() { return inner_; }
@@ -146,6 +150,27 @@ class ForwardingModules : public Modules {
 
  private:
   Modules& inner_;
+};
+
+class ForwardingTasks : public Tasks {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingTasks(Tasks& inner) : inner_(inner) {}
+
+  std::optional<TaskDefinition> task(std::u16string_view name) override {
+    return inner_.task(name);
+  }
+  void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
+    inner_.createOrReplace(name, definition);
+  }
+  bool stopAndDisable(std::u16string_view name) override { return inner_.stopAndDisable(name); }
+  bool remove(std::u16string_view name) override { return inner_.remove(name); }
+
+ protected:
+  Tasks& inner() { return inner_; }
+
+ private:
+  Tasks& inner_;
 };
 
 }  // namespace machine

@@ -8,6 +8,7 @@
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
+#include "machine/simulated/simulated_tasks.hpp"
 
 namespace machine::simulated {
 
@@ -40,12 +41,14 @@ struct SimulatedMachine::Parts {
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
         modulesFile(directory / "modules.json"),
+        tasksFile(directory / "tasks.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
         processes(files),
-        modules(files) {
+        modules(files),
+        tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (modulesFile.exists()) modules.readCalls(modulesFile.read());
@@ -56,6 +59,7 @@ struct SimulatedMachine::Parts {
   JsonFile environmentFile;
   JsonFile processesFile;
   JsonFile modulesFile;
+  JsonFile tasksFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
@@ -63,6 +67,7 @@ struct SimulatedMachine::Parts {
   SimulatedShell shell;
   SimulatedProcesses processes;
   SimulatedModules modules;
+  SimulatedTasks tasks;
   SystemClock clock;
 };
 
@@ -86,6 +91,7 @@ void SimulatedMachine::save() {
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
   parts_->modulesFile.write(parts_->modules.toJson());
+  parts_->tasksFile.write(parts_->tasks.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -114,6 +120,10 @@ Processes& SimulatedMachine::processes() {
 
 Modules& SimulatedMachine::modules() {
   return parts_->modules;
+}
+
+Tasks& SimulatedMachine::tasks() {
+  return parts_->tasks;
 }
 
 Clock& SimulatedMachine::clock() {
