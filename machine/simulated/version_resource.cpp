@@ -54,7 +54,7 @@ void require(bool condition) {
 }
 
 Headers readHeaders(Image& image) {
-  constexpr std::uint32_t resourceDirectory = 2;
+  constexpr std::uint64_t resourceDirectory = 2;
   require(image.u16(0) == 0x5A4D);  // "MZ"
   std::uint64_t const pe = image.u32(0x3C);
   require(image.u32(pe) == 0x00004550);  // "PE"
@@ -67,8 +67,8 @@ Headers readHeaders(Image& image) {
   headers.resourceAddress = image.u32(directories + 8 * resourceDirectory);
   require(headers.resourceAddress != 0);
   std::uint64_t const table = optional + image.u16(pe + 20);
-  for (unsigned i = 0, count = image.u16(pe + 6); i < count; ++i) {
-    std::uint64_t const header = table + 40u * i;
+  for (std::uint64_t i = 0, count = image.u16(pe + 6); i < count; ++i) {
+    auto const header = table + 40 * i;
     headers.sections.push_back(
         {image.u32(header + 12), image.u32(header + 16), image.u32(header + 20)});
   }
@@ -87,8 +87,8 @@ constexpr std::uint32_t subdirectory = 0x80000000u;
 /// The offset that a resource directory gives for a number; without one, for its first entry.
 std::uint32_t entry(Image& image, std::uint64_t directory, std::optional<std::uint32_t> wanted) {
   unsigned const count = image.u16(directory + 12) + image.u16(directory + 14);
-  for (unsigned i = 0; i < count; ++i) {
-    std::uint64_t const at = directory + 16 + 8u * i;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    auto const at = directory + 16 + 8 * i;
     if (!wanted || image.u32(at) == *wanted) return image.u32(at + 4);
   }
   throw NotThere{};
