@@ -38,12 +38,15 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        shellFile(directory / "shell.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+        shell(files),
         processes(files) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
+    if (shellFile.exists()) shell.readJson(shellFile.read());
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
@@ -51,6 +54,7 @@ struct SimulatedMachine::Parts {
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile shellFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
@@ -79,6 +83,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->shellFile.write(parts_->shell.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {

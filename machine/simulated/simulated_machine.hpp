@@ -14,6 +14,7 @@ namespace machine::simulated {
 ///   registry.json              see simulated_registry.hpp
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
+///   shell.json                 how often the shell was told of new file associations
 ///   processes-exit-codes.json  written by hand, when programs are to fail
 ///
 /// A new machine starts with the folders, registry values and variables of a Windows on drive C.
