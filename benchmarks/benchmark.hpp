@@ -33,5 +33,6 @@ void addPathEntries();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();
+void createShortcuts();
 
 }  // namespace benchmarks

@@ -7,11 +7,11 @@ namespace machine {
 
 namespace {
 
-// MAX_PATH and INFOTIPSIZE, each less the terminator, and the most that a link's 16-bit counts and
-// a command line can take.
+// MAX_PATH and INFOTIPSIZE, each less the terminator, and what fits, with its terminator, into a
+// size in bytes of 16 bits.
 constexpr std::size_t longestPath = 259;
 constexpr std::size_t longestDescription = 1023;
-constexpr std::size_t longestArguments = 32767;
+constexpr std::size_t longestArguments = 32766;
 
 }  // namespace
 

@@ -41,7 +41,7 @@ struct Shortcut {
 /// What every provider asks of a shortcut before it writes one at `path`, as its SystemError: a
 /// target that is absolute (badPathName), no NUL in a text (invalidParameter), and lengths that the
 /// shell keeps (fileNameTooLong): up to 259 units for target, working folder and icon file, 1,023
-/// for the description, 32,767 for the arguments.
+/// for the description, 32,766 for the arguments.
 REGISTRATION_API void requireStorable(std::u16string_view path, Shortcut const& shortcut);
 
 /// The Windows shell. Operations throw SystemError for failures not given an outcome here.

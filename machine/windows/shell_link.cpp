@@ -13,19 +13,20 @@
 namespace machine::windows {
 namespace {
 
-// LinkFlags of the file's header (Microsoft, "[MS-SHLLINK]: Shell Link (.LNK) Binary File Format",
-// section 2.1). They are set in the file, because not every shell sets them through its interface.
-constexpr std::size_t flagsOffset = 20;
+// The file's header (Microsoft, "[MS-SHLLINK]: Shell Link (.LNK) Binary File Format", section 2.1).
+// Not every shell sets the flags and gives back the show command through its object.
 constexpr std::size_t headerSize = 76;
+constexpr std::size_t flagsOffset = 20;
+constexpr std::size_t showCommandOffset = 60;
 
-DWORD flagsOf(std::string_view link) {
-  DWORD flags;
-  std::memcpy(&flags, link.data() + flagsOffset, sizeof flags);
-  return flags;
+DWORD headerField(std::string_view link, std::size_t offset) {
+  DWORD field;
+  std::memcpy(&field, link.data() + offset, sizeof field);
+  return field;
 }
 
 void addFlags(std::string& link, DWORD added) {
-  DWORD const flags = flagsOf(link) | added;
+  DWORD const flags = headerField(link, flagsOffset) | added;
   std::memcpy(link.data() + flagsOffset, &flags, sizeof flags);
 }
 
@@ -46,13 +47,11 @@ int toShowCommand(WindowState window) {
   return SW_SHOWNORMAL;
 }
 
-WindowState fromShowCommand(int command) {
+WindowState fromShowCommand(DWORD command) {
   switch (command) {
     case SW_SHOWMAXIMIZED:
       return WindowState::maximized;
     case SW_SHOWMINNOACTIVE:
-    case SW_SHOWMINIMIZED:
-    case SW_MINIMIZE:
       return WindowState::minimized;
     default:
       return WindowState::normal;
@@ -86,18 +85,13 @@ class ShellLink {
 
   Shortcut get() const {
     Shortcut shortcut;
-    shortcut.target = text([this](wchar_t* buffer, int size) {
-      return link_->GetPath(buffer, size, nullptr, SLGP_RAWPATH);
-    });
+    shortcut.target = target();
     shortcut.arguments =
         text([this](wchar_t* buffer, int size) { return link_->GetArguments(buffer, size); });
     shortcut.workingFolder = text(
         [this](wchar_t* buffer, int size) { return link_->GetWorkingDirectory(buffer, size); });
     shortcut.description =
         text([this](wchar_t* buffer, int size) { return link_->GetDescription(buffer, size); });
-    int command = SW_SHOWNORMAL;
-    require(link_->GetShowCmd(&command));
-    shortcut.window = fromShowCommand(command);
     return shortcut;
   }
 
@@ -131,6 +125,18 @@ class ShellLink {
 
  private:
   void require(HRESULT result) const { requireSuccess(result, operation_, path_); }
+
+  /// The item list is asked first: not every shell keeps the path beside it in Unicode.
+  UString target() const {
+    PIDLIST_ABSOLUTE list = nullptr;
+    UString path(MAX_PATH, u'\0');
+    bool const hasPath =
+        link_->GetIDList(&list) == S_OK && SHGetPathFromIDListW(list, wideBuffer(path));
+    CoTaskMemFree(list);
+    return hasPath ? UString(path.c_str()) : text([this](wchar_t* buffer, int size) {
+      return link_->GetPath(buffer, size, nullptr, SLGP_RAWPATH);
+    });
+  }
 
   UniqueCom<IStream> newStream() const {
     IStream* stream = nullptr;
@@ -172,7 +178,8 @@ Shortcut fromShellLink(std::string_view bytes, std::u16string_view path) {
   ShellLink link("read the shortcut", path);
   link.load(bytes);
   Shortcut shortcut = link.get();
-  DWORD const flags = flagsOf(bytes);
+  shortcut.window = fromShowCommand(headerField(bytes, showCommandOffset));
+  DWORD const flags = headerField(bytes, flagsOffset);
   // Without one of its own, a shell may tell the target's icon.
   if ((flags & SLDF_HAS_ICONLOCATION) != 0) {
     link.getIcon(shortcut);
