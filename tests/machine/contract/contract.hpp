@@ -88,7 +88,10 @@ class EnvironmentContract : public Contract {
   machine::Environment& environment() { return machine().environment(); }
 };
 
-class ShellContract : public Contract {};
+class ShellContract : public FilesContract {
+ protected:
+  machine::Shell& shell() { return machine().shell(); }
+};
 class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
  protected:

@@ -162,6 +162,7 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Shell& shell() override { throw std::logic_error("asked for the shell"); }
     machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
     machine::Modules& modules() override { throw std::logic_error("asked for modules"); }
+    machine::Tasks& tasks() override { throw std::logic_error("asked for tasks"); }
     machine::Clock& clock() override { return clock_; }
 
    private:
