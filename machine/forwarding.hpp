@@ -124,12 +124,32 @@ class ForwardingProcesses : public Processes {
   std::unique_ptr<ChildProcess> start(ProcessStart const& what) override {
     return inner_.start(what);
   }
+  bool shellExecute(std::u16string_view program, std::u16string_view parameters) override {
+    return inner_.shellExecute(program, parameters);
+  }
 
  protected:
   Processes& inner() { return inner_; }
 
  private:
   Processes& inner_;
+};
+
+class ForwardingModules : public Modules {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingModules(Modules& inner) : inner_(inner) {}
+
+  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+                            std::array<std::string, 3> const& arguments) override {
+    return inner_.callEntryPoint(module, entryPoint, arguments);
+  }
+
+ protected:
+  Modules& inner() { return inner_; }
+
+ private:
+  Modules& inner_;
 };
 
 class ForwardingTasks : public Tasks {

@@ -4,6 +4,7 @@
 #include "machine/simulated/json_file.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_modules.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
@@ -39,21 +40,25 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        modulesFile(directory / "modules.json"),
         tasksFile(directory / "tasks.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
         processes(files),
+        modules(files),
         tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
 
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile modulesFile;
   JsonFile tasksFile;
   bool isNew;
   SimulatedFiles files;
@@ -61,6 +66,7 @@ struct SimulatedMachine::Parts {
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedModules modules;
   SimulatedTasks tasks;
   SystemClock clock;
 };
@@ -84,6 +90,7 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->modulesFile.write(parts_->modules.toJson());
   parts_->tasksFile.write(parts_->tasks.toJson());
 }
 
@@ -109,6 +116,10 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Modules& SimulatedMachine::modules() {
+  return parts_->modules;
 }
 
 Tasks& SimulatedMachine::tasks() {

@@ -297,6 +297,25 @@ class FaultyProcesses final : public machine::ForwardingProcesses {
     faults_.check("start", what.program);
     return std::make_unique<FaultyChild>(inner().start(what), faults_, what.program);
   }
+  /// Fails by returning false.
+  bool shellExecute(std::u16string_view program, std::u16string_view parameters) override {
+    return !faults_.next("shellExecute", program) && inner().shellExecute(program, parameters);
+  }
+
+ private:
+  Faults& faults_;
+};
+
+class FaultyModules final : public machine::ForwardingModules {
+ public:
+  FaultyModules(Modules& inner, Faults& faults) : ForwardingModules(inner), faults_(faults) {}
+
+  /// Fails as an entry point does that throws.
+  machine::ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+                                     std::array<std::string, 3> const& arguments) override {
+    faults_.check("callEntryPoint", module);
+    return inner().callEntryPoint(module, entryPoint, arguments);
+  }
 
  private:
   Faults& faults_;
@@ -338,6 +357,7 @@ class FaultyMachine final : public machine::Machine {
         environment_(inner.environment(), faults_),
         shell_(inner.shell(), faults_),
         processes_(inner.processes(), faults_),
+        modules_(inner.modules(), faults_),
         tasks_(inner.tasks(), faults_),
         clock_(inner.clock()) {}
 
@@ -349,6 +369,7 @@ class FaultyMachine final : public machine::Machine {
   machine::Environment& environment() override { return environment_; }
   machine::Shell& shell() override { return shell_; }
   machine::Processes& processes() override { return processes_; }
+  machine::Modules& modules() override { return modules_; }
   machine::Tasks& tasks() override { return tasks_; }
   machine::Clock& clock() override { return clock_; }
 
@@ -359,6 +380,7 @@ class FaultyMachine final : public machine::Machine {
   FaultyEnvironment environment_;
   FaultyShell shell_;
   FaultyProcesses processes_;
+  FaultyModules modules_;
   FaultyTasks tasks_;
   machine::Clock& clock_;
 };

@@ -45,6 +45,15 @@ void writeLine(machine::FileWriter& writer, UString const& message) {
                withoutLineBreaks(fl::i18n::ustring_to_utf8(message)) + '\n');
 }
 
+/// Others may write where the log is kept: a link they left there would have an administrator
+/// append to a file of their choice.
+void refuseLink(Path const& path) {
+  auto const status = machine::current().files().status(path.ustring());
+  if (status && status->isLink) {
+    throw machine::SystemError("log to a link", path.ustring(), machine::ErrorCode::accessDenied);
+  }
+}
+
 UString currentDestination() {
   return log().writer ? log().destination.ustring() : UString(u"(none)");
 }
@@ -75,10 +84,12 @@ bool set_destination(Path const& file) {
   Path const folder = file.parent_path();
   try {
     fl::filesystem::create_directories(folder);
+    refuseLink(folder);
   } catch (machine::SystemError const&) {
     return keepDestination(unableToCreateFolder, folder);
   }
   try {
+    refuseLink(file);
     log().writer =
         machine::current().files().openForWriting(file.ustring(), machine::WriteMode::append);
   } catch (machine::SystemError const&) {

@@ -85,9 +85,8 @@ TEST_F(TwoWriters, AKilledOneLeavesTheOldFileAndNoLock) {
 TEST_F(TwoWriters, ALinkInThePlaceOfTheRegistryIsRefused) {
   makeDirectory(at(u"ProgramData"));
   makeDirectory(at(u"elsewhere\\Installations"));
-  auto const host = std::filesystem::temp_directory_path() / machine::toUtf8(at(u"").substr(3)) /
-                    "C" / machine::toUtf8(at(u"").substr(3));
-  std::filesystem::create_directory_symlink(host / "elsewhere", host / "ProgramData" / "Brantix");
+  std::filesystem::create_directory_symlink(hostPath(at(u"elsewhere")),
+                                            hostPath(at(u"ProgramData\\Brantix")));
   EXPECT_THROW(addVortanRecord(UString(u"C:\\a"), u""), std::runtime_error);
   EXPECT_FALSE(exists(at(u"elsewhere\\Installations\\installations.json")));
   EXPECT_FALSE(exists(at(u"elsewhere\\Installations\\installations.json.lock")));

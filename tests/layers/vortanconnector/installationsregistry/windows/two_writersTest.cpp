@@ -1,10 +1,9 @@
-#include <windows.h>
-
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include "tests/layers/vortanconnector/installationsregistry/sandboxed_registry.hpp"
+#include "tests/machine/windows/test_programs.hpp"
 #include "tests/support/machine_fixture.hpp"
 #include "vortanconnector/installationsregistry/installations_registry.hpp"
 
@@ -15,13 +14,9 @@ using nlohmann::json;
 
 class TwoWriters : public tests::MachineTest {
  protected:
-  /// The program beside this one.
   std::unique_ptr<machine::ChildProcess> start(std::vector<UString> arguments) {
-    wchar_t own[MAX_PATH];
-    UString const path = machine::fromWide({own, GetModuleFileNameW(nullptr, own, MAX_PATH)});
     machine::ProcessStart start;
-    start.program =
-        machine::path_grammar::join(machine::path_grammar::parent(path), u"add_vortan_records.exe");
+    start.program = tests::testProgram(u"add_vortan_records.exe");
     start.arguments = std::move(arguments);
     start.arguments.insert(start.arguments.begin(), programData_);
     return machine().processes().start(start);
