@@ -35,5 +35,6 @@ void testExistence();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();
+void createShortcuts();
 
 }  // namespace benchmarks

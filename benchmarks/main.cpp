@@ -15,7 +15,8 @@ int main(int argc, char** argv) {
                                {"existence", testExistence},
                                {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},
-                               {"rewrite-path", rewritePath}};
+                               {"rewrite-path", rewritePath},
+                               {"create-shortcuts", createShortcuts}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";
   try {
     for (Benchmark const& benchmark : all) {

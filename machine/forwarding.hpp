@@ -108,6 +108,13 @@ class ForwardingShell : public Shell {
   explicit ForwardingShell(Shell& inner) : inner_(inner) {}
 
   UString knownFolder(KnownFolder folder) override { return inner_.knownFolder(folder); }
+  void writeShortcut(std::u16string_view path, Shortcut const& shortcut) override {
+    inner_.writeShortcut(path, shortcut);
+  }
+  std::optional<Shortcut> readShortcut(std::u16string_view path) override {
+    return inner_.readShortcut(path);
+  }
+  void announceAssociationsChanged() override { inner_.announceAssociationsChanged(); }
 
  protected:
   Shell& inner() { return inner_; }

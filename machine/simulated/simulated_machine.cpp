@@ -42,14 +42,17 @@ struct SimulatedMachine::Parts {
         processesFile(directory / "processes.json"),
         modulesFile(directory / "modules.json"),
         tasksFile(directory / "tasks.json"),
+        shellFile(directory / "shell.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+        shell(files),
         processes(files),
         modules(files),
         tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
+    if (shellFile.exists()) shell.readJson(shellFile.read());
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
@@ -60,6 +63,7 @@ struct SimulatedMachine::Parts {
   JsonFile processesFile;
   JsonFile modulesFile;
   JsonFile tasksFile;
+  JsonFile shellFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
@@ -92,6 +96,7 @@ void SimulatedMachine::save() {
   parts_->processesFile.write(parts_->processes.toJson());
   parts_->modulesFile.write(parts_->modules.toJson());
   parts_->tasksFile.write(parts_->tasks.toJson());
+  parts_->shellFile.write(parts_->shell.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {

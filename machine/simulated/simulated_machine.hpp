@@ -16,6 +16,7 @@ namespace machine::simulated {
 ///   processes.json             what was started, in order
 ///   modules.json               what was called in modules, in order
 ///   tasks.json                 scheduled tasks
+///   shell.json                 how often the shell was told of new file associations
 ///   processes-exit-codes.json  written by hand, when programs are to fail
 ///
 /// A new machine starts with the folders, registry values and variables of a Windows on drive C.

@@ -265,6 +265,18 @@ class FaultyShell final : public machine::ForwardingShell {
     faults_.check("knownFolder", u"");
     return inner().knownFolder(folder);
   }
+  void writeShortcut(std::u16string_view path, machine::Shortcut const& shortcut) override {
+    faults_.check("writeShortcut", path);
+    inner().writeShortcut(path, shortcut);
+  }
+  std::optional<machine::Shortcut> readShortcut(std::u16string_view path) override {
+    faults_.check("readShortcut", path);
+    return inner().readShortcut(path);
+  }
+  void announceAssociationsChanged() override {
+    faults_.check("announceAssociationsChanged", u"");
+    inner().announceAssociationsChanged();
+  }
 
  private:
   Faults& faults_;

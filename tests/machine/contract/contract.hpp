@@ -88,6 +88,11 @@ class EnvironmentContract : public Contract {
   machine::Environment& environment() { return machine().environment(); }
 };
 
+class ShellContract : public FilesContract {
+ protected:
+  machine::Shell& shell() { return machine().shell(); }
+};
+
 class TasksContract : public Contract {
  protected:
   ~TasksContract() override { tasks().remove(name()); }
@@ -96,8 +101,6 @@ class TasksContract : public Contract {
   machine::UString name() { return u"Registration Contract Test\\Task"; }
   static machine::TaskDefinition definition();
 };
-
-class ShellContract : public Contract {};
 class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
  protected:

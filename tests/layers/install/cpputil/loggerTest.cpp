@@ -163,6 +163,7 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
     machine::Tasks& tasks() override { throw std::logic_error("asked for tasks"); }
     machine::Modules& modules() override { throw std::logic_error("asked for modules"); }
+    machine::Tasks& tasks() override { throw std::logic_error("asked for tasks"); }
     machine::Clock& clock() override { return clock_; }
 
    private:
