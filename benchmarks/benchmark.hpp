@@ -30,6 +30,8 @@ struct Benchmark {
 
 void walkTree();
 void addPathEntries();
+void mergeJavaClassPath();
+void testExistence();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();

@@ -11,6 +11,8 @@ int main(int argc, char** argv) {
   using namespace benchmarks;
   constexpr Benchmark all[] = {{"walk", walkTree},
                                {"add-path-entries", addPathEntries},
+                               {"java-class-path", mergeJavaClassPath},
+                               {"existence", testExistence},
                                {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},
                                {"rewrite-path", rewritePath},

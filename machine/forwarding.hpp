@@ -36,6 +36,10 @@ class ForwardingFiles : public Files {
   std::optional<FileVersion> fileVersion(std::u16string_view path) override {
     return inner_.fileVersion(path);
   }
+  std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                 std::chrono::milliseconds limit) override {
+    return inner_.lock(path, limit);
+  }
 
  protected:
   Files& inner() { return inner_; }
@@ -127,12 +131,53 @@ class ForwardingProcesses : public Processes {
   std::unique_ptr<ChildProcess> start(ProcessStart const& what) override {
     return inner_.start(what);
   }
+  bool shellExecute(std::u16string_view program, std::u16string_view parameters) override {
+    return inner_.shellExecute(program, parameters);
+  }
 
  protected:
   Processes& inner() { return inner_; }
 
  private:
   Processes& inner_;
+};
+
+class ForwardingModules : public Modules {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingModules(Modules& inner) : inner_(inner) {}
+
+  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+                            std::array<std::string, 3> const& arguments) override {
+    return inner_.callEntryPoint(module, entryPoint, arguments);
+  }
+
+ protected:
+  Modules& inner() { return inner_; }
+
+ private:
+  Modules& inner_;
+};
+
+class ForwardingTasks : public Tasks {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingTasks(Tasks& inner) : inner_(inner) {}
+
+  std::optional<TaskDefinition> task(std::u16string_view name) override {
+    return inner_.task(name);
+  }
+  void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
+    inner_.createOrReplace(name, definition);
+  }
+  bool stopAndDisable(std::u16string_view name) override { return inner_.stopAndDisable(name); }
+  bool remove(std::u16string_view name) override { return inner_.remove(name); }
+
+ protected:
+  Tasks& inner() { return inner_; }
+
+ private:
+  Tasks& inner_;
 };
 
 }  // namespace machine

@@ -5,9 +5,11 @@
 #include "machine/environment.hpp"
 #include "machine/error.hpp"
 #include "machine/files.hpp"
+#include "machine/modules.hpp"
 #include "machine/processes.hpp"
 #include "machine/registry.hpp"
 #include "machine/shell.hpp"
+#include "machine/tasks.hpp"
 
 namespace machine {
 
@@ -22,6 +24,8 @@ class Machine {
   virtual Environment& environment() = 0;
   virtual Shell& shell() = 0;
   virtual Processes& processes() = 0;
+  virtual Modules& modules() = 0;
+  virtual Tasks& tasks() = 0;
   virtual Clock& clock() = 0;
 };
 

@@ -52,6 +52,9 @@ class Processes {
   /// Starts the program; it inherits no handle but its standard ones. Throws SystemError when it
   /// cannot be started, std::invalid_argument for a combination that makes no sense.
   virtual std::unique_ptr<ChildProcess> start(ProcessStart const& what) = 0;
+  /// Has the shell open a program, hidden, with `parameters` as they stand, and does not wait for
+  /// it: ShellExecuteExW with mask 0 and the verb "open". False when the shell refuses.
+  virtual bool shellExecute(std::u16string_view program, std::u16string_view parameters) = 0;
 };
 
 }  // namespace machine

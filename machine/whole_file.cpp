@@ -11,6 +11,7 @@ namespace {
 void writeNew(Files& files, UString const& path, std::string_view bytes) {
   auto const writer = files.openForWriting(path, WriteMode::createNew);
   writer->write(bytes);
+  writer->flushToDisk();
   writer->close();
 }
 

@@ -14,8 +14,8 @@ namespace machine {
 std::optional<std::string> readFile(Files& files, std::u16string_view path, std::size_t limit);
 
 /// Puts a file with this content in the place of `path` at once: whatever fails, what was there is
-/// still there. It is written under the name `path` + ".tmp"; a file that an earlier failure left
-/// there is removed. Throws SystemError.
+/// still there, also when the process is killed on the way. It is written under the name `path` +
+/// ".tmp"; a file that an earlier failure left there is removed. Throws SystemError.
 void replaceFile(Files& files, std::u16string_view path, std::string_view bytes);
 
 }  // namespace machine

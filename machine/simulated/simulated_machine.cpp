@@ -4,9 +4,11 @@
 #include "machine/simulated/json_file.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_modules.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
+#include "machine/simulated/simulated_tasks.hpp"
 
 namespace machine::simulated {
 
@@ -38,22 +40,29 @@ struct SimulatedMachine::Parts {
       : registryFile(directory / "registry.json"),
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
+        modulesFile(directory / "modules.json"),
+        tasksFile(directory / "tasks.json"),
         shellFile(directory / "shell.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
         shell(files),
-        processes(files) {
+        processes(files),
+        modules(files),
+        tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
     if (shellFile.exists()) shell.readJson(shellFile.read());
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
+    if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
 
   JsonFile registryFile;
   JsonFile environmentFile;
   JsonFile processesFile;
+  JsonFile modulesFile;
+  JsonFile tasksFile;
   JsonFile shellFile;
   bool isNew;
   SimulatedFiles files;
@@ -61,6 +70,8 @@ struct SimulatedMachine::Parts {
   SimulatedEnvironment environment;
   SimulatedShell shell;
   SimulatedProcesses processes;
+  SimulatedModules modules;
+  SimulatedTasks tasks;
   SystemClock clock;
 };
 
@@ -83,6 +94,8 @@ void SimulatedMachine::save() {
   parts_->registryFile.write(parts_->registry.toJson());
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
+  parts_->modulesFile.write(parts_->modules.toJson());
+  parts_->tasksFile.write(parts_->tasks.toJson());
   parts_->shellFile.write(parts_->shell.toJson());
 }
 
@@ -108,6 +121,14 @@ Shell& SimulatedMachine::shell() {
 
 Processes& SimulatedMachine::processes() {
   return parts_->processes;
+}
+
+Modules& SimulatedMachine::modules() {
+  return parts_->modules;
+}
+
+Tasks& SimulatedMachine::tasks() {
+  return parts_->tasks;
 }
 
 Clock& SimulatedMachine::clock() {

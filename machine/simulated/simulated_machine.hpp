@@ -14,6 +14,8 @@ namespace machine::simulated {
 ///   registry.json              see simulated_registry.hpp
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
+///   modules.json               what was called in modules, in order
+///   tasks.json                 scheduled tasks
 ///   shell.json                 how often the shell was told of new file associations
 ///   processes-exit-codes.json  written by hand, when programs are to fail
 ///
@@ -42,6 +44,8 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   Environment& environment() override;
   Shell& shell() override;
   Processes& processes() override;
+  Modules& modules() override;
+  Tasks& tasks() override;
   Clock& clock() override;
 
  private:

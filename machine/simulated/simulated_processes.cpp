@@ -79,7 +79,15 @@ void SimulatedProcesses::readLaunched(JsonValue const& document) {
     for (auto const& argument : launch.member("arguments").elements()) argument.text();
     launched.push_back(launch.json());
   }
+  json shellExecuted = json::array();
+  if (document.has("shellExecuted")) {
+    for (auto const& execution : document.member("shellExecuted").elements()) {
+      for (auto const* text : {"program", "parameters"}) execution.member(text).text();
+      shellExecuted.push_back(execution.json());
+    }
+  }
   launched_ = std::move(launched);
+  shellExecuted_ = std::move(shellExecuted);
 }
 
 void SimulatedProcesses::readExitCodes(JsonValue const& document) {
@@ -96,6 +104,13 @@ std::unique_ptr<ChildProcess> SimulatedProcesses::start(ProcessStart const& what
   makeOutputFile(what.standardError);
   launched_.push_back(launchRecord(what));
   return std::make_unique<EndedChild>(exitCode(what.program));
+}
+
+bool SimulatedProcesses::shellExecute(std::u16string_view program, std::u16string_view parameters) {
+  auto const status = files_.status(program);
+  if (!status || status->isDirectory || parameters.find(u'\0') != parameters.npos) return false;
+  shellExecuted_.push_back({{"program", toUtf8(program)}, {"parameters", toUtf8(parameters)}});
+  return true;
 }
 
 void SimulatedProcesses::setExitCode(std::u16string_view program, std::uint32_t code) {

@@ -20,6 +20,7 @@ struct ReleaseWith {
 
 using UniqueHandle = std::unique_ptr<void, ReleaseWith<CloseHandle>>;
 using UniqueFind = std::unique_ptr<void, ReleaseWith<FindClose>>;
+using UniqueModule = std::unique_ptr<HINSTANCE__, ReleaseWith<FreeLibrary>>;
 using UniqueKey = std::unique_ptr<HKEY__, ReleaseWith<RegCloseKey>>;
 using UniqueLocalText = std::unique_ptr<wchar_t, ReleaseWith<LocalFree>>;
 using UniqueTaskText = std::unique_ptr<wchar_t, ReleaseWith<CoTaskMemFree>>;

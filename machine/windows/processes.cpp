@@ -1,4 +1,6 @@
 #include <windows.h>
+// windows.h first
+#include <shellapi.h>
 
 #include <algorithm>
 #include <array>
@@ -208,6 +210,30 @@ class WindowsProcesses final : public Processes {
     UniqueHandle const thread(created.hThread);
     return std::make_unique<WindowsChildProcess>(what.program, UniqueHandle(created.hProcess),
                                                  std::move(readers));
+  }
+
+  bool shellExecute(std::u16string_view program, std::u16string_view parameters) override {
+    if (hasNul(program) || hasNul(parameters)) {
+      return false;
+    }
+    UString const file(program);
+    UString const text(parameters);
+    SHELLEXECUTEINFOW info{};
+    static_assert(sizeof info == 112);
+    info.cbSize = sizeof info;
+    info.fMask = 0;
+    info.lpVerb = L"open";
+    info.lpFile = wide(file);
+    info.lpParameters = wide(text);
+    info.nShow = SW_HIDE;
+    bool const opened = ShellExecuteExW(&info) != FALSE;
+    if (opened) {
+      // Mask 0 asks for no process handle. It stays null, so that this does not wait for the
+      // program, which is what callers count on.
+      WaitForSingleObject(info.hProcess, INFINITE);
+      CloseHandle(info.hProcess);
+    }
+    return opened;
   }
 };
 

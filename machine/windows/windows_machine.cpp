@@ -10,6 +10,8 @@ WindowsMachine::WindowsMachine()
       environment_(makeEnvironment()),
       shell_(makeShell()),
       processes_(makeProcesses()),
+      modules_(makeModules()),
+      tasks_(makeTasks()),
       clock_(makeClock()) {}
 
 WindowsMachine::~WindowsMachine() = default;

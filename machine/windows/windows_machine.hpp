@@ -17,6 +17,8 @@ class WindowsMachine final : public Machine {
   Environment& environment() override { return *environment_; }
   Shell& shell() override { return *shell_; }
   Processes& processes() override { return *processes_; }
+  Modules& modules() override { return *modules_; }
+  Tasks& tasks() override { return *tasks_; }
   Clock& clock() override { return *clock_; }
 
  private:
@@ -25,6 +27,8 @@ class WindowsMachine final : public Machine {
   std::unique_ptr<Environment> environment_;
   std::unique_ptr<Shell> shell_;
   std::unique_ptr<Processes> processes_;
+  std::unique_ptr<Modules> modules_;
+  std::unique_ptr<Tasks> tasks_;
   std::unique_ptr<Clock> clock_;
 };
 

@@ -163,6 +163,12 @@ class FaultyFiles final : public machine::ForwardingFiles {
     if (faults_.next("fileVersion", path)) return std::nullopt;
     return inner().fileVersion(path);
   }
+  /// Letting go of the lock does not fail.
+  std::unique_ptr<machine::FileLock> lock(std::u16string_view path,
+                                          std::chrono::milliseconds limit) override {
+    faults_.check("lock", path);
+    return inner().lock(path, limit);
+  }
 
  private:
   Faults& faults_;
@@ -303,6 +309,51 @@ class FaultyProcesses final : public machine::ForwardingProcesses {
     faults_.check("start", what.program);
     return std::make_unique<FaultyChild>(inner().start(what), faults_, what.program);
   }
+  /// Fails by returning false.
+  bool shellExecute(std::u16string_view program, std::u16string_view parameters) override {
+    return !faults_.next("shellExecute", program) && inner().shellExecute(program, parameters);
+  }
+
+ private:
+  Faults& faults_;
+};
+
+class FaultyModules final : public machine::ForwardingModules {
+ public:
+  FaultyModules(Modules& inner, Faults& faults) : ForwardingModules(inner), faults_(faults) {}
+
+  /// Fails as an entry point does that throws.
+  machine::ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+                                     std::array<std::string, 3> const& arguments) override {
+    faults_.check("callEntryPoint", module);
+    return inner().callEntryPoint(module, entryPoint, arguments);
+  }
+
+ private:
+  Faults& faults_;
+};
+
+class FaultyTasks final : public machine::ForwardingTasks {
+ public:
+  FaultyTasks(Tasks& inner, Faults& faults) : ForwardingTasks(inner), faults_(faults) {}
+
+  std::optional<machine::TaskDefinition> task(std::u16string_view name) override {
+    faults_.check("task", name);
+    return inner().task(name);
+  }
+  void createOrReplace(std::u16string_view name,
+                       machine::TaskDefinition const& definition) override {
+    faults_.check("createOrReplace", name);
+    inner().createOrReplace(name, definition);
+  }
+  bool stopAndDisable(std::u16string_view name) override {
+    faults_.check("stopAndDisable", name);
+    return inner().stopAndDisable(name);
+  }
+  bool remove(std::u16string_view name) override {
+    faults_.check("remove", name);
+    return inner().remove(name);
+  }
 
  private:
   Faults& faults_;
@@ -318,6 +369,8 @@ class FaultyMachine final : public machine::Machine {
         environment_(inner.environment(), faults_),
         shell_(inner.shell(), faults_),
         processes_(inner.processes(), faults_),
+        modules_(inner.modules(), faults_),
+        tasks_(inner.tasks(), faults_),
         clock_(inner.clock()) {}
 
   Faults& faults() { return faults_; }
@@ -328,6 +381,8 @@ class FaultyMachine final : public machine::Machine {
   machine::Environment& environment() override { return environment_; }
   machine::Shell& shell() override { return shell_; }
   machine::Processes& processes() override { return processes_; }
+  machine::Modules& modules() override { return modules_; }
+  machine::Tasks& tasks() override { return tasks_; }
   machine::Clock& clock() override { return clock_; }
 
  private:
@@ -337,6 +392,8 @@ class FaultyMachine final : public machine::Machine {
   FaultyEnvironment environment_;
   FaultyShell shell_;
   FaultyProcesses processes_;
+  FaultyModules modules_;
+  FaultyTasks tasks_;
   machine::Clock& clock_;
 };
 

@@ -15,6 +15,12 @@ inline registration::utility::Options plainOptions() {
   return registration::utility::Options(registration::utility::Options::Values{});
 }
 
+inline registration::utility::Options withRoot(registration::Path const& root) {
+  registration::utility::Options::Values values;
+  values.rootPath = root.ustring();
+  return registration::utility::Options(values);
+}
+
 inline registration::utility::Options withMetadataRoot(registration::Path const& root) {
   registration::utility::Options::Values values;
   values.metadataRootPath = root.ustring();

@@ -4,8 +4,10 @@
 
 namespace contract {
 
+using machine::ModuleCall;
 using machine::ProcessOutput;
 using machine::SystemError;
+using machine::UString;
 
 TEST_P(ProcessesContract, TheExitCodeMayBeAskedAgain) {
   auto const child = machine().processes().start(under().program());
@@ -48,6 +50,70 @@ TEST_P(ProcessesContract, AnAppendedFileKeepsItsContent) {
   start.standardOutput = {ProcessOutput::Kind::appendFile, in(u"out"), {}};
   EXPECT_EQ(machine().processes().start(start)->wait(), 0u);
   EXPECT_EQ(machine().files().status(in(u"out"))->size, 3u);
+}
+
+TEST_P(ProcessesContract, TheShellOpensAProgram) {
+  EXPECT_TRUE(machine().processes().shellExecute(under().program().program, u"/c exit"));
+}
+
+TEST_P(ProcessesContract, TheShellRefusesAMissingProgram) {
+  EXPECT_FALSE(machine().processes().shellExecute(in(u"none.exe"), u""));
+}
+
+TEST_P(ProcessesContract, TheShellTakesNoNul) {
+  auto const program = under().program().program;
+  EXPECT_FALSE(machine().processes().shellExecute(program, UString(u"/c\0exit", 7)));
+  EXPECT_FALSE(machine().processes().shellExecute(program + UString(1, u'\0'), u"/c exit"));
+}
+
+TEST_P(ModulesContract, AnExportedFunctionIsCalled) {
+  EXPECT_EQ(call(under().module()), ModuleCall::called);
+}
+
+TEST_P(ModulesContract, AFunctionNotExportedIsNotCalled) {
+  for (auto const* name : {"RegisterOLEServer", "registeroleserver2", "OLEServer2", "", "None"})
+    EXPECT_EQ(call(under().module(), name), ModuleCall::noEntryPoint) << name;
+  EXPECT_EQ(call(under().module(), std::string("RegisterOLEServer2\0", 19)),
+            ModuleCall::noEntryPoint);
+}
+
+TEST_P(ModulesContract, AMissingModuleIsNotLoaded) {
+  EXPECT_EQ(call(in(u"none.dll")), ModuleCall::notLoaded);
+  EXPECT_EQ(call(u"registration-contract-none"), ModuleCall::notLoaded);
+}
+
+TEST_P(ModulesContract, WhatIsNoModuleIsNotLoaded) {
+  machine().files().createDirectory(in(u"folder.dll"));
+  machine().files().openForWriting(in(u"empty.dll"), machine::WriteMode::createNew);
+  EXPECT_EQ(call(in(u"folder.dll")), ModuleCall::notLoaded);
+  EXPECT_EQ(call(in(u"empty.dll")), ModuleCall::notLoaded);
+}
+
+TEST_P(ModulesContract, ANameWithANulOrNoneAtAllIsNotLoaded) {
+  EXPECT_EQ(call(under().module() + UString(u"\0x", 2)), ModuleCall::notLoaded);
+  EXPECT_EQ(call(u""), ModuleCall::notLoaded);
+}
+
+TEST_P(ModulesContract, ABareNameIsLookedForInTheCurrentFolder) {
+  auto& files = machine().files();
+  files.openForWriting(in(u"contract-copy.dll"), machine::WriteMode::createNew)
+      ->write(content(under().module()));
+  EXPECT_EQ(call(u"contract-copy.dll"), ModuleCall::notLoaded);
+  auto const before = files.currentDirectory();
+  ASSERT_TRUE(files.setCurrentDirectory(in(u"")));
+  auto const whole = call(u"contract-copy.dll");
+  auto const withoutExtension = call(u"contract-copy");
+  files.setCurrentDirectory(before);
+  EXPECT_EQ(whole, ModuleCall::called);
+  EXPECT_EQ(withoutExtension, ModuleCall::called);
+}
+
+TEST_P(ModulesContract, TheModuleIsReleased) {
+  auto& files = machine().files();
+  auto const copy = in(u"contract-released.dll");
+  files.openForWriting(copy, machine::WriteMode::createNew)->write(content(under().module()));
+  ASSERT_EQ(call(copy), ModuleCall::called);
+  EXPECT_TRUE(files.removeFile(copy));
 }
 
 TEST_P(ClockContract, TimeDoesNotRunBackwards) {

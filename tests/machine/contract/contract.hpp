@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -28,6 +29,8 @@ class MachineUnderTest {
   virtual machine::RegistryKey key() = 0;
   /// A program that ends with exit code 0.
   virtual machine::ProcessStart program() = 0;
+  /// A DLL that exports RegisterOLEServer2.
+  virtual machine::UString module() = 0;
   /// Where the host keeps a file of the machine.
   virtual std::filesystem::path hostPath(std::u16string_view path) = 0;
   /// False where the host keeps a provider from paths longer than 260 units.
@@ -89,7 +92,32 @@ class ShellContract : public FilesContract {
  protected:
   machine::Shell& shell() { return machine().shell(); }
 };
+
+class TasksContract : public Contract {
+ protected:
+  ~TasksContract() override { tasks().remove(name()); }
+  machine::Tasks& tasks() { return machine().tasks(); }
+  /// In a folder; the task does not exist.
+  machine::UString name() { return u"Registration Contract Test\\Task"; }
+  static machine::TaskDefinition definition();
+};
 class ProcessesContract : public Contract {};
+class ModulesContract : public Contract {
+ protected:
+  machine::Modules& modules() { return machine().modules(); }
+  /// Calls the function for the test's folder.
+  machine::ModuleCall call(std::u16string_view module,
+                           std::string const& entryPoint = "RegisterOLEServer2") {
+    return modules().callEntryPoint(module, entryPoint, {machine::toUtf8(in(u"")), "two", ""});
+  }
+  std::string content(std::u16string_view file) {
+    auto const reader = machine().files().openForReading(file);
+    std::string bytes;
+    std::array<char, 4096> part;
+    while (std::size_t const count = reader->read(part)) bytes.append(part.data(), count);
+    return bytes;
+  }
+};
 class ClockContract : public Contract {};
 
 }  // namespace contract
@@ -100,8 +128,10 @@ class ClockContract : public Contract {};
   INSTANTIATE_TEST_SUITE_P(prefix, FilesContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, RegistryContract, ::testing::Values(provider));    \
   INSTANTIATE_TEST_SUITE_P(prefix, EnvironmentContract, ::testing::Values(provider)); \
+  INSTANTIATE_TEST_SUITE_P(prefix, TasksContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ShellContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ProcessesContract, ::testing::Values(provider));   \
+  INSTANTIATE_TEST_SUITE_P(prefix, ModulesContract, ::testing::Values(provider));     \
   INSTANTIATE_TEST_SUITE_P(prefix, ClockContract, ::testing::Values(provider));       \
   }                                                                                   \
   static_assert(true, "takes the semicolon")

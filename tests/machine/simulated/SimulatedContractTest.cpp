@@ -15,6 +15,9 @@ class SimulatedUnderTest : public MachineUnderTest {
     machine_.files().createDirectory(folder());
     machine_.files().openForWriting(u"C:\\Windows\\System32\\program.exe",
                                     machine::WriteMode::createNew);
+    machine_.files()
+        .openForWriting(module(), machine::WriteMode::createNew)
+        ->write("UnRegisterOLEServer2\r\nRegisterOLEServer2\r\n");
   }
 
   machine::Machine& machine() override { return machine_; }
@@ -27,6 +30,7 @@ class SimulatedUnderTest : public MachineUnderTest {
     start.program = u"C:\\Windows\\System32\\program.exe";
     return start;
   }
+  UString module() override { return u"C:\\Windows\\System32\\module.dll"; }
   std::filesystem::path hostPath(std::u16string_view path) override {
     auto host = directory_.path() / "C";
     for (auto const name : machine::path_grammar::components(path)) host /= UString(name);

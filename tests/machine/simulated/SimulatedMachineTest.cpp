@@ -262,6 +262,59 @@ TEST_F(SimulatedMachineTest, APipeGetsNothingAndNeedsAReader) {
   EXPECT_EQ(machine.processes().start(start)->wait(), 0u);
 }
 
+TEST_F(SimulatedMachineTest, WhatTheShellOpensIsRecordedInOrder) {
+  {
+    SimulatedMachine machine(directory());
+    writeFile(machine, u"C:\\tool.exe");
+    EXPECT_TRUE(machine.processes().shellExecute(u"C:\\tool.exe", u"/s \"C:\\a b.dll\""));
+  }
+  SimulatedMachine machine(directory());
+  EXPECT_TRUE(machine.processes().shellExecute(u"C:\\TOOL.exe", u"\u65E5"));
+  EXPECT_FALSE(machine.processes().shellExecute(u"C:\\none.exe", u""));
+  EXPECT_FALSE(machine.processes().shellExecute(u"C:\\Windows", u""));
+  machine.save();
+  EXPECT_EQ(json::parse(content("processes.json"))["shellExecuted"],
+            json::parse(R"([{"program": "C:\\tool.exe", "parameters": "/s \"C:\\a b.dll\""},
+                            {"program": "C:\\TOOL.exe", "parameters": "日"}])"));
+}
+
+TEST_F(SimulatedMachineTest, ProcessesOfBeforeTheShellOpenedAnyAreTaken) {
+  put("processes.json", R"({"version": 1, "launched": []})");
+  { SimulatedMachine const machine(directory()); }
+  EXPECT_EQ(json::parse(content("processes.json"))["shellExecuted"], json::array());
+}
+
+TEST_F(SimulatedMachineTest, CallsIntoModulesAreRecordedInOrder) {
+  {
+    SimulatedMachine machine(directory());
+    writeFile(machine, u"C:\\Windows\\server.dll", std::string_view("MZ\0One\0Two\0", 11));
+    machine.files().setCurrentDirectory(u"C:\\Windows");
+    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "Two", {"a\xFF", "", "\xE6\x97\xA5"}),
+              ModuleCall::called);
+    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "MZ", {}), ModuleCall::called);
+  }
+  SimulatedMachine machine(directory());
+  EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "Two", {}), ModuleCall::notLoaded);
+  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", "T", {}),
+            ModuleCall::noEntryPoint);
+  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", "One",
+                                             {std::string("a\0b", 3), "", ""}),
+            ModuleCall::called);
+  machine.save();
+  EXPECT_EQ(json::parse(content("modules.json")), json::parse(R"({"version": 1, "calls": [
+        {"module": "C:\\Windows\\server.dll", "entryPoint": "Two", "arguments": ["a\ufffd", "", "日"]},
+        {"module": "C:\\Windows\\server.dll", "entryPoint": "MZ", "arguments": ["", "", ""]},
+        {"module": "C:\\windows\\server.dll", "entryPoint": "One", "arguments": ["a", "", ""]}]})"));
+}
+
+TEST_F(SimulatedMachineTest, AWrongRecordOfAProgramOrModuleIsRefusedWithItsPlace) {
+  put("modules.json", R"({"version": 1, "calls": [{"module": "a", "entryPoint": 1}]})");
+  EXPECT_NE(refusal().find("modules.json: /calls/0/entryPoint"), std::string::npos) << refusal();
+  put("modules.json", R"({"version": 1, "calls": []})");
+  put("processes.json", R"({"version": 1, "launched": [], "shellExecuted": [{"program": "a"}]})");
+  EXPECT_NE(refusal().find("processes.json: /shellExecuted/0"), std::string::npos) << refusal();
+}
+
 TEST_F(SimulatedMachineTest, NoPathLeadsOutOfTheDirectory) {
   put("outside", "secret");
   SimulatedMachine machine(directory());

@@ -1,5 +1,6 @@
 #include "machine/windows/windows_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
+#include "tests/machine/windows/test_programs.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace contract {
@@ -23,6 +24,7 @@ class WindowsUnderTest final : public MachineUnderTest {
     start.arguments = {u"/c", u"exit"};
     return start;
   }
+  UString module() override { return tests::testProgram(u"automation_server.dll"); }
   std::filesystem::path hostPath(std::u16string_view path) override {
     return machine::toWide(path);
   }

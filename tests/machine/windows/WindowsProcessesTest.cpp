@@ -7,6 +7,7 @@
 
 #include "machine/error.hpp"
 #include "tests/machine/windows/test_programs.hpp"
+#include "tests/support/eventually.hpp"
 #include "tests/support/machine_fixture.hpp"
 
 namespace {
@@ -336,6 +337,32 @@ TEST_F(WindowsProcesses, ADetachedChildRunsOn) {
   HANDLE const end = CreateEventW(nullptr, TRUE, FALSE, machine::toWide(name + u"-end").c_str());
   auto start = program(u"leave_grandchild.exe", {name, name + u"-end", u"grandchild"});
   machine().processes().start(start)->detach();
+  EXPECT_EQ(WaitForSingleObject(started, 30000), DWORD{WAIT_OBJECT_0});
+  SetEvent(end);
+  CloseHandle(started);
+  CloseHandle(end);
+}
+
+TEST_F(WindowsProcesses, TheShellPassesParametersAsTheyStand) {
+  auto const parameters = u"\"" + at(u"printed file") + u"\" \"a b\" c \u65E5";
+  ASSERT_TRUE(
+      machine().processes().shellExecute(tests::testProgram(u"print_arguments.exe"), parameters));
+  std::string printed;
+  EXPECT_TRUE(tests::eventually([&] {
+    printed = exists(at(u"printed file")) ? readFile(at(u"printed file")) : "";
+    return printed.find("error: ") != printed.npos;
+  }));
+  EXPECT_THAT(printed, testing::StartsWith(inHex(u"a b") + "\n" + inHex(u"c") + "\n" +
+                                           inHex(u"\u65E5") + "\nin: "));
+}
+
+TEST_F(WindowsProcesses, TheShellsProgramIsNotWaitedFor) {
+  UString const name(machine::path_grammar::fileName(root()));
+  HANDLE const started = CreateEventW(nullptr, TRUE, FALSE, machine::toWide(name).c_str());
+  HANDLE const end = CreateEventW(nullptr, TRUE, FALSE, machine::toWide(name + u"-end").c_str());
+  // The program lives until the event that is set only after the call.
+  EXPECT_TRUE(machine().processes().shellExecute(tests::testProgram(u"leave_grandchild.exe"),
+                                                 name + u" " + name + u"-end grandchild"));
   EXPECT_EQ(WaitForSingleObject(started, 30000), DWORD{WAIT_OBJECT_0});
   SetEvent(end);
   CloseHandle(started);

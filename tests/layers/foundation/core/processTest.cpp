@@ -5,6 +5,7 @@
 
 #include "foundation/core/process.hpp"
 #include "tests/support/machine_fixture.hpp"
+#include "tests/support/recorded_processes.hpp"
 #include "tests/support/substituted_machine.hpp"
 
 namespace foundation::core::process {
@@ -13,45 +14,11 @@ namespace {
 using Kind = machine::ProcessOutput::Kind;
 using testing::ElementsAre;
 
-/// Starts nothing, and keeps what it was asked for.
-class RecordedProcesses : public machine::Processes {
- public:
-  std::unique_ptr<machine::ChildProcess> start(machine::ProcessStart const& what) override {
-    started = what;
-    return std::make_unique<Child>(*this);
-  }
-
-  machine::ProcessStart started;
-  std::uint32_t exitCode = 0;
-  bool waitFails = false;
-  int waits = 0;
-  int detachments = 0;
-  int children = 0;
-
- private:
-  class Child : public machine::ChildProcess {
-   public:
-    explicit Child(RecordedProcesses& record) : record_(record) { ++record_.children; }
-    ~Child() override { --record_.children; }
-    std::uint32_t wait() override {
-      ++record_.waits;
-      if (record_.waitFails) {
-        throw machine::SystemError("wait", u"a.exe", machine::ErrorCode::ioDevice);
-      }
-      return record_.exitCode;
-    }
-    void detach() override { ++record_.detachments; }
-
-   private:
-    RecordedProcesses& record_;
-  };
-};
-
 class Process : public tests::MachineTest {
  protected:
   Process() { substituted_.replace(processes); }
 
-  RecordedProcesses processes;
+  tests::RecordedProcesses processes;
 
  private:
   tests::SubstitutedMachine substituted_{machine()};
@@ -108,15 +75,8 @@ TEST_F(Process, RefusesToMergeStandardOutputWithItself) {
 }
 
 TEST_F(Process, ThrowsWhenTheChildCannotBeStarted) {
-  class Refusing : public machine::Processes {
-    std::unique_ptr<machine::ChildProcess> start(machine::ProcessStart const& what) override {
-      throw machine::SystemError("start", what.program, machine::ErrorCode::fileNotFound);
-    }
-  } refusing;
-  tests::SubstitutedMachine substituted(machine());
-  substituted.replace(refusing);
-  machine::ScopedMachine const scope(substituted);
-  EXPECT_THROW(process(command("a.exe"), context()), machine::SystemError);
+  processes.startFailure = "x";
+  EXPECT_THROW(process(command("a.exe"), context()), std::runtime_error);
 }
 
 TEST_F(Process, ExitStatusMayBeAskedAgain) {
@@ -156,10 +116,10 @@ TEST_F(Process, GivesItsChildUpWhenItGoesOrIsMoved) {
 
 TEST_F(Process, AFailedWaitIsThrownAndMayBeRepeated) {
   processes.exitCode = 5;
-  processes.waitFails = true;
+  processes.waitFailure = "x";
   process child(command("a.exe"), context());
-  EXPECT_THROW(child.exit_status(), machine::SystemError);
-  processes.waitFails = false;
+  EXPECT_THROW(child.exit_status(), std::runtime_error);
+  processes.waitFailure.clear();
   EXPECT_EQ(child.exit_status(), 5u);
 }
 
