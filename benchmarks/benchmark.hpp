@@ -30,9 +30,12 @@ struct Benchmark {
 
 void walkTree();
 void addPathEntries();
+void mergeJavaClassPath();
+void testExistence();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();
 void components();
+void createShortcuts();
 
 }  // namespace benchmarks

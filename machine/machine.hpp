@@ -9,6 +9,7 @@
 #include "machine/processes.hpp"
 #include "machine/registry.hpp"
 #include "machine/shell.hpp"
+#include "machine/tasks.hpp"
 
 namespace machine {
 
@@ -24,6 +25,7 @@ class Machine {
   virtual Shell& shell() = 0;
   virtual Processes& processes() = 0;
   virtual Modules& modules() = 0;
+  virtual Tasks& tasks() = 0;
   virtual Clock& clock() = 0;
 };
 

@@ -21,6 +21,8 @@ class HostFile {
   std::size_t read(std::span<char> buffer);
   void write(std::string_view bytes);
   void flush();
+  /// Locks the file against other locks until it is closed; false when somebody else has it.
+  bool tryLock();
   /// REQUIRES: not closed yet.
   void close();
 

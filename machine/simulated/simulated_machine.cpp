@@ -8,6 +8,7 @@
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_shell.hpp"
+#include "machine/simulated/simulated_tasks.hpp"
 
 namespace machine::simulated {
 
@@ -40,13 +41,18 @@ struct SimulatedMachine::Parts {
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
         modulesFile(directory / "modules.json"),
+        tasksFile(directory / "tasks.json"),
+        shellFile(directory / "shell.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+        shell(files),
         processes(files),
-        modules(files) {
+        modules(files),
+        tasks(readOrNew<SimulatedTasks>(tasksFile)) {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
+    if (shellFile.exists()) shell.readJson(shellFile.read());
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
@@ -56,6 +62,8 @@ struct SimulatedMachine::Parts {
   JsonFile environmentFile;
   JsonFile processesFile;
   JsonFile modulesFile;
+  JsonFile tasksFile;
+  JsonFile shellFile;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
@@ -63,6 +71,7 @@ struct SimulatedMachine::Parts {
   SimulatedShell shell;
   SimulatedProcesses processes;
   SimulatedModules modules;
+  SimulatedTasks tasks;
   SystemClock clock;
 };
 
@@ -86,6 +95,8 @@ void SimulatedMachine::save() {
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
   parts_->modulesFile.write(parts_->modules.toJson());
+  parts_->tasksFile.write(parts_->tasks.toJson());
+  parts_->shellFile.write(parts_->shell.toJson());
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -114,6 +125,10 @@ Processes& SimulatedMachine::processes() {
 
 Modules& SimulatedMachine::modules() {
   return parts_->modules;
+}
+
+Tasks& SimulatedMachine::tasks() {
+  return parts_->tasks;
 }
 
 Clock& SimulatedMachine::clock() {

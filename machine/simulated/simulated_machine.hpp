@@ -15,6 +15,8 @@ namespace machine::simulated {
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
 ///   modules.json               what was called in modules, and which bundles were to be loaded
+///   tasks.json                 scheduled tasks
+///   shell.json                 how often the shell was told of new file associations
 ///   processes-exit-codes.json  written by hand, when programs are to fail
 ///
 /// A new machine starts with the folders, registry values and variables of a Windows on drive C.
@@ -43,6 +45,7 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   Shell& shell() override;
   Processes& processes() override;
   Modules& modules() override;
+  Tasks& tasks() override;
   Clock& clock() override;
 
  private:

@@ -15,6 +15,7 @@ class SubstitutedMachine : public machine::Machine {
   void replace(machine::Shell& shell) { shell_ = &shell; }
   void replace(machine::Processes& processes) { processes_ = &processes; }
   void replace(machine::Modules& modules) { modules_ = &modules; }
+  void replace(machine::Tasks& tasks) { tasks_ = &tasks; }
   void replace(machine::Clock& clock) { clock_ = &clock; }
 
   machine::Files& files() override { return files_ ? *files_ : base_.files(); }
@@ -25,6 +26,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Shell& shell() override { return shell_ ? *shell_ : base_.shell(); }
   machine::Processes& processes() override { return processes_ ? *processes_ : base_.processes(); }
   machine::Modules& modules() override { return modules_ ? *modules_ : base_.modules(); }
+  machine::Tasks& tasks() override { return tasks_ ? *tasks_ : base_.tasks(); }
   machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
 
  private:
@@ -35,6 +37,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Shell* shell_ = nullptr;
   machine::Processes* processes_ = nullptr;
   machine::Modules* modules_ = nullptr;
+  machine::Tasks* tasks_ = nullptr;
   machine::Clock* clock_ = nullptr;
 };
 

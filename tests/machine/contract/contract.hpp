@@ -88,7 +88,19 @@ class EnvironmentContract : public Contract {
   machine::Environment& environment() { return machine().environment(); }
 };
 
-class ShellContract : public Contract {};
+class ShellContract : public FilesContract {
+ protected:
+  machine::Shell& shell() { return machine().shell(); }
+};
+
+class TasksContract : public Contract {
+ protected:
+  ~TasksContract() override { tasks().remove(name()); }
+  machine::Tasks& tasks() { return machine().tasks(); }
+  /// In a folder; the task does not exist.
+  machine::UString name() { return u"Registration Contract Test\\Task"; }
+  static machine::TaskDefinition definition();
+};
 class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
  protected:
@@ -116,6 +128,7 @@ class ClockContract : public Contract {};
   INSTANTIATE_TEST_SUITE_P(prefix, FilesContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, RegistryContract, ::testing::Values(provider));    \
   INSTANTIATE_TEST_SUITE_P(prefix, EnvironmentContract, ::testing::Values(provider)); \
+  INSTANTIATE_TEST_SUITE_P(prefix, TasksContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ShellContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ProcessesContract, ::testing::Values(provider));   \
   INSTANTIATE_TEST_SUITE_P(prefix, ModulesContract, ::testing::Values(provider));     \
