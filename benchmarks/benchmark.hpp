@@ -30,10 +30,13 @@ struct Benchmark {
 
 void walkTree();
 void addPathEntries();
+void mergeJavaClassPath();
+void testExistence();
 void appendMessage();
 void setRegistryKeys();
 void rewritePath();
 void components();
+void createShortcuts();
 void unpack();
 
 }  // namespace benchmarks

@@ -11,10 +11,13 @@ int main(int argc, char** argv) {
   using namespace benchmarks;
   constexpr Benchmark all[] = {{"walk", walkTree},
                                {"add-path-entries", addPathEntries},
+                               {"java-class-path", mergeJavaClassPath},
+                               {"existence", testExistence},
                                {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},
                                {"rewrite-path", rewritePath},
                                {"components", components},
+                               {"create-shortcuts", createShortcuts},
                                {"unpack", unpack}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";
   try {

@@ -2,7 +2,7 @@
 # Windows build must never see, so both builds get a folder that links to just these.
 set(header_libraries_dir ${CMAKE_BINARY_DIR}/header-libraries)
 file(MAKE_DIRECTORY ${header_libraries_dir})
-foreach(entry nlohmann CLI utf8.h utf8)
+foreach(entry nlohmann CLI utf8.h utf8 valijson)
   if(NOT EXISTS /usr/include/${entry})
     message(FATAL_ERROR "/usr/include/${entry} is missing; scripts/setup installs it")
   endif()

@@ -22,6 +22,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/registration/utility
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/registration FILES_MATCHING PATTERN *.hpp)
 file(GLOB machine_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/machine/*.hpp)
 install(FILES ${machine_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/machine)
+install(FILES ${PROJECT_SOURCE_DIR}/layers/install/cppinstrset/instructionset.schema.json
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/registration_commands)
 
 if(WIN32)
   # The program must find these beside it or beside the library.

@@ -21,6 +21,8 @@ std::string_view systemText(ErrorCode code) {
       return "The handle is invalid.";
     case ErrorCode::notEnoughMemory:
       return "Not enough memory resources are available to process this command.";
+    case ErrorCode::invalidData:
+      return "The data is invalid.";
     case ErrorCode::invalidDrive:
       return "The system cannot find the drive specified.";
     case ErrorCode::notSameDevice:

@@ -18,6 +18,7 @@ enum class ErrorCode : std::uint32_t {
   accessDenied = 5,
   invalidHandle = 6,
   notEnoughMemory = 8,
+  invalidData = 13,
   invalidDrive = 15,
   notSameDevice = 17,
   writeProtect = 19,

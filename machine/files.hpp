@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -56,6 +57,12 @@ class FileWriter {
   virtual void close() = 0;
 };
 
+/// A lock held; its destructor lets go. The system does so when the process ends, however it does.
+class FileLock {
+ public:
+  virtual ~FileLock() = default;
+};
+
 enum class WriteMode {
   truncate,  ///< an existing file loses its content
   append,    ///< every write goes to the end of the file
@@ -92,6 +99,12 @@ class Files {
   /// The fixed file version of a program's or library's version resource; nullopt when the file
   /// cannot be read or carries none.
   virtual std::optional<FileVersion> fileVersion(std::u16string_view path) = 0;
+  /// Locks a file against every other lock of it, in this process and in others; it is made when
+  /// missing, stays, and may be read and written all the same. Waits up to `limit`, then it is an
+  /// error (timeout). A lock of its own file beside the data is the one to use for a file that is
+  /// replaced.
+  virtual std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                         std::chrono::milliseconds limit) = 0;
 };
 
 }  // namespace machine

@@ -36,6 +36,10 @@ class ForwardingFiles : public Files {
   std::optional<FileVersion> fileVersion(std::u16string_view path) override {
     return inner_.fileVersion(path);
   }
+  std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                 std::chrono::milliseconds limit) override {
+    return inner_.lock(path, limit);
+  }
 
  protected:
   Files& inner() { return inner_; }
@@ -104,6 +108,13 @@ class ForwardingShell : public Shell {
   explicit ForwardingShell(Shell& inner) : inner_(inner) {}
 
   UString knownFolder(KnownFolder folder) override { return inner_.knownFolder(folder); }
+  void writeShortcut(std::u16string_view path, Shortcut const& shortcut) override {
+    inner_.writeShortcut(path, shortcut);
+  }
+  std::optional<Shortcut> readShortcut(std::u16string_view path) override {
+    return inner_.readShortcut(path);
+  }
+  void announceAssociationsChanged() override { inner_.announceAssociationsChanged(); }
 
  protected:
   Shell& inner() { return inner_; }
@@ -149,6 +160,27 @@ class ForwardingModules : public Modules {
 
  private:
   Modules& inner_;
+};
+
+class ForwardingTasks : public Tasks {
+ public:
+  /// `inner` must outlive this object.
+  explicit ForwardingTasks(Tasks& inner) : inner_(inner) {}
+
+  std::optional<TaskDefinition> task(std::u16string_view name) override {
+    return inner_.task(name);
+  }
+  void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
+    inner_.createOrReplace(name, definition);
+  }
+  bool stopAndDisable(std::u16string_view name) override { return inner_.stopAndDisable(name); }
+  bool remove(std::u16string_view name) override { return inner_.remove(name); }
+
+ protected:
+  Tasks& inner() { return inner_; }
+
+ private:
+  Tasks& inner_;
 };
 
 class ForwardingServices : public Services {

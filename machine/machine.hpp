@@ -11,6 +11,7 @@
 #include "machine/registry.hpp"
 #include "machine/services.hpp"
 #include "machine/shell.hpp"
+#include "machine/tasks.hpp"
 
 namespace machine {
 
@@ -26,6 +27,7 @@ class Machine {
   virtual Shell& shell() = 0;
   virtual Processes& processes() = 0;
   virtual Modules& modules() = 0;
+  virtual Tasks& tasks() = 0;
   virtual Services& services() = 0;
   virtual Downloads& downloads() = 0;
   virtual Clock& clock() = 0;

@@ -12,22 +12,28 @@ namespace classpath_services {
 
 using fl::filesystem::Path;
 using fl::i18n::UString;
+namespace metadata = registration::commands::metadata;
 
 namespace {
 
+[[noreturn]] void fail(UString const& message) {
+  throw std::runtime_error(fl::i18n::to_string(message));
+}
+
 std::string linesFrom(Path const& metadataFile) {
   std::string lines;
+  if (!fl::filesystem::exists(metadataFile)) {
+    return lines;
+  }
   std::set<UString> seen;
-  bool const opened = registration::commands::metadata::readEntries(
-      metadataFile, '#', [&](std::string const& line) {
+  metadata::readList(
+      metadata::javaClassPathFormat, metadataFile, fail, [&](std::string const& line) {
         auto const entry = fl::i18n::utf8_to_ustring(line);
         if (fl::filesystem::exists(entry) && seen.insert(machine::foldCase(entry)).second) {
           lines += line + '\n';
         }
+        return entry;
       });
-  if (!opened && fl::filesystem::exists(metadataFile)) {
-    throw std::runtime_error("cannot read " + fl::i18n::to_string(metadataFile.ustring()));
-  }
   return lines;
 }
 

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "library.hpp"
@@ -16,6 +17,8 @@ std::wstring wide(std::string const& utf8) {
       MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, nullptr, 0);
   std::wstring text(static_cast<std::size_t>(length), L'\0');
   MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, text.data(), length);
+  // The loader's search flags want a path in the system's own form.
+  std::replace(text.begin(), text.end(), L'/', L'\\');
   return text;
 }
 

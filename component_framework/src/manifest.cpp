@@ -1,5 +1,6 @@
 #include "manifest.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>

@@ -1,7 +1,10 @@
 #include "machine/simulated/host_calls.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace machine::simulated::host {
 
@@ -45,6 +48,13 @@ int flushFile(int file) {
 
 int closeFile(int file) {
   return ::close(file);
+}
+
+int tryLockFile(int file) {
+  if (::flock(file, LOCK_EX | LOCK_NB) == 0) {
+    return 1;
+  }
+  return errno == EWOULDBLOCK || errno == EINTR ? 0 : -1;
 }
 
 }  // namespace machine::simulated::host

@@ -17,5 +17,8 @@ std::int64_t seekFile(int file, std::int64_t position);
 std::ptrdiff_t writeFile(int file, void const* bytes, std::size_t size);
 int flushFile(int file);
 int closeFile(int file);
+/// 1 when the open file is now locked against every other opening of it, until it is closed; 0 when
+/// another one has it locked.
+int tryLockFile(int file);
 
 }  // namespace machine::simulated::host

@@ -43,6 +43,10 @@ void HostFile::flush() {
   checked(host::flushFile(file_));
 }
 
+bool HostFile::tryLock() {
+  return checked(host::tryLockFile(file_)) != 0;
+}
+
 void HostFile::close() {
   checked(host::closeFile(std::exchange(file_, closed)));
 }

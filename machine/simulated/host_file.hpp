@@ -23,6 +23,8 @@ class HostFile {
   void seek(std::uint64_t position);
   void write(std::string_view bytes);
   void flush();
+  /// Locks the file against other locks until it is closed; false when somebody else has it.
+  bool tryLock();
   /// REQUIRES: not closed yet.
   void close();
 

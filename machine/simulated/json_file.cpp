@@ -59,7 +59,7 @@ JsonValue JsonFile::read() {
   } catch (nlohmann::json::parse_error const& error) {
     throw std::runtime_error(path_.string() + ": " + error.what());
   }
-  JsonValue const document(path_, "", document_);
+  JsonValue document(path_, "", document_);
   auto const version = document.member("version");
   if (version.number(UINT32_MAX) != formatVersion)
     version.refuse("version " + std::to_string(version.number(UINT32_MAX)) +

@@ -1,8 +1,10 @@
 #include "machine/simulated/simulated_files.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <system_error>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -141,6 +143,15 @@ class HostWriter final : public FileWriter {
  private:
   HostFile file_;
   UString path_;
+};
+
+class HostLock final : public FileLock {
+ public:
+  explicit HostLock(fs::path const& host) : file_(host, host::OpenMode::append) {}
+  bool tryLock() { return file_.tryLock(); }
+
+ private:
+  HostFile file_;
 };
 
 host::OpenMode hostMode(WriteMode mode) {
@@ -302,6 +313,23 @@ std::optional<FileVersion> SimulatedFiles::fileVersion(std::u16string_view path)
   if (!place.exists() || !fs::is_regular_file(place.status)) return std::nullopt;
   std::ifstream file(place.host, std::ios::binary);
   return readVersionResource(file);
+}
+
+std::unique_ptr<FileLock> SimulatedFiles::lock(std::u16string_view path,
+                                               std::chrono::milliseconds limit) {
+  Operation const operation{"lock", path};
+  auto const place = tree_.findTarget(absolute(path));
+  if (operation.reachable(place).exists())
+    operation.require(fs::is_regular_file(place.status), ErrorCode::accessDenied);
+  auto const end = std::chrono::steady_clock::now() + limit;
+  return operation.run([&] {
+    auto result = std::make_unique<HostLock>(place.host);
+    while (!result->tryLock()) {
+      operation.require(std::chrono::steady_clock::now() < end, ErrorCode::timeout);
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return result;
+  });
 }
 
 }  // namespace machine::simulated

@@ -25,6 +25,8 @@ class SimulatedFiles final : public Files {
   UString currentDirectory() override;
   bool setCurrentDirectory(std::u16string_view path) override;
   std::optional<FileVersion> fileVersion(std::u16string_view path) override;
+  std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                 std::chrono::milliseconds limit) override;
 
  private:
   UString absolute(std::u16string_view path) const;

@@ -10,6 +10,7 @@
 #include "machine/simulated/simulated_registry.hpp"
 #include "machine/simulated/simulated_services.hpp"
 #include "machine/simulated/simulated_shell.hpp"
+#include "machine/simulated/simulated_tasks.hpp"
 
 namespace machine::simulated {
 
@@ -42,16 +43,21 @@ struct SimulatedMachine::Parts {
         environmentFile(directory / "environment.json"),
         processesFile(directory / "processes.json"),
         modulesFile(directory / "modules.json"),
+        tasksFile(directory / "tasks.json"),
+        shellFile(directory / "shell.json"),
         servicesFile(directory / "services.json"),
         isNew(!registryFile.exists()),
         files(directory),
         registry(readOrNew<SimulatedRegistry>(registryFile)),
         environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+        shell(files),
         processes(files),
         modules(files),
+        tasks(readOrNew<SimulatedTasks>(tasksFile)),
         services(files),
         downloads(directory / "web") {
     JsonFile exitCodes(directory / "processes-exit-codes.json");
+    if (shellFile.exists()) shell.readJson(shellFile.read());
     if (processesFile.exists()) processes.readLaunched(processesFile.read());
     if (modulesFile.exists()) modules.readCalls(modulesFile.read());
     if (servicesFile.exists()) services.readServices(servicesFile.read());
@@ -62,6 +68,8 @@ struct SimulatedMachine::Parts {
   JsonFile environmentFile;
   JsonFile processesFile;
   JsonFile modulesFile;
+  JsonFile tasksFile;
+  JsonFile shellFile;
   JsonFile servicesFile;
   bool isNew;
   SimulatedFiles files;
@@ -70,6 +78,7 @@ struct SimulatedMachine::Parts {
   SimulatedShell shell;
   SimulatedProcesses processes;
   SimulatedModules modules;
+  SimulatedTasks tasks;
   SimulatedServices services;
   SimulatedDownloads downloads;
   SystemClock clock;
@@ -95,6 +104,8 @@ void SimulatedMachine::save() {
   parts_->environmentFile.write(parts_->environment.toJson());
   parts_->processesFile.write(parts_->processes.toJson());
   parts_->modulesFile.write(parts_->modules.toJson());
+  parts_->tasksFile.write(parts_->tasks.toJson());
+  parts_->shellFile.write(parts_->shell.toJson());
   parts_->servicesFile.write(parts_->services.toJson());
 }
 
@@ -124,6 +135,10 @@ Processes& SimulatedMachine::processes() {
 
 Modules& SimulatedMachine::modules() {
   return parts_->modules;
+}
+
+Tasks& SimulatedMachine::tasks() {
+  return parts_->tasks;
 }
 
 Services& SimulatedMachine::services() {

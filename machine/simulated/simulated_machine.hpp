@@ -15,6 +15,8 @@ namespace machine::simulated {
 ///   environment.json           the process's variables, and how many broadcasts there were
 ///   processes.json             what was started, in order
 ///   modules.json               what was called in modules, and which bundles were to be loaded
+///   tasks.json                 scheduled tasks
+///   shell.json                 how often the shell was told of new file associations
 ///   services.json              services, whether they run, and how often each was started
 ///   web/...                    what web servers hold, see simulated_downloads.hpp
 ///   processes-exit-codes.json  written by hand, when programs are to fail
@@ -45,6 +47,7 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   Shell& shell() override;
   Processes& processes() override;
   Modules& modules() override;
+  Tasks& tasks() override;
   Services& services() override;
   Downloads& downloads() override;
   Clock& clock() override;

@@ -54,7 +54,7 @@ void require(bool condition) {
 }
 
 Headers readHeaders(Image& image) {
-  constexpr std::uint32_t resourceDirectory = 2;
+  constexpr std::uint64_t resourceDirectory = 2;
   require(image.u16(0) == 0x5A4D);  // "MZ"
   std::uint64_t const pe = image.u32(0x3C);
   require(image.u32(pe) == 0x00004550);  // "PE"
@@ -67,8 +67,8 @@ Headers readHeaders(Image& image) {
   headers.resourceAddress = image.u32(directories + 8 * resourceDirectory);
   require(headers.resourceAddress != 0);
   std::uint64_t const table = optional + image.u16(pe + 20);
-  for (unsigned i = 0, count = image.u16(pe + 6); i < count; ++i) {
-    std::uint64_t const header = table + 40u * i;
+  for (std::uint64_t i = 0, count = image.u16(pe + 6); i < count; ++i) {
+    auto const header = table + 40 * i;
     headers.sections.push_back(
         {image.u32(header + 12), image.u32(header + 16), image.u32(header + 20)});
   }
@@ -87,8 +87,8 @@ constexpr std::uint32_t subdirectory = 0x80000000u;
 /// The offset that a resource directory gives for a number; without one, for its first entry.
 std::uint32_t entry(Image& image, std::uint64_t directory, std::optional<std::uint32_t> wanted) {
   unsigned const count = image.u16(directory + 12) + image.u16(directory + 14);
-  for (unsigned i = 0; i < count; ++i) {
-    std::uint64_t const at = directory + 16 + 8u * i;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    auto const at = directory + 16 + 8 * i;
     if (!wanted || image.u32(at) == *wanted) return image.u32(at + 4);
   }
   throw NotThere{};
@@ -111,7 +111,7 @@ std::uint64_t versionResource(Image& image, Headers const& headers) {
 
 /// VS_VERSIONINFO: three numbers, the key "VS_VERSION_INFO", padding, VS_FIXEDFILEINFO.
 FileVersion fixedVersion(Image& image, std::uint64_t resource) {
-  constexpr std::string_view key("V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0", 32);
+  constexpr std::string_view key("V\0S\0_\0V\0E\0R\0S\0I\0O\0N\0_\0I\0N\0F\0O\0\0\0", 32);
   require(image.bytes(resource + 6, key.size()) == key);
   auto const fixed = resource + 40;
   require(image.u32(fixed) == 0xFEEF04BD);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "machine/path_grammar.hpp"
+#include "machine/windows/file_lock.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
 #include "machine/windows/system_error.hpp"
@@ -261,6 +262,26 @@ bool removeEntry(std::string_view operation, std::u16string_view path, Call call
   throw systemError(operation, path, error);
 }
 
+class WindowsFileLock final : public FileLock {
+ public:
+  WindowsFileLock(std::u16string_view path, std::chrono::milliseconds limit)
+      : file_(openFile("lock", path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)) {
+    auto const end = std::chrono::steady_clock::now() + limit;
+    while (!tryLock(file_.get())) {
+      if (GetLastError() != ERROR_LOCK_VIOLATION) {
+        throw systemError("lock", path);
+      }
+      if (std::chrono::steady_clock::now() >= end) {
+        throw SystemError("lock", path, ErrorCode::timeout);
+      }
+      Sleep(5);
+    }
+  }
+
+ private:
+  UniqueHandle file_;
+};
+
 std::optional<FileVersion> versionIn(std::string const& resource) {
   VS_FIXEDFILEINFO* info = nullptr;
   UINT size = 0;
@@ -369,6 +390,11 @@ class WindowsFiles final : public Files {
       return std::nullopt;
     }
     return versionIn(resource);
+  }
+
+  std::unique_ptr<FileLock> lock(std::u16string_view path,
+                                 std::chrono::milliseconds limit) override {
+    return std::make_unique<WindowsFileLock>(path, limit);
   }
 };
 

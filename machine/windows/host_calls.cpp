@@ -1,11 +1,16 @@
 #include "machine/simulated/host_calls.hpp"
 
+#include <windows.h>
+
 #include <fcntl.h>
 #include <io.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+
+#include "machine/windows/file_lock.hpp"
 
 namespace machine::simulated::host {
 
@@ -54,6 +59,15 @@ int flushFile(int file) {
 
 int closeFile(int file) {
   return ::_close(file);
+}
+
+int tryLockFile(int file) {
+  if (windows::tryLock(reinterpret_cast<HANDLE>(::_get_osfhandle(file)))) {
+    return 1;
+  }
+  bool const isHeld = GetLastError() == ERROR_LOCK_VIOLATION;
+  errno = EACCES;
+  return isHeld ? 0 : -1;
 }
 
 }  // namespace machine::simulated::host

@@ -13,6 +13,7 @@ std::unique_ptr<Environment> makeEnvironment();
 std::unique_ptr<Shell> makeShell();
 std::unique_ptr<Processes> makeProcesses();
 std::unique_ptr<Modules> makeModules();
+std::unique_ptr<Tasks> makeTasks();
 std::unique_ptr<Services> makeServices();
 std::unique_ptr<Downloads> makeDownloads();
 std::unique_ptr<Clock> makeClock();

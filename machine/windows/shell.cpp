@@ -4,23 +4,25 @@
 
 #include <stdexcept>
 
+#include "machine/whole_file.hpp"
+#include "machine/windows/com.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
+#include "machine/windows/shell_link.hpp"
 #include "machine/windows/system_error.hpp"
 #include "machine/windows/text.hpp"
 
 namespace machine::windows {
 namespace {
 
+// Links are a few kilobytes; what is longer is none, and is not read to its end.
+constexpr std::size_t largestLink = 1 << 20;
+
 UString folderOf(KNOWNFOLDERID const& id, std::u16string_view name) {
   wchar_t* path = nullptr;
   HRESULT const result = SHGetKnownFolderPath(id, KF_FLAG_DONT_VERIFY, nullptr, &path);
   UniqueTaskText const owner(path);
-  if (FAILED(result)) {
-    bool const isSystemCode = HRESULT_FACILITY(result) == FACILITY_WIN32;
-    throw systemError("find the known folder", name,
-                      static_cast<DWORD>(isSystemCode ? HRESULT_CODE(result) : result));
-  }
+  requireSuccess(result, "find the known folder", name);
   return UString(unitsOf(path));
 }
 
@@ -52,6 +54,23 @@ class WindowsShell final : public Shell {
     }
     throw std::invalid_argument("unknown known folder");
   }
+
+  void writeShortcut(std::u16string_view path, Shortcut const& shortcut) override {
+    requireStorable(path, shortcut);
+    replaceFile(*files_, path, toShellLink(shortcut, path));
+  }
+
+  std::optional<Shortcut> readShortcut(std::u16string_view path) override {
+    auto const bytes = readFile(*files_, path, largestLink);
+    return bytes ? std::optional(fromShellLink(*bytes, path)) : std::nullopt;
+  }
+
+  void announceAssociationsChanged() override {
+    SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr);
+  }
+
+ private:
+  std::unique_ptr<Files> files_ = makeFiles();
 };
 
 }  // namespace

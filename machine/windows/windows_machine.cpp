@@ -11,6 +11,7 @@ WindowsMachine::WindowsMachine()
       shell_(makeShell()),
       processes_(makeProcesses()),
       modules_(makeModules()),
+      tasks_(makeTasks()),
       services_(makeServices()),
       downloads_(makeDownloads()),
       clock_(makeClock()) {}

@@ -18,6 +18,7 @@ class WindowsMachine final : public Machine {
   Shell& shell() override { return *shell_; }
   Processes& processes() override { return *processes_; }
   Modules& modules() override { return *modules_; }
+  Tasks& tasks() override { return *tasks_; }
   Services& services() override { return *services_; }
   Downloads& downloads() override { return *downloads_; }
   Clock& clock() override { return *clock_; }
@@ -29,6 +30,7 @@ class WindowsMachine final : public Machine {
   std::unique_ptr<Shell> shell_;
   std::unique_ptr<Processes> processes_;
   std::unique_ptr<Modules> modules_;
+  std::unique_ptr<Tasks> tasks_;
   std::unique_ptr<Services> services_;
   std::unique_ptr<Downloads> downloads_;
   std::unique_ptr<Clock> clock_;

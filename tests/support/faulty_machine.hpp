@@ -167,6 +167,12 @@ class FaultyFiles final : public machine::ForwardingFiles {
     if (faults_.next("fileVersion", path)) return std::nullopt;
     return inner().fileVersion(path);
   }
+  /// Letting go of the lock does not fail.
+  std::unique_ptr<machine::FileLock> lock(std::u16string_view path,
+                                          std::chrono::milliseconds limit) override {
+    faults_.check("lock", path);
+    return inner().lock(path, limit);
+  }
 
  private:
   Faults& faults_;
@@ -263,6 +269,18 @@ class FaultyShell final : public machine::ForwardingShell {
     faults_.check("knownFolder", u"");
     return inner().knownFolder(folder);
   }
+  void writeShortcut(std::u16string_view path, machine::Shortcut const& shortcut) override {
+    faults_.check("writeShortcut", path);
+    inner().writeShortcut(path, shortcut);
+  }
+  std::optional<machine::Shortcut> readShortcut(std::u16string_view path) override {
+    faults_.check("readShortcut", path);
+    return inner().readShortcut(path);
+  }
+  void announceAssociationsChanged() override {
+    faults_.check("announceAssociationsChanged", u"");
+    inner().announceAssociationsChanged();
+  }
 
  private:
   Faults& faults_;
@@ -318,6 +336,32 @@ class FaultyModules final : public machine::ForwardingModules {
                     std::vector<machine::UString> const& modules) override {
     faults_.check("admitBundles", folder);
     return inner().admitBundles(folder, modules);
+  }
+
+ private:
+  Faults& faults_;
+};
+
+class FaultyTasks final : public machine::ForwardingTasks {
+ public:
+  FaultyTasks(Tasks& inner, Faults& faults) : ForwardingTasks(inner), faults_(faults) {}
+
+  std::optional<machine::TaskDefinition> task(std::u16string_view name) override {
+    faults_.check("task", name);
+    return inner().task(name);
+  }
+  void createOrReplace(std::u16string_view name,
+                       machine::TaskDefinition const& definition) override {
+    faults_.check("createOrReplace", name);
+    inner().createOrReplace(name, definition);
+  }
+  bool stopAndDisable(std::u16string_view name) override {
+    faults_.check("stopAndDisable", name);
+    return inner().stopAndDisable(name);
+  }
+  bool remove(std::u16string_view name) override {
+    faults_.check("remove", name);
+    return inner().remove(name);
   }
 
  private:
@@ -384,6 +428,7 @@ class FaultyMachine final : public machine::Machine {
         shell_(inner.shell(), faults_),
         processes_(inner.processes(), faults_),
         modules_(inner.modules(), faults_),
+        tasks_(inner.tasks(), faults_),
         services_(inner.services(), faults_),
         downloads_(inner.downloads(), faults_),
         clock_(inner.clock()) {}
@@ -397,6 +442,7 @@ class FaultyMachine final : public machine::Machine {
   machine::Shell& shell() override { return shell_; }
   machine::Processes& processes() override { return processes_; }
   machine::Modules& modules() override { return modules_; }
+  machine::Tasks& tasks() override { return tasks_; }
   machine::Services& services() override { return services_; }
   machine::Downloads& downloads() override { return downloads_; }
   machine::Clock& clock() override { return clock_; }
@@ -409,6 +455,7 @@ class FaultyMachine final : public machine::Machine {
   FaultyShell shell_;
   FaultyProcesses processes_;
   FaultyModules modules_;
+  FaultyTasks tasks_;
   FaultyServices services_;
   FaultyDownloads downloads_;
   machine::Clock& clock_;

@@ -15,6 +15,7 @@ class SubstitutedMachine : public machine::Machine {
   void replace(machine::Shell& shell) { shell_ = &shell; }
   void replace(machine::Processes& processes) { processes_ = &processes; }
   void replace(machine::Modules& modules) { modules_ = &modules; }
+  void replace(machine::Tasks& tasks) { tasks_ = &tasks; }
   void replace(machine::Services& services) { services_ = &services; }
   void replace(machine::Downloads& downloads) { downloads_ = &downloads; }
   void replace(machine::Clock& clock) { clock_ = &clock; }
@@ -27,6 +28,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Shell& shell() override { return shell_ ? *shell_ : base_.shell(); }
   machine::Processes& processes() override { return processes_ ? *processes_ : base_.processes(); }
   machine::Modules& modules() override { return modules_ ? *modules_ : base_.modules(); }
+  machine::Tasks& tasks() override { return tasks_ ? *tasks_ : base_.tasks(); }
   machine::Services& services() override { return services_ ? *services_ : base_.services(); }
   machine::Downloads& downloads() override { return downloads_ ? *downloads_ : base_.downloads(); }
   machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
@@ -39,6 +41,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Shell* shell_ = nullptr;
   machine::Processes* processes_ = nullptr;
   machine::Modules* modules_ = nullptr;
+  machine::Tasks* tasks_ = nullptr;
   machine::Services* services_ = nullptr;
   machine::Downloads* downloads_ = nullptr;
   machine::Clock* clock_ = nullptr;

@@ -36,7 +36,7 @@ class PlanErrors {
 };
 
 /// Larger plan files are refused.
-inline constexpr std::size_t planSizeLimit = 4 * 1024 * 1024;
+inline constexpr std::size_t planSizeLimit = std::size_t{4} * 1024 * 1024;
 /// Objects and lists within one another; a plan needs four.
 inline constexpr std::size_t planNestingLimit = 32;
 

@@ -34,6 +34,7 @@ std::string_view kindOf(Json const& value) {
 template <typename Descriptions>
 std::vector<std::string_view> namesOf(Descriptions const& descriptions) {
   std::vector<std::string_view> names;
+  names.reserve(std::size(descriptions));
   for (auto const& description : descriptions) names.push_back(description.name);
   return names;
 }

@@ -12,7 +12,7 @@ UString verbatim(Path const& path) {
   if (grammar::isVerbatim(text)) {
     return text;
   }
-  UString const absolute = grammar::absolute(text, machine::current().files().currentDirectory());
+  UString absolute = grammar::absolute(text, machine::current().files().currentDirectory());
   if (absolute.empty() || grammar::isVerbatim(absolute)) {  // as the current folder may be
     return absolute;
   }

@@ -108,9 +108,9 @@ std::vector<Bundle> installAndStart(Path const& folder) {
   }
   for (Bundle& bundle : bundles) {
     bundle.Start();
+    // Once more, so that it happens before this bundle's own static objects go.
+    std::atexit(stopBundles);
   }
-  // Once more, so that it happens before the bundles' own static objects go.
-  std::atexit(stopBundles);
   return bundles;
 }
 

@@ -1,9 +1,6 @@
 #include "install/cpputil/logger.hpp"
 
 #include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstdio>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -27,21 +24,6 @@ Log& log() {
   return instance;
 }
 
-/// ISO 8601, UTC, milliseconds.
-std::string timeStamp(std::chrono::system_clock::time_point now) {
-  using namespace std::chrono;
-  auto const day = floor<days>(now);
-  year_month_day const date(day);
-  hh_mm_ss const time(floor<milliseconds>(now - day));
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
-                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
-                static_cast<int>(time.subseconds().count()));
-  return text.data();
-}
-
 std::string withoutLineBreaks(std::string_view message) {
   std::string line;
   line.reserve(message.size());
@@ -59,8 +41,17 @@ std::string withoutLineBreaks(std::string_view message) {
 
 /// One write a message, so that a line never stands half-written between those of another process.
 void writeLine(machine::FileWriter& writer, UString const& message) {
-  writer.write(timeStamp(machine::current().clock().now()) + ' ' +
+  writer.write(machine::toIso8601(machine::current().clock().now()) + ' ' +
                withoutLineBreaks(fl::i18n::ustring_to_utf8(message)) + '\n');
+}
+
+/// Others may write where the log is kept: a link they left there would have an administrator
+/// append to a file of their choice.
+void refuseLink(Path const& path) {
+  auto const status = machine::current().files().status(path.ustring());
+  if (status && status->isLink) {
+    throw machine::SystemError("log to a link", path.ustring(), machine::ErrorCode::accessDenied);
+  }
 }
 
 UString currentDestination() {
@@ -93,10 +84,12 @@ bool set_destination(Path const& file) {
   Path const folder = file.parent_path();
   try {
     fl::filesystem::create_directories(folder);
+    refuseLink(folder);
   } catch (machine::SystemError const&) {
     return keepDestination(unableToCreateFolder, folder);
   }
   try {
+    refuseLink(file);
     log().writer =
         machine::current().files().openForWriting(file.ustring(), machine::WriteMode::append);
   } catch (machine::SystemError const&) {

@@ -27,8 +27,9 @@ REGISTRATION_API void append_message(UString const& message);
 REGISTRATION_API void append_message(std::string const& message);
 
 /// Opens `file` on the current machine for appending and logs there from now on, whatever the
-/// current machine is later; its folder is made when missing. When that fails the log stays
-/// where it was, two messages say so there (the folder or file that could not be made; the
+/// current machine is later; its folder is made when missing. A file or folder that is
+/// a link is refused, since who may write there could point it anywhere. When it fails the log
+/// stays where it was, two messages say so there (the folder or file that could not be made; the
 /// destination that stays, "(none)" when there is none), and the result is false.
 REGISTRATION_API bool set_destination(Path const& file);
 /// Closes the log file; later messages reach the observers only.

@@ -13,8 +13,6 @@ using fl::i18n::to_ustring;
 using fl::i18n::UString;
 using machine::RegistryKey;
 using machine::RegistryRoot;
-using machine::RegistryType;
-using machine::RegistryValue;
 
 namespace {
 

@@ -3,8 +3,6 @@
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/logger.hpp"
 #include "registration/commands/metadata/list_files.hpp"
-#include "registration/commands/metadata/path_metadata_file.hpp"
-#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
@@ -39,48 +37,28 @@ void AddVTPathEntriesToMetadataFile::log_message(UString const& message) const {
 
 void AddVTPathEntriesToMetadataFile::writePathEntriesToFile(
     Path const& root, std::set<UString> const& entries) const {
-  Path const path = root / UString(metadata::searchFoldersFile);
-  if (fl::filesystem::exists(path)) {
-    fl::filesystem::remove(path);
-  }
-  fl::filesystem::ofstream file(path, fl::filesystem::open_mode::truncate);
-  for (UString const& entry : entries) {
-    utility::loggingFailure([this](UString const& message) { log_message(message); },
-                            u"Error writing to ssiSearchFolders",
-                            [&] {
-                              if (fl::filesystem::exists(root / entry)) {
-                                metadata::writeLine(file, entry);
-                              }
-                            });
-  }
-  file.close();
+  metadata::writeEntries(
+      metadata::searchFolders, root, [this](UString const& message) { log_message(message); },
+      entries,
+      [&root](UString const& entry) {
+        return fl::filesystem::exists(root / entry) ? std::optional(entry) : std::nullopt;
+      });
 }
 
 std::set<Path> AddVTPathEntriesToMetadataFile::getAllPhlFiles(Path const& root) const {
-  std::set<Path> files;
-  utility::loggingFailure([this](UString const& message) { log_message(message); },
-                          u"Error getting all PHL files",
-                          [&] { metadata::findFilesByExtension(root, u"phl", files); });
-  return files;
+  return metadata::findLists(metadata::phlFormat, root,
+                             [this](UString const& message) { log_message(message); });
 }
 
 std::set<UString> AddVTPathEntriesToMetadataFile::readPhlFile(Path const& file) const {
-  std::set<UString> entries;
-  bool const opened = metadata::readEntries(
-      file, '%', [&](std::string const& line) { entries.insert(fl::i18n::utf8_to_ustring(line)); });
-  if (!opened) {
-    log_message(u"Unable to open phl file: " + file.ustring());
-  }
-  return entries;
+  return metadata::readList(
+      metadata::phlFormat, file, [this](UString const& message) { log_message(message); },
+      [](std::string const& line) { return fl::i18n::utf8_to_ustring(line); });
 }
 
 std::set<UString> AddVTPathEntriesToMetadataFile::readAllPhlFiles(
     std::set<Path> const& files) const {
-  std::set<UString> entries;
-  for (Path const& file : files) {
-    entries.merge(readPhlFile(file));
-  }
-  return entries;
+  return metadata::readLists(files, [this](Path const& file) { return readPhlFile(file); });
 }
 
 }  // namespace registration::commands

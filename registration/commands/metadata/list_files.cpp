@@ -35,19 +35,37 @@ void findFilesByExtension(Path const& root, UString const& extension, std::set<P
   }
 }
 
-bool readEntries(Path const& file, char commentMark,
-                 std::function<void(std::string const& line)> const& accept) {
+std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& log) {
+  std::set<Path> files;
+  utility::loggingFailure(log, UString(format.errorGetting),
+                          [&] { findFilesByExtension(root, UString(format.extension), files); });
+  return files;
+}
+
+std::set<UString> readList(ListFormat const& format, Path const& file, Log const& log,
+                           std::function<UString(std::string const& line)> const& toEntry) {
+  std::set<UString> entries;
   fl::filesystem::ifstream stream(file);
   if (!stream.is_open()) {
-    return false;
+    log(UString(format.unableToOpen) + file.ustring());
+    return entries;
   }
   for (std::string line; std::getline(stream, line);) {
     std::string const entry = trimmed(line);
-    if (!entry.empty() && entry.front() != commentMark) {
-      accept(entry);
+    if (!entry.empty() && entry.front() != format.commentMark) {
+      entries.insert(toEntry(entry));
     }
   }
-  return true;
+  return entries;
+}
+
+std::set<UString> readLists(std::set<Path> const& files,
+                            std::function<std::set<UString>(Path const&)> const& readOne) {
+  std::set<UString> entries;
+  for (Path const& file : files) {
+    entries.merge(readOne(file));
+  }
+  return entries;
 }
 
 }  // namespace registration::commands::metadata

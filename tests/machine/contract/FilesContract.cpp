@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <future>
 #include <vector>
 
 #include "machine/unicode.hpp"
@@ -495,6 +497,55 @@ TEST_P(FilesContract, ALinkToNothingExistsAndCanBeRemoved) {
   EXPECT_THROW(files().openForReading(in(u"link")), SystemError);
   EXPECT_TRUE(files().removeFile(in(u"link")));
   EXPECT_FALSE(files().status(in(u"link")));
+}
+
+TEST_P(FilesContract, ALockIsHeldAgainstEveryOther) {
+  using namespace std::chrono_literals;
+  auto const lock = files().lock(in(u"lock"), 0ms);
+  EXPECT_EQ(errorOf([&] { files().lock(in(u"LOCK"), 0ms); }), codeOf(ErrorCode::timeout));
+  EXPECT_EQ(errorOf([&] { files().lock(in(u"lock"), 20ms); }), codeOf(ErrorCode::timeout));
+}
+
+TEST_P(FilesContract, ALockThatWasLetGoCanBeTaken) {
+  using namespace std::chrono_literals;
+  files().lock(in(u"lock"), 0ms);
+  EXPECT_EQ(errorOf([&] { files().lock(in(u"lock"), 0ms); }), 0u);
+}
+
+TEST_P(FilesContract, ALockIsWaitedFor) {
+  using namespace std::chrono_literals;
+  auto lock = files().lock(in(u"lock"), 0ms);
+  std::promise<void> waiting;
+  auto second = std::async(std::launch::async, [&] {
+    waiting.set_value();
+    files().lock(in(u"lock"), 60s);
+  });
+  waiting.get_future().wait();
+  lock.reset();
+  EXPECT_NO_THROW(second.get());
+}
+
+TEST_P(FilesContract, ALockedFileKeepsItsContentAndIsReadAndWritten) {
+  using namespace std::chrono_literals;
+  write(in(u"lock"), "old");
+  auto const lock = files().lock(in(u"lock"), 0ms);
+  EXPECT_EQ(read(in(u"lock")), "old");
+  write(in(u"lock"), "new");
+  EXPECT_EQ(read(in(u"lock")), "new");
+}
+
+TEST_P(FilesContract, LocksOfTwoFilesDoNotMeet) {
+  using namespace std::chrono_literals;
+  auto const one = files().lock(in(u"one"), 0ms);
+  EXPECT_EQ(errorOf([&] { files().lock(in(u"two"), 0ms); }), 0u);
+}
+
+TEST_P(FilesContract, WhatIsNoFileCannotBeLocked) {
+  using namespace std::chrono_literals;
+  files().createDirectory(in(u"folder"));
+  EXPECT_NE(errorOf([&] { files().lock(in(u"folder"), 0ms); }), 0u);
+  EXPECT_EQ(errorOf([&] { files().lock(in(u"missing\\lock"), 0ms); }),
+            codeOf(ErrorCode::pathNotFound));
 }
 
 }  // namespace contract

@@ -1,34 +1,13 @@
-#include <algorithm>
 #include <stdexcept>
-#include <vector>
 
 #include "tests/machine/contract/contract.hpp"
 
 namespace contract {
 
-using machine::KnownFolder;
 using machine::ModuleCall;
 using machine::ProcessOutput;
 using machine::SystemError;
 using machine::UString;
-
-TEST_P(ShellContract, KnownFoldersAreAbsoluteAndDistinct) {
-  std::vector<machine::UString> seen;
-  for (auto const folder :
-       {KnownFolder::desktop, KnownFolder::startMenu, KnownFolder::publicDesktop,
-        KnownFolder::commonStartMenu, KnownFolder::programData, KnownFolder::system}) {
-    auto const path = machine().shell().knownFolder(folder);
-    EXPECT_TRUE(machine::path_grammar::isAbsolute(path)) << machine::toUtf8(path);
-    EXPECT_EQ(std::count(seen.begin(), seen.end(), path), 0) << machine::toUtf8(path);
-    seen.push_back(path);
-  }
-}
-
-TEST_P(ShellContract, TheSystemFolderExists) {
-  auto const status = machine().files().status(machine().shell().knownFolder(KnownFolder::system));
-  ASSERT_TRUE(status);
-  EXPECT_TRUE(status->isDirectory);
-}
 
 TEST_P(ProcessesContract, TheExitCodeMayBeAskedAgain) {
   auto const child = machine().processes().start(under().program());

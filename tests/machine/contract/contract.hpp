@@ -94,6 +94,20 @@ class EnvironmentContract : public Contract {
   machine::Environment& environment() { return machine().environment(); }
 };
 
+class ShellContract : public FilesContract {
+ protected:
+  machine::Shell& shell() { return machine().shell(); }
+};
+
+class TasksContract : public Contract {
+ protected:
+  ~TasksContract() override { tasks().remove(name()); }
+  machine::Tasks& tasks() { return machine().tasks(); }
+  /// In a folder; the task does not exist.
+  machine::UString name() { return u"Registration Contract Test\\Task"; }
+  static machine::TaskDefinition definition();
+};
+
 class ServicesContract : public Contract {
  protected:
   machine::Services& services() { return machine().services(); }
@@ -113,8 +127,6 @@ class DownloadsContract : public Contract {
                                                   std::chrono::seconds(60)};
   Answer get(std::u16string_view url, machine::DownloadLimits const& within = limits);
 };
-
-class ShellContract : public Contract {};
 class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
  protected:
@@ -142,6 +154,7 @@ class ClockContract : public Contract {};
   INSTANTIATE_TEST_SUITE_P(prefix, FilesContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, RegistryContract, ::testing::Values(provider));    \
   INSTANTIATE_TEST_SUITE_P(prefix, EnvironmentContract, ::testing::Values(provider)); \
+  INSTANTIATE_TEST_SUITE_P(prefix, TasksContract, ::testing::Values(provider));       \
   INSTANTIATE_TEST_SUITE_P(prefix, ServicesContract, ::testing::Values(provider));    \
   INSTANTIATE_TEST_SUITE_P(prefix, DownloadsContract, ::testing::Values(provider));   \
   INSTANTIATE_TEST_SUITE_P(prefix, ShellContract, ::testing::Values(provider));       \

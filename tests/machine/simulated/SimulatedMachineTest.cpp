@@ -99,6 +99,45 @@ TEST_F(SimulatedMachineTest, EverythingIsThereAgainWhenOpenedAnew) {
   EXPECT_EQ(json::parse(content("processes.json"))["launched"].size(), 1u);
 }
 
+TEST_F(SimulatedMachineTest, AShortcutIsReadable) {
+  SimulatedMachine machine(directory());
+  Shortcut shortcut;
+  shortcut.target = u"C:\\\u00E4\\tool.exe";
+  shortcut.iconFile = u"C:\\x.ico";
+  shortcut.iconIndex = -2;
+  shortcut.window = WindowState::minimized;
+  shortcut.runAsAdministrator = true;
+  machine.shell().writeShortcut(u"C:\\tool.lnk", shortcut);
+  EXPECT_EQ(json::parse(content("C/tool.lnk")),
+            json::parse(R"({"version": 1, "target": "C:\\ä\\tool.exe", "arguments": "",
+              "workingFolder": "", "description": "", "iconFile": "C:\\x.ico", "iconIndex": -2,
+              "window": "minimized", "runAsAdministrator": true, "neverSearchForTarget": false})"));
+}
+
+TEST_F(SimulatedMachineTest, AShortcutWithIllFormedTextIsRefused) {
+  SimulatedMachine machine(directory());
+  Shortcut shortcut;
+  shortcut.target = u"C:\\tool.exe";
+  shortcut.arguments = UString(1, u'\xD800');
+  EXPECT_EQ(errorOf([&] { machine.shell().writeShortcut(u"C:\\tool.lnk", shortcut); }),
+            ErrorCode::invalidParameter);
+  EXPECT_FALSE(fs::exists(directory() / "C" / "tool.lnk"));
+}
+
+TEST_F(SimulatedMachineTest, AnnouncementsOfAssociationsAreCounted) {
+  SimulatedMachine(directory()).shell().announceAssociationsChanged();
+  {
+    SimulatedMachine machine(directory());
+    machine.shell().announceAssociationsChanged();
+  }
+  EXPECT_EQ(json::parse(content("shell.json"))["associationChangeAnnouncements"], 2);
+}
+
+TEST_F(SimulatedMachineTest, ADamagedShellFileIsRefused) {
+  put("shell.json", R"({"version": 1})");
+  EXPECT_NE(refusal().find("shell.json"), std::string::npos) << refusal();
+}
+
 TEST_F(SimulatedMachineTest, SavingAgainChangesNoByte) {
   SimulatedMachine machine(directory());
   machine.registry().setValue(software, u"b", RegistryValue::ofDword(1));

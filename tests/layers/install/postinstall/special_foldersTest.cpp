@@ -13,8 +13,9 @@
 namespace install::postinstall {
 namespace {
 
-class FixedShell : public machine::Shell {
+class FixedShell : public machine::ForwardingShell {
  public:
+  using ForwardingShell::ForwardingShell;
   machine::UString knownFolder(machine::KnownFolder) override { return path; }
   machine::UString path;
 };
@@ -47,7 +48,7 @@ TEST_F(SpecialFolderPath, RefusesAnyOtherIdentifier) {
 }
 
 TEST_F(SpecialFolderPath, FillsTheBufferAndNeverMore) {
-  FixedShell shell;
+  FixedShell shell(machine().shell());
   tests::SubstitutedMachine substituted(machine());
   substituted.replace(shell);
   machine::ScopedMachine const scope(substituted);

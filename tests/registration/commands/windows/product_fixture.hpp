@@ -10,12 +10,12 @@
 namespace tests {
 
 /// A folder with copies of built programs and modules. Commands do not wait for all that they
-/// start, so a copy may still run when its test ends; it is waited for.
+/// start, so a copy may still be in use when its test ends; it is waited for.
 class ProductTest : public CommandTest {
  protected:
   ~ProductTest() override {
-    for (registration::Path const& copy : copies_) {
-      EXPECT_TRUE(eventually([&] { return isRemoved(copy); })) << "still in use";
+    for (registration::Path const& file : usedFiles_) {
+      EXPECT_TRUE(eventually([&] { return isRemoved(file); })) << "still in use";
     }
   }
 
@@ -24,9 +24,11 @@ class ProductTest : public CommandTest {
                           registration::UString const& name = {}) {
     registration::Path const target = folder / (name.empty() ? built : name);
     writeFile(target, readFile(registration::Path(testProgram(built))));
-    copies_.push_back(target);
+    usedByOthers(target);
     return target;
   }
+  /// Has the end of the test wait until no other program uses the file any more.
+  void usedByOthers(registration::Path const& file) { usedFiles_.push_back(file); }
   /// The file's content once it ends with `end`; what it is at last when it never does.
   std::string contentWhenItEndsWith(registration::Path const& file, std::string_view end) {
     std::string content;
@@ -46,7 +48,7 @@ class ProductTest : public CommandTest {
       return false;
     }
   }
-  std::vector<registration::Path> copies_;
+  std::vector<registration::Path> usedFiles_;
 };
 
 }  // namespace tests

@@ -47,6 +47,7 @@ TEST_F(RegisterDllsOnWindows, RegistersAComServerAndUnregistersIt) {
 TEST_F(RegisterDllsOnWindows, DllThatCannotBeRegisteredCountsAsRun) {
   Path const dll = root() / u"no module.dll";
   writeFile(dll, "no module");
+  usedByOthers(dll);
   tests::LogCapture log;
   RegisterDlls(tests::plainOptions(), {dll}).execute();
   ASSERT_EQ(log.messages().size(), 2u);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string_view>
+
+#include "machine/api.hpp"
+#include "machine/tasks.hpp"
+#include "machine/unicode.hpp"
+
+namespace machine {
+
+/// Whether XML 1.0 can carry the text: no control characters but tab, line feed and carriage
+/// return, no U+FFFE and U+FFFF, no unpaired surrogate.
+REGISTRATION_API bool isXmlText(std::u16string_view text);
+
+/// The task as the scheduler takes it: Microsoft, "Task Scheduler Schema", version 1.2. The
+/// application is told twice, as the action's command and as the registration's source: Wine keeps
+/// no actions. Several users may run the task at a time, on batteries too and without a time limit.
+/// REQUIRES: requireTask accepts the definition.
+REGISTRATION_API UString taskXml(TaskDefinition const& definition);
+
+}  // namespace machine
