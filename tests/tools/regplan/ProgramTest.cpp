@@ -2,12 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
-#include <sstream>
 
-#include "tests/tools/regplan/golden.hpp"
+#include "tests/tools/regplan/program_fixture.hpp"
 #include "tools/regplan/plan_errors.hpp"
-#include "tools/regplan/program.hpp"
 
 namespace regplan {
 namespace {
@@ -19,47 +16,7 @@ using testing::StartsWith;
 
 using golden::readBytes;
 using golden::writeBytes;
-
-/// Runs the program in an empty current folder, in which "machine" is a simulated machine.
-class Program : public testing::Test {
- protected:
-  Program() {
-    fs::create_directories(folder_ / "machine");
-    fs::current_path(folder_);
-  }
-  ~Program() override {
-    fs::current_path(previous_);
-    fs::remove_all(folder_);
-  }
-
-  int regplan(std::vector<std::string> arguments) {
-    std::ostringstream output;
-    std::ostringstream errors;
-    auto time = std::chrono::steady_clock::time_point{};
-    int const code = runProgram(std::move(arguments), {output, errors, [&time] {
-                                                         time += std::chrono::milliseconds(15);
-                                                         return time;
-                                                       }});
-    out = output.str();
-    err = errors.str();
-    return code;
-  }
-
-  static void expectGolden(std::string const& name, std::string const& actual) {
-    golden::expectFile(fs::path(REGPLAN_GOLDEN) / name, actual);
-  }
-
-  std::string out;
-  std::string err;
-
- private:
-  static std::string uniqueName() {
-    return "regplan-test-" + std::to_string(std::random_device()());
-  }
-
-  fs::path const previous_ = fs::current_path();
-  fs::path const folder_ = fs::temp_directory_path() / uniqueName();
-};
+using Program = ProgramTest;
 
 constexpr std::string_view samplePlan = R"({
   "options": { "metadataRootPath": "C:\\Vortan" },
@@ -77,16 +34,6 @@ void layOutSample() {
   writeBytes("plan.json", samplePlan);
   writeBytes("machine/C/Vortan/part/list.phl", "toolbox/general\nno/such/folder\n");
   fs::create_directories("machine/C/Vortan/toolbox/general");
-}
-
-/// The log of the simulated machine without its time stamps.
-std::string logWithoutTimes(fs::path const& file) {
-  std::istringstream lines(readBytes(file));
-  std::string text;
-  for (std::string line; std::getline(lines, line);) {
-    text += line.substr(std::min(line.size(), line.find(' ') + 1)) + "\n";
-  }
-  return text;
 }
 
 TEST_F(Program, ShowsItsHelp) {
@@ -119,7 +66,8 @@ TEST_F(Program, RunsAPlan) {
   layOutSample();
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 0);
   expectGolden("run.txt", out);
-  expectGolden("run-log.txt", logWithoutTimes("machine/C/ProgramData/Vortan/registration.log"));
+  expectGolden("run-log.txt",
+               logWithoutTimes(readBytes("machine/C/ProgramData/Vortan/registration.log")));
   EXPECT_EQ(err, "");
   EXPECT_TRUE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
   EXPECT_THAT(readBytes("machine/registry.json"), HasSubstr("25.1"));
@@ -217,7 +165,8 @@ TEST_F(Program, AppendsToTheLog) {
   layOutSample();
   regplan({"run", "plan.json", "--machine", "machine"});
   regplan({"undo", "plan.json", "--machine", "machine"});
-  std::string const log = logWithoutTimes("machine/C/ProgramData/Vortan/registration.log");
+  std::string const log =
+      logWithoutTimes(readBytes("machine/C/ProgramData/Vortan/registration.log"));
   EXPECT_THAT(log, StartsWith("AddVTPathEntriesToMetadataFile: execute\n"));
   EXPECT_THAT(log, HasSubstr("SetRegistryKeys: undo\n"));
 }
