@@ -35,7 +35,7 @@ void createShortcuts() {
   fl::filesystem::Path const folder = programs() / u"RegistrationBenchmark";
   fl::filesystem::Path const bareFolder = folder / u"Bare";
   fl::filesystem::create_directories(bareFolder);
-  printRatio("1,000 shortcuts: function / bare calls of the shell link object", "none", 5,
+  printRatio("1,000 shortcuts: function / bare calls of the shell link object", "none", 3,
              ourShortcuts, [&] { nativeShortcuts(bareFolder, shortcuts); });
   fl::filesystem::remove_all(folder);
 }

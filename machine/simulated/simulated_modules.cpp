@@ -1,7 +1,5 @@
 #include "machine/simulated/simulated_modules.hpp"
 
-#include <algorithm>
-
 #include "machine/error.hpp"
 #include "machine/path_grammar.hpp"
 

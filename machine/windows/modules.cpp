@@ -16,7 +16,7 @@ using EntryPoint = void (*)(char const*, char const*, char const*);
 /// Keeps the system from asking the user about a file that is no module.
 class NoErrorBoxes {
  public:
-  NoErrorBoxes() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before_); }
+  NoErrorBoxes() { SetThreadErrorMode(GetThreadErrorMode() | SEM_FAILCRITICALERRORS, &before_); }
   ~NoErrorBoxes() { SetThreadErrorMode(before_, nullptr); }
   NoErrorBoxes(NoErrorBoxes const&) = delete;
   NoErrorBoxes& operator=(NoErrorBoxes const&) = delete;

@@ -161,7 +161,6 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Environment& environment() override { throw std::logic_error("asked"); }
     machine::Shell& shell() override { throw std::logic_error("asked for the shell"); }
     machine::Processes& processes() override { throw std::logic_error("asked for processes"); }
-    machine::Tasks& tasks() override { throw std::logic_error("asked for tasks"); }
     machine::Modules& modules() override { throw std::logic_error("asked for modules"); }
     machine::Tasks& tasks() override { throw std::logic_error("asked for tasks"); }
     machine::Clock& clock() override { return clock_; }
