@@ -24,8 +24,8 @@ constexpr char const* installationsName = "C/ProgramData/Brantix/Installations/i
 class FullPlan : public ProgramTest {
  protected:
   FullPlan() {
-    fs::copy(goldenFolder / "machine", "machine", fs::copy_options::recursive);
-    fs::copy(goldenFolder / "plan.json", "plan.json");
+    golden::writeTree("machine", given_);
+    golden::writeBytes("plan.json", golden::readBytes(goldenFolder / "plan.json"));
     machine::simulated::SimulatedMachine machine("machine");
     machine.registry().setValue({machine::RegistryRoot::localMachine,
                                  u"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full"},

@@ -49,13 +49,17 @@ inline Tree readTree(std::filesystem::path const& folder) {
   return tree;
 }
 
+inline void writeTree(std::filesystem::path const& folder, Tree const& tree) {
+  for (auto const& [name, bytes] : tree) {
+    writeBytes(folder / std::u8string(name.begin(), name.end()), bytes);
+  }
+}
+
 /// The folder holds these files and no other.
 inline void expectTree(std::filesystem::path const& folder, Tree const& actual) {
   if (isUpdate()) {
     std::filesystem::remove_all(folder);
-    for (auto const& [name, bytes] : actual) {
-      writeBytes(folder / std::u8string(name.begin(), name.end()), bytes);
-    }
+    writeTree(folder, actual);
     return;
   }
   Tree const expected = readTree(folder);
