@@ -232,7 +232,8 @@ class PlanReader {
 
   std::optional<ArgumentValue> readArgument(ArgumentDescription const& argument, Json const& value,
                                             std::string const& place) {
-    if (argument.need == Need::notEmpty && value == "") {
+    if (argument.need == Need::notEmpty && value.is_string() &&
+        value.get_ref<std::string const&>().empty()) {
       errors_.add(place, "must not be empty");
       return std::nullopt;
     }
