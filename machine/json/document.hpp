@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "machine/api.hpp"
+
 /// JSON documents that people write and administrators' programs read: read strictly, and whatever
 /// is wrong is told with its place.
 namespace machine::json {
@@ -16,17 +18,19 @@ namespace machine::json {
 using Report = std::function<void(std::string const& place, std::string const& reason)>;
 
 /// "FILE:3:17: reason", "FILE: /list/3/name: reason" or "FILE: reason".
-std::string errorLine(std::string_view file, std::string_view place, std::string_view reason);
+REGISTRATION_API std::string errorLine(std::string_view file, std::string_view place,
+                                       std::string_view reason);
 
 /// `pointer` with one more name or index, escaped and cut to a length that can be read.
-std::string below(std::string_view pointer, std::string_view name);
-std::string below(std::string_view pointer, std::size_t index);
+REGISTRATION_API std::string below(std::string_view pointer, std::string_view name);
+REGISTRATION_API std::string below(std::string_view pointer, std::size_t index);
 
 /// The JSON value (RFC 8259; a UTF-8 byte order mark is skipped) that `text` is, members in the
 /// order of the text; nullopt when the text is no JSON or has more than `nestingLimit` objects and
 /// lists within one another. A member name given twice is reported too, but leaves a value that can
 /// be looked at for other errors.
-std::optional<nlohmann::ordered_json> parse(std::string_view text, std::size_t nestingLimit,
-                                            Report const& report);
+REGISTRATION_API std::optional<nlohmann::ordered_json> parse(std::string_view text,
+                                                             std::size_t nestingLimit,
+                                                             Report const& report);
 
 }  // namespace machine::json

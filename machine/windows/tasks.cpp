@@ -67,11 +67,22 @@ class Scheduler {
       return CoCreateInstance(__uuidof(TaskScheduler), nullptr, CLSCTX_INPROC_SERVER,
                               __uuidof(ITaskService), object);
     });
-    VARIANT const here{};
-    require(service_->Connect(here, here, here, here));
+    require(connect());
   }
 
   void require(HRESULT result) const { requireSuccess(result, operation_, name_); }
+
+  /// Connecting starts the scheduler's service when it is not running and waits a few seconds for
+  /// it, which a machine that has just started, or is busy, may need more than once.
+  HRESULT connect() const {
+    constexpr int attempts = 4;
+    VARIANT const here{};
+    HRESULT result = service_->Connect(here, here, here, here);
+    for (int i = 1; i < attempts && result == SCHED_E_SERVICE_NOT_RUNNING; ++i) {
+      result = service_->Connect(here, here, here, here);
+    }
+    return result;
+  }
 
   /// Null when there is no such folder.
   UniqueCom<ITaskFolder> folder() const {

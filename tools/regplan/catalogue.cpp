@@ -95,8 +95,7 @@ std::unique_ptr<Command const> startServices(Options const& options, Arguments c
 
 std::span<CommandDescription const> commandCatalogue() {
   using enum ArgumentType;
-  constexpr bool required = true;
-  constexpr bool optional = false;
+  using enum Need;
   static std::vector<CommandDescription> const commands = {
       {"Add3PEnvVarToMetadataFile",
        "Writes the environment variables that the instruction sets below the metadata root declare "
@@ -178,7 +177,7 @@ std::span<CommandDescription const> commandCatalogue() {
       {"RegisterAutomationServer",
        "Has a module of the product register the product as a COM automation server; undo has it "
        "unregistered.",
-       {{"moduleName", text, required, "File name of the module."},
+       {{"moduleName", text, notEmpty, "File name of the module."},
         {"moduleFolder", path, required, "The folder that holds it."},
         {"serverArgument", text, optional, "A text for the module's entry point."}},
        automationServer},
@@ -201,16 +200,16 @@ std::span<CommandDescription const> commandCatalogue() {
       {"StartServices",
        "Has the Task Scheduler run an application at logon; undo stops and deletes the task. Acts "
        "when areScheduledServicesEnabled.",
-       {{"taskName", text, required, "The task's name."},
+       {{"taskName", text, notEmpty, "The task's name."},
         {"taskString2", text, optional, "The task's description."},
-        {"applicationPath", text, required, "Full path of the application."},
+        {"applicationPath", text, notEmpty, "Full path of the application."},
         {"taskString5", text, optional, "The application's command line."},
         {"flag1", boolean, optional, "Kept, without effect."}},
        startServices},
       {"UpdatePathEnvironmentVariable",
        "Puts a folder of the product into the machine's Path, before installations of the same "
        "age or older; undo takes it out.",
-       {{"pathEntry", text, required, "The folder to find in the Path, normally one named bin."},
+       {{"pathEntry", text, notEmpty, "The folder to find in the Path, normally one named bin."},
         {"productVersion", text, required,
          "The version being installed, such as 25.1.0.1, compared with that of the installations "
          "already in the Path."},

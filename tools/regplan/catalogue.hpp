@@ -58,11 +58,19 @@ class Arguments {
   std::map<std::string, ArgumentValue, std::less<>> values_;
 };
 
+enum class Need {
+  optional,
+  required,
+  notEmpty,  ///< required, and a text that must not be empty
+};
+
 struct ArgumentDescription {
   std::string_view name;
   ArgumentType type;
-  bool required;
+  Need need;
   std::string_view description;
+
+  bool isRequired() const { return need != Need::optional; }
 };
 
 /// A command as plans name it. `make` throws what the command's constructor throws.

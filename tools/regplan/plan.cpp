@@ -7,12 +7,16 @@
 #include <utility>
 
 #include "fl/i18n/ustring.hpp"
+#include "machine/json/document.hpp"
+#include "machine/printable.hpp"
 #include "tools/regplan/text.hpp"
 
 namespace regplan {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using machine::printable;
+using machine::json::below;
 
 std::string_view kindOf(Json const& value) {
   switch (value.type()) {
@@ -226,9 +230,14 @@ class PlanReader {
     }
   }
 
-  std::optional<ArgumentValue> readArgument(ArgumentType type, Json const& value,
+  std::optional<ArgumentValue> readArgument(ArgumentDescription const& argument, Json const& value,
                                             std::string const& place) {
-    switch (type) {
+    if (argument.need == Need::notEmpty && value.is_string() &&
+        value.get_ref<std::string const&>().empty()) {
+      errors_.add(place, "must not be empty");
+      return std::nullopt;
+    }
+    switch (argument.type) {
       case ArgumentType::text:
         return readText(value, place);
       case ArgumentType::path:
@@ -292,7 +301,7 @@ class PlanReader {
       ArgumentDescription const* const argument = findNamed(command.arguments, name);
       std::optional<ArgumentValue> read;
       if (argument) {
-        read = readArgument(argument->type, member, memberPlace);
+        read = readArgument(*argument, member, memberPlace);
       } else {
         errors_.add(memberPlace, unknown("argument of " + std::string(command.name), name,
                                          namesOf(command.arguments)));
@@ -304,7 +313,7 @@ class PlanReader {
       }
     }
     for (ArgumentDescription const& argument : command.arguments) {
-      if (!argument.required || value.contains(argument.name)) continue;
+      if (!argument.isRequired() || value.contains(argument.name)) continue;
       errors_.add(below(place, argument.name), "missing; " + std::string(command.name) +
                                                    " needs it (" +
                                                    std::string(typeName(argument.type)) + ")");
@@ -334,7 +343,10 @@ class PlanReader {
 
 std::optional<Plan> readPlan(std::string_view text, PlanErrors& errors,
                              std::span<CommandDescription const> commands) {
-  std::optional<Json> const document = parseDocument(text, errors);
+  std::optional<Json> const document = machine::json::parse(
+      text, planNestingLimit, [&errors](std::string const& place, std::string const& reason) {
+        errors.add(place, reason);
+      });
   if (!document) return std::nullopt;
   Plan plan = PlanReader(commands, errors).read(*document);
   if (!errors.empty()) return std::nullopt;

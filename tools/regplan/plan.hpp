@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/regplan/catalogue.hpp"
-#include "tools/regplan/document.hpp"
+#include "tools/regplan/plan_errors.hpp"
 
 namespace regplan {
 

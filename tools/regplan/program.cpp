@@ -12,14 +12,17 @@
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
 #include "machine/machine.hpp"
+#include "machine/printable.hpp"
 #include "machine/simulated/simulated_machine.hpp"
 #include "tools/regplan/report.hpp"
+#include "tools/regplan/schema.hpp"
 #include "tools/regplan/text.hpp"
 
 namespace regplan {
 namespace {
 
 namespace logger = install::cpputil::logger;
+using machine::printable;
 using machine::simulated::SimulatedMachine;
 
 constexpr char const* footer =
@@ -35,10 +38,10 @@ constexpr char const* footer =
     "    ]\n"
     "  }\n"
     "\n"
-    "\"regplan list\" tells every command, argument and option. A plan is checked as a\n"
-    "whole first: with anything in it unknown, missing or of the wrong type, no\n"
-    "command is run. Files larger than 4 MiB or nested deeper than 32 levels are\n"
-    "refused.\n"
+    "\"regplan list\" tells every command, argument and option; \"regplan schema\" tells\n"
+    "them to editors and other programs. A plan is checked as a whole first: with\n"
+    "anything in it unknown, missing or of the wrong type, no command is run. Files\n"
+    "larger than 4 MiB or nested deeper than 32 levels are refused.\n"
     "\n"
     "A command that fails does not keep the following ones from running. \"done with\n"
     "problems\" marks one that ended normally after reporting trouble in its messages.\n"
@@ -210,14 +213,19 @@ ExitCode listVerb(Surroundings const& surroundings) {
   return allRan;
 }
 
-constexpr std::array<std::string_view, 4> verbs = {"run", "undo", "validate", "list"};
+ExitCode schemaVerb(Surroundings const& surroundings) {
+  surroundings.output << planSchema(commandCatalogue(), optionCatalogue()) << std::flush;
+  return allRan;
+}
+
+constexpr std::array<std::string_view, 5> verbs = {"run", "undo", "validate", "list", "schema"};
 
 /// What is wrong with the command line.
 std::string reasonOf(CLI::ParseError const& error, CLI::App const& app) {
   std::vector<std::string> const extras = app.remaining(true);
   if (app.get_subcommands().empty()) {
     std::string const given = extras.empty() ? "" : extras.front();
-    return extras.empty() ? "a verb is needed: run, undo, validate or list"
+    return extras.empty() ? "a verb is needed: run, undo, validate, list or schema"
                           : unknown("verb " + inQuotes(given), given, verbs);
   }
   if (extras.empty()) return printable(error.what());
@@ -243,7 +251,8 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
   CLI::App* const validate = app.add_subcommand("validate", "Check a plan and run nothing");
   CLI::App* const list =
       app.add_subcommand("list", "List the commands, arguments and options of plans");
-  for (CLI::App* const verb : {run, undo, validate, list}) {
+  CLI::App* const schema = app.add_subcommand("schema", "Print the JSON Schema of plans");
+  for (CLI::App* const verb : {run, undo, validate, list, schema}) {
     verb->set_help_flag("--help", "Show this help");
     verb->footer("Exit codes and the form of plans: regplan --help");
   }
@@ -256,7 +265,8 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
     if (*run) return runVerb(given, Operation::execute, surroundings);
     if (*undo) return runVerb(given, Operation::undo, surroundings);
     if (*validate) return validateVerb(given, surroundings);
-    return listVerb(surroundings);
+    if (*list) return listVerb(surroundings);
+    return schemaVerb(surroundings);
   } catch (CLI::CallForHelp const&) {
     surroundings.output << app.help();
     return allRan;

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "machine/printable.hpp"
 #include "tools/regplan/text.hpp"
 
 namespace regplan {
 namespace {
+
+using machine::printable;
 
 constexpr std::string_view outcomeIndent = "      ";
 constexpr std::string_view messageIndent = "        ";
@@ -30,11 +33,23 @@ std::string wrapped(std::string_view text, std::size_t indent) {
   return result;
 }
 
+std::string_view needName(Need need) {
+  switch (need) {
+    case Need::optional:
+      return "";
+    case Need::required:
+      return ", required";
+    case Need::notEmpty:
+      return ", required, not empty";
+  }
+  return {};
+}
+
 void writeCommand(std::ostream& output, CommandDescription const& command) {
   output << "\n  " << command.name << "\n" << wrapped(command.description, 6);
   for (ArgumentDescription const& argument : command.arguments) {
     output << "\n      " << argument.name << " (" << typeName(argument.type)
-           << (argument.required ? ", required" : "") << ")\n"
+           << needName(argument.need) << ")\n"
            << wrapped(argument.description, 10);
   }
 }

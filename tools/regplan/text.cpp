@@ -3,40 +3,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "fl/i18n/ustring.hpp"
+#include "machine/printable.hpp"
 
 namespace regplan {
 namespace {
-
-bool isControl(char16_t unit) {
-  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x2028 || unit == 0x2029;
-}
-
-std::u16string escaped(char16_t unit) {
-  if (unit == u'\n') return u"\\n";
-  if (unit == u'\r') return u"\\r";
-  if (unit == u'\t') return u"\\t";
-  constexpr std::u16string_view digits = u"0123456789ABCDEF";
-  std::u16string text = u"\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) text += digits[(unit >> shift) & 0xF];
-  return text;
-}
-
-std::string printable(std::u16string_view text) {
-  std::u16string line;
-  for (char16_t const unit : text) {
-    if (isControl(unit)) {
-      line += escaped(unit);
-    } else {
-      line += unit;
-    }
-  }
-  return fl::i18n::ustring_to_utf8(line);
-}
-
-bool isHighSurrogate(char16_t unit) {
-  return unit >= 0xD800 && unit <= 0xDBFF;
-}
 
 char lower(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -74,21 +44,8 @@ std::string joined(std::span<std::string_view const> names) {
 
 }  // namespace
 
-std::string printable(std::string_view utf8) {
-  return printable(std::u16string_view(fl::i18n::utf8_to_ustring(utf8)));
-}
-
-std::string shortened(std::string_view utf8, std::size_t limit) {
-  // No character takes more than four bytes, so the rest need not be looked at.
-  std::u16string text = fl::i18n::utf8_to_ustring(utf8.substr(0, 4 * (limit + 1)));
-  if (text.size() <= limit) return printable(std::u16string_view(text));
-  bool const splitsPair = limit > 0 && isHighSurrogate(text[limit - 1]);
-  text.resize(splitsPair ? limit - 1 : limit);
-  return printable(std::u16string_view(text)) + "...";
-}
-
 std::string inQuotes(std::string_view name) {
-  return "\"" + shortened(name, shownName) + "\"";
+  return "\"" + machine::shortened(name, shownName) + "\"";
 }
 
 std::string_view nearest(std::string_view name, std::span<std::string_view const> known) {

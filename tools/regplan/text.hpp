@@ -4,15 +4,9 @@
 #include <string>
 #include <string_view>
 
-/// Text for people: what comes from a plan, a log message or an exception, made fit to print.
+/// The words regplan has for names that plans and command lines get wrong, and for numbers of
+/// things.
 namespace regplan {
-
-/// `utf8` as one line that a terminal shows and never obeys: line breaks as "\n" and "\r", other
-/// control characters as "\u001B", ill-formed UTF-8 as U+FFFD.
-std::string printable(std::string_view utf8);
-
-/// printable, cut after `limit` UTF-16 units with "..." in the place of the rest.
-std::string shortened(std::string_view utf8, std::size_t limit);
 
 /// How much of a name that a plan or a command line gives is shown, in UTF-16 units.
 inline constexpr std::size_t shownName = 80;
