@@ -3,18 +3,20 @@
 #include <string>
 #include <vector>
 
-#include "tools/regplan/program.hpp"
-
-#if defined(_WIN32)
+#include "machine/console.hpp"
 #include "machine/unicode.hpp"
-#include "machine/windows/console.hpp"
-#endif
+#include "tools/regplan/program.hpp"
 
 namespace {
 
 int run(std::vector<std::string> arguments) {
-  return regplan::runProgram(std::move(arguments),
-                             {std::cout, std::cerr, std::chrono::steady_clock::now});
+  machine::Console const console;
+  return regplan::runProgram(
+      std::move(arguments),
+      {std::cout,
+       std::cerr,
+       std::chrono::steady_clock::now,
+       {console.isTerminal(), console.takesColours(), console.columns()}});
 }
 
 }  // namespace
@@ -22,7 +24,6 @@ int run(std::vector<std::string> arguments) {
 #if defined(_WIN32)
 // Only the wide arguments are what was typed: the narrow ones lose what the code page lacks.
 extern "C" int wmain(int count, wchar_t* values[]) {
-  machine::windows::Utf8Console const console;
   std::vector<std::string> arguments;
   for (int i = 1; i < count; ++i) {
     arguments.push_back(machine::toUtf8(machine::fromWide(values[i])));

@@ -50,6 +50,10 @@ auto findNamed(Descriptions const& descriptions, std::string_view name) {
   return found == std::ranges::end(descriptions) ? nullptr : &*found;
 }
 
+Given asGiven(std::string const& name, Json const& value) {
+  return {name, value.is_string() ? value.get<std::string>() : value.dump()};
+}
+
 /// Reads one plan from its JSON value. Each reading function returns nullopt after it has added
 /// what is wrong, so that the caller goes on with the next part.
 class PlanReader {
@@ -66,7 +70,7 @@ class PlanReader {
         errors_.add(below("", name), unknown("member of a plan", name, known));
       }
     }
-    Options const options = readOptions(document);
+    Options const options = readOptions(document, plan);
     if (!document.contains("commands")) {
       errors_.add("/commands", "missing; a plan needs a list of commands");
     } else {
@@ -199,12 +203,13 @@ class PlanReader {
     return folders;
   }
 
-  Options readOptions(Json const& document) {
+  Options readOptions(Json const& document, Plan& plan) {
     Options::Values values;
     auto const given = document.find("options");
     if (given == document.end() || !isObject(*given, "/options")) return Options(values);
     for (auto const& [name, value] : given->items()) {
       std::string const place = below("/options", name);
+      plan.options.push_back(asGiven(name, value));
       OptionDescription const* const option = findNamed(optionCatalogue(), name);
       if (option) {
         readOption(*option, value, place, values);
@@ -268,7 +273,11 @@ class PlanReader {
     std::optional<Arguments> const arguments = readArguments(*description, value, place);
     if (!arguments) return;
     std::unique_ptr<Command const> command = make(*description, options, *arguments, place);
-    if (command) plan.commands.push_back({std::string(description->name), std::move(command)});
+    if (!command) return;
+    plan.commands.push_back({std::string(description->name), std::move(command)});
+    for (auto const& [name, argument] : value.items()) {
+      if (name != "command") plan.commands.back().arguments.push_back(asGiven(name, argument));
+    }
   }
 
   CommandDescription const* describedCommand(Json const& value, std::string const& place) {

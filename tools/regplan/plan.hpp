@@ -12,14 +12,24 @@
 
 namespace regplan {
 
+/// An option or argument as the plan gives it, UTF-8.
+struct Given {
+  std::string name;
+  std::string text;  ///< JSON where it is no text
+
+  bool operator==(Given const&) const = default;
+};
+
 struct PlannedCommand {
   std::string name;
   std::unique_ptr<Command const> command;
+  std::vector<Given> arguments{};
 };
 
 /// What a plan asks for: commands ready to run, in the plan's order.
 struct Plan {
   std::vector<PlannedCommand> commands;
+  std::vector<Given> options{};
 };
 
 /// The plan that the JSON `text` describes, or nullopt when anything in it is unknown, missing, of

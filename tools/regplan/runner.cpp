@@ -33,10 +33,12 @@ CommandResult runCommand(PlannedCommand const& planned, Operation operation, Run
                          Now const& now) {
   CommandResult result;
   result.name = planned.name;
+  result.arguments = planned.arguments;
   logger::scoped_observer const watch([&](UString const& message) {
     std::string const text = fl::i18n::ustring_to_utf8(message);
-    if (reportsTrouble(text)) result.outcome = Outcome::doneWithProblems;
-    observer.message(text);
+    result.messages.push_back({text, reportsTrouble(text)});
+    if (result.messages.back().isTrouble) result.outcome = Outcome::doneWithProblems;
+    observer.message(result.messages.back());
   });
   auto const start = now();
   try {
@@ -72,6 +74,8 @@ std::string_view outcomeName(Outcome outcome) {
   switch (outcome) {
     case Outcome::done:
       return "done";
+    case Outcome::handsOver:
+      return "hands over to foreign code";
     case Outcome::doneWithProblems:
       return "done with problems";
     case Outcome::failed:

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "machine/change.hpp"
 #include "tools/regplan/plan.hpp"
 
 namespace regplan {
@@ -14,15 +15,29 @@ enum class Operation { execute, undo };
 
 enum class Outcome {
   done,
+  handsOver,         ///< in a preview: what it does from its first hand-over on is not known
   doneWithProblems,  ///< ended normally, but a message told of trouble
   failed,            ///< an exception left the command
 };
 
+/// A log message, UTF-8 as it came.
+struct Message {
+  std::string text;
+  bool isTrouble = false;  ///< reports a failure that the command caught
+
+  bool operator==(Message const&) const = default;
+};
+
+/// What became of one command. Texts are UTF-8 as they came, not yet fit to print.
 struct CommandResult {
   std::string name;
   Outcome outcome = Outcome::done;
   std::chrono::steady_clock::duration duration{};
-  std::string reason;  ///< UTF-8; of a failure: the exception's text
+  std::string reason{};  ///< of a failure: the exception's text
+  std::vector<Given> arguments{};
+  std::vector<Message> messages{};
+  std::vector<machine::Change> changes{};
+  std::vector<machine::HandOver> handOvers{};
 };
 
 /// Sees a run as it happens. Texts are UTF-8 as they came, not yet fit to print.
@@ -32,7 +47,9 @@ class RunObserver {
   /// `number` counts from 1 to `total`.
   virtual void started(std::size_t number, std::size_t total, std::string const& name) = 0;
   /// A log message of the command that runs.
-  virtual void message(std::string const& text) = 0;
+  virtual void message(Message const& message) = 0;
+  /// The command that runs gives the word to code of others.
+  virtual void handingOver(machine::HandOver const& handOver) = 0;
   virtual void finished(CommandResult const& result) = 0;
 };
 
@@ -42,7 +59,7 @@ using Now = std::function<std::chrono::steady_clock::time_point()>;
 /// True for the messages with which commands report a failure that they caught.
 bool reportsTrouble(std::string_view message);
 
-/// "done", "done with problems" or "failed".
+/// "done", "hands over to foreign code", "done with problems" or "failed".
 std::string_view outcomeName(Outcome outcome);
 
 /// Seconds to the millisecond, "12.034 s".

@@ -1,17 +1,10 @@
-#include "tools/regplan/report.hpp"
+#include "tools/regplan/listing.hpp"
 
 #include <algorithm>
-
-#include "machine/printable.hpp"
-#include "tools/regplan/text.hpp"
 
 namespace regplan {
 namespace {
 
-using machine::printable;
-
-constexpr std::string_view outcomeIndent = "      ";
-constexpr std::string_view messageIndent = "        ";
 constexpr std::size_t lineWidth = 80;
 
 /// `text` broken between words, each line after `indent`.
@@ -55,34 +48,6 @@ void writeCommand(std::ostream& output, CommandDescription const& command) {
 }
 
 }  // namespace
-
-void TextProgress::started(std::size_t number, std::size_t total, std::string const& name) {
-  output_ << "\n[" << number << "/" << total << "] " << name << std::endl;
-}
-
-void TextProgress::message(std::string const& text) {
-  output_ << messageIndent << printable(text) << std::endl;
-}
-
-void TextProgress::finished(CommandResult const& result) {
-  bool const failed = result.outcome == Outcome::failed;
-  output_ << outcomeIndent << outcomeName(result.outcome) << (failed ? " after " : " in ")
-          << formatDuration(result.duration);
-  if (failed) output_ << ": " << printable(result.reason);
-  output_ << std::endl;
-}
-
-std::string summary(std::span<CommandResult const> results) {
-  std::string text = counted(results.size(), "command") + ": ";
-  std::chrono::steady_clock::duration total{};
-  for (CommandResult const& result : results) total += result.duration;
-  for (Outcome const outcome : {Outcome::done, Outcome::doneWithProblems, Outcome::failed}) {
-    auto const count = std::ranges::count(results, outcome, &CommandResult::outcome);
-    if (count > 0) text += std::to_string(count) + " " + std::string(outcomeName(outcome)) + ", ";
-  }
-  if (results.empty()) return text + "nothing to do";
-  return text + "in " + formatDuration(total);
-}
 
 void writeCatalogue(std::ostream& output, std::span<CommandDescription const> commands,
                     std::span<OptionDescription const> options) {

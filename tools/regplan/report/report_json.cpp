@@ -1,0 +1,361 @@
+#include "tools/regplan/report/report_json.hpp"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "machine/hexadecimal.hpp"
+#include "tools/regplan/report/file_text.hpp"
+#include "tools/regplan/report/shown_change.hpp"
+
+namespace regplan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using machine::Item;
+using machine::ServiceRecovery;
+using machine::toUtf8;
+using ItemOutcome = RestoredItem::Outcome;
+
+std::string_view key(Item::Kind kind) {
+  switch (kind) {
+    case Item::Kind::file:
+      return "file";
+    case Item::Kind::folder:
+      return "folder";
+    case Item::Kind::shortcut:
+      return "shortcut";
+    case Item::Kind::registryKey:
+      return "registryKey";
+    case Item::Kind::registryValue:
+      return "registryValue";
+    case Item::Kind::variable:
+      return "variable";
+    case Item::Kind::task:
+      return "task";
+    case Item::Kind::service:
+      return "service";
+  }
+  return {};
+}
+
+std::string_view key(machine::HandOver::Kind kind) {
+  switch (kind) {
+    case machine::HandOver::Kind::program:
+      return "program";
+    case machine::HandOver::Kind::shellProgram:
+      return "shellProgram";
+    case machine::HandOver::Kind::module:
+      return "module";
+    case machine::HandOver::Kind::bundles:
+      return "bundles";
+  }
+  return {};
+}
+
+std::string_view key(ItemOutcome outcome) {
+  switch (outcome) {
+    case ItemOutcome::restored:
+      return "restored";
+    case ItemOutcome::unchanged:
+      return "unchanged";
+    case ItemOutcome::forced:
+      return "forced";
+    case ItemOutcome::changedSince:
+      return "changedSince";
+    case ItemOutcome::notRestorable:
+      return "notRestorable";
+    case ItemOutcome::failed:
+      return "failed";
+  }
+  return {};
+}
+
+std::string_view key(machine::WindowState window) {
+  switch (window) {
+    case machine::WindowState::normal:
+      return "normal";
+    case machine::WindowState::maximized:
+      return "maximized";
+    case machine::WindowState::minimized:
+      return "minimized";
+  }
+  return {};
+}
+
+std::string_view key(machine::ServiceStart start) {
+  switch (start) {
+    case machine::ServiceStart::automatic:
+      return "automatic";
+    case machine::ServiceStart::manual:
+      return "manual";
+    case machine::ServiceStart::disabled:
+      return "disabled";
+  }
+  return {};
+}
+
+std::string_view key(machine::ServiceState state) {
+  switch (state) {
+    case machine::ServiceState::stopped:
+      return "stopped";
+    case machine::ServiceState::startPending:
+      return "startPending";
+    case machine::ServiceState::stopPending:
+      return "stopPending";
+    case machine::ServiceState::running:
+      return "running";
+    case machine::ServiceState::continuePending:
+      return "continuePending";
+    case machine::ServiceState::pausePending:
+      return "pausePending";
+    case machine::ServiceState::paused:
+      return "paused";
+  }
+  return {};
+}
+
+std::string_view key(ServiceRecovery::Kind kind) {
+  switch (kind) {
+    case ServiceRecovery::Kind::none:
+      return "none";
+    case ServiceRecovery::Kind::restart:
+      return "restart";
+    case ServiceRecovery::Kind::reboot:
+      return "reboot";
+    case ServiceRecovery::Kind::runCommand:
+      return "runCommand";
+  }
+  return {};
+}
+
+std::string linesText(FileText const& text) {
+  std::string all;
+  std::string const end = text.lineEnds == "CRLF" ? "\r\n" : "\n";
+  for (std::size_t i = 0; i < text.lines.size(); ++i) {
+    bool const isLast = i + 1 == text.lines.size();
+    all += toUtf8(text.lines[i]) + (isLast && !text.endsWithLineEnd ? "" : end);
+  }
+  return all;
+}
+
+struct StateJson {
+  Json operator()(std::monostate) const { return nullptr; }
+  Json operator()(machine::Existing) const { return {{"state", "existing"}}; }
+  Json operator()(machine::FileContent const& file) const {
+    Json json = {{"state", "file"},
+                 {"size", file.size},
+                 {"sha256", file.sha256},
+                 {"isLink", file.isLink}};
+    auto const text = file.bytes ? fileText(*file.bytes) : std::nullopt;
+    if (!text) return json;
+    json["encoding"] = text->encoding;
+    json["text"] = linesText(*text);
+    return json;
+  }
+  Json operator()(machine::Shortcut const& shortcut) const {
+    return {{"state", "shortcut"},
+            {"target", toUtf8(shortcut.target)},
+            {"arguments", toUtf8(shortcut.arguments)},
+            {"workingFolder", toUtf8(shortcut.workingFolder)},
+            {"description", toUtf8(shortcut.description)},
+            {"iconFile", toUtf8(shortcut.iconFile)},
+            {"iconIndex", shortcut.iconIndex},
+            {"window", key(shortcut.window)},
+            {"runAsAdministrator", shortcut.runAsAdministrator},
+            {"neverSearchForTarget", shortcut.neverSearchForTarget}};
+  }
+  Json operator()(machine::RegistryValue const& value) const {
+    return {{"state", "registryValue"},
+            {"type", registryTypeName(value.type)},
+            {"text", toUtf8(registryText(value))},
+            {"data", machine::hexadecimal(value.data)}};
+  }
+  Json operator()(machine::UString const& text) const {
+    return {{"state", "variable"}, {"text", toUtf8(text)}};
+  }
+  Json operator()(machine::TaskDefinition const& task) const {
+    return {{"state", "task"},
+            {"application", toUtf8(task.application)},
+            {"arguments", toUtf8(task.arguments)},
+            {"workingFolder", toUtf8(task.workingFolder)},
+            {"description", toUtf8(task.description)},
+            {"author", toUtf8(task.author)},
+            {"startsAtLogon", task.startsAtLogon},
+            {"highestRunLevel", task.highestRunLevel},
+            {"group", toUtf8(task.group)},
+            {"enabled", task.enabled}};
+  }
+  Json operator()(machine::ServiceCondition const& service) const {
+    Json actions = Json::array();
+    for (ServiceRecovery::Action const& action : service.definition.recovery.actions) {
+      actions.push_back({{"kind", key(action.kind)}, {"delayMilliseconds", action.delay.count()}});
+    }
+    return {{"state", "service"},
+            {"displayName", toUtf8(service.definition.displayName)},
+            {"description", toUtf8(service.definition.description)},
+            {"commandLine", toUtf8(service.definition.commandLine)},
+            {"start", key(service.definition.start)},
+            {"recovery", actions},
+            {"resetAfterSeconds", service.definition.recovery.resetAfter.count()},
+            {"runState", key(service.state)}};
+  }
+};
+
+Json itemJson(Item const& item) {
+  Json json = {{"kind", key(item.kind)}, {"where", toUtf8(item.where)}};
+  if (item.kind == Item::Kind::registryValue) json["value"] = toUtf8(item.value);
+  return json;
+}
+
+Json givenJson(std::vector<Given> const& given) {
+  Json json = Json::object();
+  for (Given const& one : given) json[wellFormed(one.name)] = wellFormed(one.text);
+  return json;
+}
+
+template <typename List>
+Json listJson(List const& list) {
+  Json json = Json::array();
+  for (auto const& element : list) json.push_back(toJson(element));
+  return json;
+}
+
+Json orNull(std::string const& text) {
+  return text.empty() ? Json(nullptr) : Json(wellFormed(text));
+}
+
+Json commandJson(std::size_t number, CommandResult const& result) {
+  Json json = {{"number", number},
+               {"command", wellFormed(result.name)},
+               {"arguments", givenJson(result.arguments)},
+               {"outcome", outcomeKey(result.outcome)},
+               {"seconds", inSeconds(result.duration)}};
+  if (result.outcome == Outcome::failed) json["reason"] = wellFormed(result.reason);
+  json["messages"] = listJson(result.messages);
+  json["changes"] = listJson(result.changes);
+  json["handOvers"] = listJson(result.handOvers);
+  return json;
+}
+
+Json failuresJson(RunReport const& report) {
+  Json failures = Json::array();
+  for (std::size_t i = 0; i < report.commands.size(); ++i) {
+    CommandResult const& result = report.commands[i];
+    if (result.outcome != Outcome::failed) continue;
+    failures.push_back({{"number", i + 1},
+                        {"command", wellFormed(result.name)},
+                        {"reason", wellFormed(result.reason)}});
+  }
+  for (RestoredItem const& item : report.items) {
+    if (item.outcome == ItemOutcome::failed) failures.push_back(toJson(item));
+  }
+  return failures;
+}
+
+}  // namespace
+
+std::string wellFormed(std::string_view utf8) {
+  return toUtf8(machine::toUtf16(utf8));
+}
+
+std::string_view outcomeKey(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::done:
+      return "done";
+    case Outcome::handsOver:
+      return "handsOver";
+    case Outcome::doneWithProblems:
+      return "doneWithProblems";
+    case Outcome::failed:
+      return "failed";
+  }
+  return {};
+}
+
+double inSeconds(std::chrono::steady_clock::duration duration) {
+  auto const milliseconds = std::chrono::round<std::chrono::milliseconds>(duration).count();
+  return static_cast<double>(milliseconds) / 1000;
+}
+
+Json toJson(machine::Change const& change) {
+  Json json = itemJson(change.item);
+  json["difference"] = differenceName(differenceOf(change));
+  json["before"] = std::visit(StateJson{}, change.before);
+  json["after"] = std::visit(StateJson{}, change.after);
+  return json;
+}
+
+Json toJson(machine::HandOver const& handOver) {
+  return {{"kind", key(handOver.kind)},
+          {"what", toUtf8(handOver.what)},
+          {"arguments", toUtf8(handOver.arguments)}};
+}
+
+Json toJson(Message const& message) {
+  return {{"text", wellFormed(message.text)}, {"trouble", message.isTrouble}};
+}
+
+Json toJson(RestoredItem const& item) {
+  Json json = itemJson(item.item);
+  json["outcome"] = key(item.outcome);
+  if (!item.reason.empty()) json["reason"] = wellFormed(item.reason);
+  return json;
+}
+
+Json requestJson(Request const& request) {
+  Json json = {{"verb", verbName(request.verb)},
+               {"file", wellFormed(request.file)},
+               {"simulatedMachine", orNull(request.machine)},
+               {"computer", orNull(request.computer)},
+               {"started", machine::toIso8601(request.started)},
+               {"log", orNull(request.log)},
+               {"journal", orNull(request.journal)}};
+  if (request.verb == Verb::restore) {
+    json["force"] = request.force;
+  } else {
+    json["options"] = givenJson(request.options);
+  }
+  return json;
+}
+
+Json summaryJson(RunReport const& report) {
+  Json json = {{"text", headline(report)},
+               {"failures", failuresJson(report)},
+               {"seconds", inSeconds(report.duration)}};
+  Json counts = Json::object();
+  if (report.request.verb == Verb::restore) {
+    for (auto const outcome :
+         {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::changedSince,
+          ItemOutcome::forced, ItemOutcome::restored, ItemOutcome::unchanged}) {
+      counts[std::string(key(outcome))] = countOf(report, outcome);
+    }
+  } else {
+    for (auto const outcome :
+         {Outcome::failed, Outcome::doneWithProblems, Outcome::handsOver, Outcome::done}) {
+      counts[std::string(outcomeKey(outcome))] = countOf(report, outcome);
+    }
+    json["changes"] = changeCount(report);
+  }
+  json["counts"] = counts;
+  json["handOvers"] = handOverCount(report);
+  return json;
+}
+
+std::string reportJson(RunReport const& report) {
+  Json json = {{"report", reportVersion}, {"regplan", REGPLAN_VERSION}};
+  json["summary"] = summaryJson(report);
+  json["request"] = requestJson(report.request);
+  if (report.request.verb == Verb::restore) {
+    json["items"] = listJson(report.items);
+    json["handOvers"] = listJson(report.handOvers);
+  } else {
+    Json commands = Json::array();
+    for (CommandResult const& result : report.commands) {
+      commands.push_back(commandJson(commands.size() + 1, result));
+    }
+    json["commands"] = commands;
+  }
+  return json.dump(2) + "\n";
+}
+
+}  // namespace regplan

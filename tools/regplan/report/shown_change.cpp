@@ -1,0 +1,380 @@
+#include "tools/regplan/report/shown_change.hpp"
+
+#include <algorithm>
+
+#include "machine/hexadecimal.hpp"
+
+namespace regplan {
+namespace {
+
+using machine::Change;
+using machine::HandOver;
+using machine::Item;
+using machine::ItemState;
+using machine::RegistryType;
+using machine::RegistryValue;
+using machine::ServiceRecovery;
+using machine::ServiceStart;
+using machine::ServiceState;
+using machine::toUtf16;
+using machine::UString;
+using machine::WindowState;
+
+constexpr std::size_t shownBytes = 64;
+
+UString yesOrNo(bool value) {
+  return value ? u"yes" : u"no";
+}
+
+std::uint64_t littleEndian(std::string_view bytes) {
+  std::uint64_t number = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;) {
+    number = number << 8 | static_cast<unsigned char>(bytes[i]);
+  }
+  return number;
+}
+
+UString bytesText(std::string_view bytes) {
+  std::string text;
+  for (char const byte : bytes.substr(0, shownBytes)) {
+    if (!text.empty()) text += ' ';
+    text += machine::hexadecimal({&byte, 1});
+  }
+  if (bytes.size() > shownBytes) text += " ... (" + byteCount(bytes.size()) + ")";
+  return toUtf16(text.empty() ? "no bytes" : text);
+}
+
+/// "1 (0x00000001)".
+UString numberText(std::string_view bytes) {
+  std::string bigEndian(bytes.rbegin(), bytes.rend());
+  return toUtf16(std::to_string(littleEndian(bytes)) + " (0x" + machine::hexadecimal(bigEndian) +
+                 ")");
+}
+
+bool isText(RegistryType type) {
+  return type == RegistryType::string || type == RegistryType::expandableString;
+}
+
+/// Without the terminators that the registry stores: one at a text's end, two at a list's.
+UString storedText(RegistryValue const& value) {
+  return value.data.size() % 2 == 0 ? value.text() : UString();
+}
+
+std::vector<UString> split(std::u16string_view text, char16_t separator) {
+  std::vector<UString> entries;
+  for (;;) {
+    std::size_t const end = text.find(separator);
+    entries.emplace_back(text.substr(0, end));
+    if (end == std::u16string_view::npos) return entries;
+    text.remove_prefix(end + 1);
+  }
+}
+
+UString joined(std::vector<UString> const& lines) {
+  UString text;
+  for (UString const& line : lines) {
+    if (!text.empty()) text += u'\n';
+    text += line;
+  }
+  return text;
+}
+
+UString startName(ServiceStart start) {
+  switch (start) {
+    case ServiceStart::automatic:
+      return u"automatic";
+    case ServiceStart::manual:
+      return u"manual";
+    case ServiceStart::disabled:
+      return u"disabled";
+  }
+  return {};
+}
+
+UString stateName(ServiceState state) {
+  switch (state) {
+    case ServiceState::stopped:
+      return u"stopped";
+    case ServiceState::startPending:
+      return u"starting";
+    case ServiceState::stopPending:
+      return u"stopping";
+    case ServiceState::running:
+      return u"running";
+    case ServiceState::continuePending:
+      return u"continuing";
+    case ServiceState::pausePending:
+      return u"pausing";
+    case ServiceState::paused:
+      return u"paused";
+  }
+  return {};
+}
+
+std::string actionName(ServiceRecovery::Kind kind) {
+  switch (kind) {
+    case ServiceRecovery::Kind::none:
+      return "nothing";
+    case ServiceRecovery::Kind::restart:
+      return "restart";
+    case ServiceRecovery::Kind::reboot:
+      return "restart the computer";
+    case ServiceRecovery::Kind::runCommand:
+      return "run a command";
+  }
+  return {};
+}
+
+UString recoveryText(ServiceRecovery const& recovery) {
+  std::string text;
+  for (ServiceRecovery::Action const& action : recovery.actions) {
+    if (!text.empty()) text += ", then ";
+    text += actionName(action.kind) + " after " + std::to_string(action.delay.count()) + " ms";
+  }
+  if (text.empty()) return u"nothing";
+  return toUtf16(text + "; counted anew after " + std::to_string(recovery.resetAfter.count()) +
+                 " s");
+}
+
+UString windowName(WindowState window) {
+  switch (window) {
+    case WindowState::normal:
+      return u"normal";
+    case WindowState::maximized:
+      return u"maximized";
+    case WindowState::minimized:
+      return u"minimized";
+  }
+  return {};
+}
+
+UString iconText(machine::Shortcut const& shortcut) {
+  if (shortcut.iconFile.empty()) return u"the target's own";
+  return shortcut.iconFile + u", " + toUtf16(std::to_string(shortcut.iconIndex));
+}
+
+struct PropertyLister {
+  Properties operator()(machine::Shortcut const& shortcut) const {
+    return {{"Target", shortcut.target},
+            {"Arguments", shortcut.arguments},
+            {"Working folder", shortcut.workingFolder},
+            {"Description", shortcut.description},
+            {"Icon", iconText(shortcut)},
+            {"Window", windowName(shortcut.window)},
+            {"Runs as administrator", yesOrNo(shortcut.runAsAdministrator)},
+            {"Searches for a lost target", yesOrNo(!shortcut.neverSearchForTarget)}};
+  }
+  Properties operator()(machine::TaskDefinition const& task) const {
+    return {{"Program", task.application},
+            {"Arguments", task.arguments},
+            {"Working folder", task.workingFolder},
+            {"Description", task.description},
+            {"Author", task.author},
+            {"Starts at log-on", yesOrNo(task.startsAtLogon)},
+            {"Highest run level", yesOrNo(task.highestRunLevel)},
+            {"Runs as group", task.group},
+            {"Enabled", yesOrNo(task.enabled)}};
+  }
+  Properties operator()(machine::ServiceCondition const& service) const {
+    return {{"Display name", service.definition.displayName},
+            {"Description", service.definition.description},
+            {"Command line", service.definition.commandLine},
+            {"Start", startName(service.definition.start)},
+            {"When it fails", recoveryText(service.definition.recovery)},
+            {"State", stateName(service.state)}};
+  }
+  template <typename Other>
+  Properties operator()(Other const&) const {
+    return {};
+  }
+};
+
+struct StateText {
+  UString operator()(std::monostate) const { return u"none"; }
+  UString operator()(machine::Existing) const { return u"exists"; }
+  UString operator()(machine::FileContent const& file) const {
+    return toUtf16((file.isLink ? "link, " : "") + byteCount(file.size) + ", SHA-256 " +
+                   file.sha256);
+  }
+  UString operator()(RegistryValue const& value) const {
+    return toUtf16(registryTypeName(value.type) + " ") + registryText(value);
+  }
+  UString operator()(UString const& text) const { return text; }
+  template <typename Described>
+  UString operator()(Described const& described) const {
+    return PropertyLister{}(described).front().second;
+  }
+};
+
+/// The entries of a state's text; nullopt when it has none that could be a list.
+std::optional<std::vector<UString>> entriesOf(ItemState const& state) {
+  if (std::holds_alternative<std::monostate>(state)) return std::vector<UString>();
+  auto const* const value = std::get_if<RegistryValue>(&state);
+  if (value && value->type == RegistryType::multiString) {
+    UString const text = storedText(*value);
+    return text.empty() ? std::vector<UString>() : split(text, u'\0');
+  }
+  auto const* const variable = std::get_if<UString>(&state);
+  if (!variable && !(value && isText(value->type))) return std::nullopt;
+  UString const text = variable ? *variable : storedText(*value);
+  return text.empty() ? std::vector<UString>() : split(text, u';');
+}
+
+}  // namespace
+
+Difference differenceOf(Change const& change) {
+  if (std::holds_alternative<std::monostate>(change.before)) return Difference::added;
+  if (std::holds_alternative<std::monostate>(change.after)) return Difference::removed;
+  return Difference::changed;
+}
+
+std::string_view differenceName(Difference difference) {
+  switch (difference) {
+    case Difference::added:
+      return "added";
+    case Difference::changed:
+      return "changed";
+    case Difference::removed:
+      return "removed";
+  }
+  return {};
+}
+
+Group groupOf(Item::Kind kind) {
+  switch (kind) {
+    case Item::Kind::file:
+      return Group::files;
+    case Item::Kind::folder:
+      return Group::folders;
+    case Item::Kind::shortcut:
+      return Group::shortcuts;
+    case Item::Kind::registryKey:
+    case Item::Kind::registryValue:
+      return Group::registry;
+    case Item::Kind::variable:
+      return Group::environment;
+    case Item::Kind::task:
+      return Group::tasks;
+    case Item::Kind::service:
+      return Group::services;
+  }
+  return Group::files;
+}
+
+std::string_view groupName(Group group) {
+  switch (group) {
+    case Group::files:
+      return "Files";
+    case Group::folders:
+      return "Folders";
+    case Group::shortcuts:
+      return "Shortcuts";
+    case Group::registry:
+      return "Registry";
+    case Group::environment:
+      return "Environment";
+    case Group::tasks:
+      return "Tasks";
+    case Group::services:
+      return "Services";
+  }
+  return {};
+}
+
+std::string_view kindName(Item::Kind kind) {
+  switch (kind) {
+    case Item::Kind::file:
+      return "file";
+    case Item::Kind::folder:
+      return "folder";
+    case Item::Kind::shortcut:
+      return "shortcut";
+    case Item::Kind::registryKey:
+      return "registry key";
+    case Item::Kind::registryValue:
+      return "registry value";
+    case Item::Kind::variable:
+      return "environment variable";
+    case Item::Kind::task:
+      return "scheduled task";
+    case Item::Kind::service:
+      return "service";
+  }
+  return {};
+}
+
+UString valueName(Item const& item) {
+  return item.value.empty() ? u"(default)" : item.value;
+}
+
+UString itemName(Item const& item) {
+  return item.kind == Item::Kind::registryValue ? item.where + u"\\" + valueName(item) : item.where;
+}
+
+std::string registryTypeName(RegistryType type) {
+  switch (type) {
+    case RegistryType::none:
+      return "REG_NONE";
+    case RegistryType::string:
+      return "REG_SZ";
+    case RegistryType::expandableString:
+      return "REG_EXPAND_SZ";
+    case RegistryType::binary:
+      return "REG_BINARY";
+    case RegistryType::dword:
+      return "REG_DWORD";
+    case RegistryType::multiString:
+      return "REG_MULTI_SZ";
+    case RegistryType::qword:
+      return "REG_QWORD";
+  }
+  return "type " + std::to_string(static_cast<std::uint32_t>(type));
+}
+
+UString registryText(RegistryValue const& value) {
+  bool const isEven = value.data.size() % 2 == 0;
+  if (isText(value.type) && isEven) return storedText(value);
+  if (value.type == RegistryType::multiString && isEven) {
+    return joined(split(storedText(value), u'\0'));
+  }
+  bool const isNumber = (value.type == RegistryType::dword && value.data.size() == 4) ||
+                        (value.type == RegistryType::qword && value.data.size() == 8);
+  return isNumber ? numberText(value.data) : bytesText(value.data);
+}
+
+UString stateText(ItemState const& state) {
+  return std::visit(StateText{}, state);
+}
+
+std::string byteCount(std::uint64_t size) {
+  std::string digits = std::to_string(size);
+  for (std::size_t i = digits.size(); i > 3; i -= 3) digits.insert(i - 3, ",");
+  return digits + (size == 1 ? " byte" : " bytes");
+}
+
+Properties propertiesOf(ItemState const& state) {
+  return std::visit(PropertyLister{}, state);
+}
+
+std::optional<ListChange> listChange(Change const& change) {
+  auto before = entriesOf(change.before);
+  auto after = entriesOf(change.after);
+  if (!before || !after || std::max(before->size(), after->size()) < 2) return std::nullopt;
+  return ListChange{*std::move(before), *std::move(after)};
+}
+
+std::string_view kindName(HandOver::Kind kind) {
+  switch (kind) {
+    case HandOver::Kind::program:
+      return "program";
+    case HandOver::Kind::shellProgram:
+      return "program opened by the shell";
+    case HandOver::Kind::module:
+      return "module";
+    case HandOver::Kind::bundles:
+      return "bundles of the component framework";
+  }
+  return {};
+}
+
+}  // namespace regplan

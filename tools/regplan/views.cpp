@@ -1,0 +1,384 @@
+#include "tools/regplan/views.hpp"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "machine/printable.hpp"
+#include "tools/regplan/report/report_json.hpp"
+#include "tools/regplan/report/shown_change.hpp"
+#include "tools/regplan/text.hpp"
+
+namespace regplan {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using machine::printable;
+using machine::shortened;
+using machine::toUtf8;
+using ItemOutcome = RestoredItem::Outcome;
+
+constexpr std::string_view outcomeIndent = "      ";
+constexpr std::string_view messageIndent = "        ";
+/// Of a value before or after, in UTF-16 units.
+constexpr std::size_t shownValue = 200;
+
+std::string heading(Request const& request, std::size_t commands) {
+  std::string text;
+  switch (request.verb) {
+    case Verb::preview:
+      text = "Previewing ";
+      break;
+    case Verb::run:
+      text = "Running ";
+      break;
+    case Verb::undo:
+      text = "Undoing ";
+      break;
+    case Verb::restore:
+      text = "Restoring from ";
+      break;
+  }
+  text += printable(request.file);
+  if (request.verb != Verb::restore) text += ", " + counted(commands, "command");
+  if (!request.machine.empty()) text += ", on the simulated machine " + printable(request.machine);
+  return text;
+}
+
+std::string place(std::size_t number, std::size_t total, std::string const& name) {
+  return "[" + std::to_string(number) + "/" + std::to_string(total) + "] " + name;
+}
+
+std::string outcomeLine(CommandResult const& result) {
+  bool const failed = result.outcome == Outcome::failed;
+  std::string line = std::string(outcomeName(result.outcome)) + (failed ? " after " : " in ") +
+                     formatDuration(result.duration);
+  if (failed) line += ": " + printable(result.reason);
+  return line;
+}
+
+std::string handOverLine(machine::HandOver const& handOver) {
+  return std::string(handOverNote) + ": " + printable(toUtf8(handOverText(handOver)));
+}
+
+std::string restoredLine(RestoredItem const& item) {
+  std::string line = std::string(outcomeName(item.outcome)) + ": " +
+                     std::string(kindName(item.item.kind)) + " " +
+                     printable(toUtf8(itemName(item.item)));
+  if (!item.reason.empty()) line += ": " + printable(item.reason);
+  return line;
+}
+
+bool isWorthTelling(RestoredItem const& item) {
+  return isLeft(item.outcome) || item.outcome == ItemOutcome::failed;
+}
+
+bool showsChanges(bool isPreview, Detail detail) {
+  return detail == Detail::verbose || (isPreview && detail == Detail::normal);
+}
+
+std::string listedEntries(std::vector<machine::UString> const& entries,
+                          std::vector<machine::UString> const& others, std::string_view what) {
+  std::string text;
+  for (machine::UString const& entry : entries) {
+    if (entry.empty() || std::ranges::find(others, entry) != others.end()) continue;
+    text += (text.empty() ? "" : ", ") + std::string(what) + " " +
+            shortened(toUtf8(entry), shownValue);
+  }
+  return text;
+}
+
+/// The entries that a list has gained and lost; empty when those are not what changed.
+std::string changedEntries(machine::Change const& change) {
+  if (differenceOf(change) != Difference::changed) return {};
+  auto const list = listChange(change);
+  if (!list) return {};
+  std::string const added = listedEntries(list->after, list->before, "adds");
+  std::string const removed = listedEntries(list->before, list->after, "removes");
+  return added + (added.empty() || removed.empty() ? "" : ", ") + removed;
+}
+
+std::string shownState(machine::ItemState const& state) {
+  return shortened(toUtf8(stateText(state)), shownValue);
+}
+
+std::string valueChange(machine::Change const& change) {
+  if (std::holds_alternative<machine::Existing>(change.before) ||
+      std::holds_alternative<machine::Existing>(change.after)) {
+    return {};
+  }
+  switch (differenceOf(change)) {
+    case Difference::added:
+      return ": " + shownState(change.after);
+    case Difference::removed:
+      return ": " + shownState(change.before);
+    case Difference::changed:
+      break;
+  }
+  std::string const entries = changedEntries(change);
+  if (!entries.empty()) return ": " + entries;
+  return ": " + shownState(change.before) + " -> " + shownState(change.after);
+}
+
+}  // namespace
+
+std::string changeLine(machine::Change const& change) {
+  Difference const difference = differenceOf(change);
+  std::string const sign = difference == Difference::added     ? "+ "
+                           : difference == Difference::removed ? "- "
+                                                               : "~ ";
+  return sign + std::string(kindName(change.item.kind)) + " " +
+         printable(toUtf8(itemName(change.item))) + valueChange(change);
+}
+
+// Plain lines
+
+void PlainView::begin(Request const& request, std::size_t commands) {
+  isPreview_ = request.verb == Verb::preview;
+  if (detail_ != Detail::quiet) output_ << heading(request, commands) << std::endl;
+}
+
+void PlainView::note(std::string const& text) {
+  if (detail_ != Detail::quiet) output_ << text << std::endl;
+}
+
+void PlainView::started(std::size_t number, std::size_t total, std::string const& name) {
+  current_ = place(number, total, name);
+  if (detail_ != Detail::quiet) output_ << "\n" << current_ << std::endl;
+}
+
+void PlainView::message(Message const& message) {
+  if (detail_ != Detail::quiet) output_ << messageIndent << printable(message.text) << std::endl;
+}
+
+void PlainView::handingOver(machine::HandOver const& handOver) {
+  if (showsChanges(isPreview_, detail_)) {
+    output_ << messageIndent << handOverLine(handOver) << std::endl;
+  }
+}
+
+void PlainView::finished(CommandResult const& result) {
+  if (detail_ == Detail::quiet) return quietly(result);
+  output_ << outcomeIndent << outcomeLine(result) << std::endl;
+  if (!showsChanges(isPreview_, detail_)) return;
+  for (machine::Change const& change : result.changes) {
+    output_ << messageIndent << changeLine(change) << std::endl;
+  }
+}
+
+void PlainView::quietly(CommandResult const& result) {
+  if (result.outcome == Outcome::failed) {
+    output_ << current_ << ": " << outcomeLine(result) << std::endl;
+  }
+}
+
+void PlainView::restored(RestoredItem const& item) {
+  if (detail_ != Detail::quiet || isWorthTelling(item)) {
+    output_ << "  " << restoredLine(item) << std::endl;
+  }
+}
+
+void PlainView::end(RunReport const& report) {
+  if (detail_ != Detail::quiet) output_ << "\n";
+  output_ << summary(report) << std::endl;
+}
+
+// A terminal
+
+namespace {
+
+// SGR sequences of ECMA-48.
+constexpr char const* green = "\x1B[32m";
+constexpr char const* cyan = "\x1B[36m";
+constexpr char const* yellow = "\x1B[33m";
+constexpr char const* red = "\x1B[31m";
+constexpr char const* noColour = "\x1B[0m";
+
+char const* colourOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::done:
+      return green;
+    case Outcome::handsOver:
+      return cyan;
+    case Outcome::doneWithProblems:
+      return yellow;
+    case Outcome::failed:
+      break;
+  }
+  return red;
+}
+
+/// As wide as the longest of them.
+std::string stateColumn(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::done:
+      return "done      ";
+    case Outcome::handsOver:
+      return "hands over";
+    case Outcome::doneWithProblems:
+      return "problems  ";
+    case Outcome::failed:
+      break;
+  }
+  return "failed    ";
+}
+
+std::string rightAligned(std::string const& text, std::size_t width) {
+  return std::string(width - std::min(width, text.size()), ' ') + text;
+}
+
+constexpr std::string_view detailIndent = "                        ";
+
+}  // namespace
+
+void TerminalView::line(std::string const& text) {
+  bool const wasLive = isLive_;
+  eraseLive();
+  output_ << text << "\n";
+  if (wasLive) drawLive();
+  output_ << std::flush;
+}
+
+/// Two lines, the cursor at the end of the second. No longer than the terminal is wide, so that
+/// each takes one row.
+void TerminalView::drawLive() {
+  std::size_t const width = terminal_.columns > 1 ? terminal_.columns - 1 : 1;
+  output_ << ("  running     " + running_).substr(0, width) << "\n" << bar().substr(0, width);
+  isLive_ = true;
+}
+
+void TerminalView::eraseLive() {
+  if (isLive_) output_ << "\r\x1B[K\x1B[1A\r\x1B[K";
+  isLive_ = false;
+}
+
+std::string TerminalView::coloured(char const* colour, std::string const& text) const {
+  return terminal_.colours ? colour + text + noColour : text;
+}
+
+std::string TerminalView::coloured(Outcome outcome, std::string const& text) const {
+  return coloured(colourOf(outcome), text);
+}
+
+std::string TerminalView::bar() const {
+  std::string const count = " " + std::to_string(done_) + " of " + std::to_string(total_);
+  std::size_t const room = std::min<std::size_t>(terminal_.columns, 60);
+  std::size_t const width = room > count.size() + 16 ? room - count.size() - 6 : 10;
+  std::size_t const filled = total_ == 0 ? width : width * done_ / total_;
+  return "  [" + std::string(filled, '#') + std::string(width - filled, '.') + "]" + count;
+}
+
+void TerminalView::begin(Request const& request, std::size_t commands) {
+  isPreview_ = request.verb == Verb::preview;
+  total_ = commands;
+  if (detail_ != Detail::quiet) line(heading(request, commands));
+}
+
+void TerminalView::note(std::string const& text) {
+  if (detail_ != Detail::quiet) line(text);
+}
+
+void TerminalView::started(std::size_t, std::size_t total, std::string const& name) {
+  total_ = total;
+  running_ = name;
+  eraseLive();
+  drawLive();
+  output_ << std::flush;
+}
+
+void TerminalView::message(Message const& message) {
+  if (detail_ == Detail::verbose) {
+    line(std::string(detailIndent) + printable(message.text));
+  } else if (detail_ == Detail::normal && message.isTrouble) {
+    line(std::string(detailIndent) + coloured(yellow, printable(message.text)));
+  }
+}
+
+void TerminalView::handingOver(machine::HandOver const& handOver) {
+  if (showsChanges(isPreview_, detail_)) line(std::string(detailIndent) + handOverLine(handOver));
+}
+
+void TerminalView::finished(CommandResult const& result) {
+  ++done_;
+  bool const isTold = detail_ != Detail::quiet || result.outcome == Outcome::failed;
+  if (isTold) {
+    line("  " + coloured(result.outcome, stateColumn(result.outcome)) + " " +
+         rightAligned(formatDuration(result.duration), 10) + " " + result.name);
+  }
+  if (result.outcome == Outcome::failed) {
+    line(std::string(detailIndent) + coloured(red, printable(result.reason)));
+  }
+  if (!showsChanges(isPreview_, detail_)) return;
+  for (machine::Change const& change : result.changes) {
+    line(std::string(detailIndent) + changeLine(change));
+  }
+}
+
+void TerminalView::restored(RestoredItem const& item) {
+  if (detail_ == Detail::quiet && !isWorthTelling(item)) return;
+  char const* const colour = item.outcome == ItemOutcome::failed ? red
+                             : isLeft(item.outcome)              ? yellow
+                                                                 : green;
+  line("  " + coloured(colour, restoredLine(item)));
+}
+
+void TerminalView::end(RunReport const& report) {
+  eraseLive();
+  std::string const text = summary(report);
+  if (detail_ != Detail::quiet) output_ << "\n";
+  output_ << (hasFailures(report) ? coloured(red, text) : text) << std::endl;
+}
+
+// Events
+
+namespace {
+
+/// In ASCII: nothing in a text can end the line or command a terminal.
+void write(std::ostream& output, Json const& event) {
+  output << event.dump(-1, ' ', true) << std::endl;
+}
+
+}  // namespace
+
+void EventView::begin(Request const&, std::size_t) {}
+
+void EventView::note(std::string const& text) {
+  errors_ << text << std::endl;
+}
+
+void EventView::started(std::size_t number, std::size_t total, std::string const& name) {
+  number_ = number;
+  write(output_, {{"event", "started"}, {"number", number}, {"total", total}, {"command", name}});
+}
+
+void EventView::message(Message const& message) {
+  write(output_, {{"event", "message"}, {"number", number_}, {"message", toJson(message)}});
+}
+
+void EventView::handingOver(machine::HandOver const& handOver) {
+  write(output_, {{"event", "handOver"}, {"number", number_}, {"handOver", toJson(handOver)}});
+}
+
+void EventView::finished(CommandResult const& result) {
+  for (machine::Change const& change : result.changes) {
+    write(output_, {{"event", "change"}, {"number", number_}, {"change", toJson(change)}});
+  }
+  Json event = {{"event", "finished"},
+                {"number", number_},
+                {"command", result.name},
+                {"outcome", outcomeKey(result.outcome)},
+                {"seconds", inSeconds(result.duration)}};
+  if (result.outcome == Outcome::failed) event["reason"] = wellFormed(result.reason);
+  write(output_, event);
+}
+
+void EventView::restored(RestoredItem const& item) {
+  write(output_, {{"event", "restored"}, {"item", toJson(item)}});
+}
+
+void EventView::end(RunReport const& report) {
+  write(output_, {{"event", "summary"},
+                  {"request", requestJson(report.request)},
+                  {"summary", summaryJson(report)}});
+}
+
+}  // namespace regplan
