@@ -33,13 +33,25 @@ struct Item {
   bool operator==(Item const&) const = default;
 };
 
-/// Equal for the names of one and the same item: without regard to case.
+/// A key or a value of it as an item, its path without empty names.
+REGISTRATION_API Item itemOf(RegistryKey const& key);
+REGISTRATION_API Item itemOf(RegistryKey const& key, std::u16string_view value);
+
+/// The key of a registryKey or registryValue. Throws SystemError (badPathName) for any other item.
+REGISTRATION_API RegistryKey keyOf(Item const& item);
+
+/// Equal for the names of one and the same item: without regard to case. A path names one item,
+/// whether a file, a folder or a shortcut is there.
 REGISTRATION_API bool sameItem(Item const& a, Item const& b);
 
-/// A file's content, told by size and SHA-256; `bytes` too while it is short enough to be shown.
+/// Equal for two items when sameItem holds, for use as a map's key.
+REGISTRATION_API UString identityOf(Item const& item);
+
+/// A file's content, told by size and SHA-256; `bytes` too while it is short enough to be shown. A
+/// link to a file has the content that it leads to.
 struct FileContent {
   std::uint64_t size = 0;
-  std::string sha256;  ///< 64 lower-case hexadecimal digits
+  std::string sha256;  ///< 64 lower-case hexadecimal digits; empty when the content cannot be read
   std::optional<std::string> bytes;
   bool isLink = false;
 
@@ -62,7 +74,8 @@ struct ServiceCondition {
 using ItemState = std::variant<std::monostate, Existing, FileContent, Shortcut, RegistryValue,
                                UString, TaskDefinition, ServiceCondition>;
 
-/// How the item is now. File contents up to `shownBytes` come with their bytes. Throws SystemError.
+/// How the item is now: of a path what is there, whatever kind of item it was. File contents up to
+/// `shownBytes` come with their bytes. Throws SystemError.
 REGISTRATION_API ItemState stateOf(Machine& machine, Item const& item, std::size_t shownBytes);
 
 /// One difference between two moments.
@@ -97,7 +110,8 @@ class ChangeObserver {
   /// Comes before each operation that may change the item; what it throws keeps the operation from
   /// happening.
   virtual void aboutToChange(Item const& item) = 0;
-  /// Comes after the operation announced last has ended, with success or with an exception.
+  /// Comes after the operation announced for the item has ended, with success or with an exception.
+  /// A file that is written to has ended when it is closed, so that others may be announced before.
   virtual void changed(Item const& item) = 0;
   /// Comes before the word is given.
   virtual void aboutToHandOver(HandOver const& handOver) = 0;

@@ -19,7 +19,8 @@ namespace machine {
 struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;
-  std::uint64_t size = 0;  ///< bytes; 0 for a folder
+  std::uint64_t size = 0;   ///< bytes; 0 for a folder
+  bool isReadOnly = false;  ///< a file that is not written to; never a folder or a link
 };
 
 /// One name in a folder. `name` is valid until the next call on the stream that gave it.

@@ -150,6 +150,14 @@ std::vector<std::u16string_view> components(std::u16string_view path) {
   return names;
 }
 
+bool isFileName(std::u16string_view name) {
+  constexpr std::u16string_view reserved = u"<>:\"/\\|?*";
+  return !name.empty() && name != u"." && name != u".." &&
+         std::none_of(name.begin(), name.end(), [&](char16_t unit) {
+           return unit < 0x20 || reserved.find(unit) != reserved.npos;
+         });
+}
+
 UString toNative(std::u16string_view path) {
   UString native(path);
   if (!isVerbatim(path)) std::replace(native.begin(), native.end(), u'/', u'\\');

@@ -31,6 +31,10 @@ REGISTRATION_API bool isVerbatim(std::u16string_view path);
 /// The names after the root: `C:\a\\b/c` -> a, b, c.
 REGISTRATION_API std::vector<std::u16string_view> components(std::u16string_view path);
 
+/// A name that a file can have: not empty, not "." or "..", no control character, none of
+/// <>:"/\|?*.
+REGISTRATION_API bool isFileName(std::u16string_view name);
+
 /// Every "/" becomes "\"; a verbatim path stays as it is.
 REGISTRATION_API UString toNative(std::u16string_view path);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "machine/error.hpp"
+
 namespace machine {
 
 namespace {
@@ -20,6 +22,15 @@ void appendUnit(std::string& bytes, char16_t unit) {
   bytes += static_cast<char>(unit >> 8);
 }
 
+// Microsoft, "Registry element size limits".
+constexpr std::size_t longestKeyName = 255;
+constexpr std::size_t longestValueName = 16383;
+constexpr std::size_t deepestKey = 512;
+
+UString fullName(RegistryKey const& key) {
+  return UString(registryRootName(key.root)) + u'\\' + key.path;
+}
+
 }  // namespace
 
 std::u16string_view registryRootName(RegistryRoot root) {
@@ -32,6 +43,28 @@ std::optional<RegistryRoot> registryRootFromName(std::u16string_view name) {
   for (auto const& [root, rootName] : rootNames)
     if (equalIgnoringCase(rootName, name)) return root;
   return std::nullopt;
+}
+
+std::vector<UString> keyNames(RegistryKey const& key) {
+  auto const require = [&](bool condition, ErrorCode code) {
+    if (!condition) throw SystemError("open the registry key", fullName(key), code);
+  };
+  require(!key.path.starts_with(u'\\'), ErrorCode::badPathName);
+  require(key.path.find(u'\0') == UString::npos, ErrorCode::invalidParameter);
+  std::vector<UString> names;
+  for (std::size_t at = 0; at < key.path.size();) {
+    auto const end = std::min(key.path.find(u'\\', at), key.path.size());
+    if (end > at) names.push_back(key.path.substr(at, end - at));
+    require(end - at <= longestKeyName, ErrorCode::invalidParameter);
+    at = end + 1;
+  }
+  require(names.size() <= deepestKey, ErrorCode::invalidParameter);
+  return names;
+}
+
+void requireValueName(RegistryKey const& key, std::u16string_view name) {
+  if (name.size() > longestValueName || name.find(u'\0') != name.npos)
+    throw SystemError("set a registry value of", fullName(key), ErrorCode::invalidParameter);
 }
 
 RegistryValue RegistryValue::ofText(std::u16string_view text, RegistryType type) {

@@ -26,6 +26,15 @@ struct RegistryKey {
   bool operator==(RegistryKey const&) const = default;
 };
 
+/// The names that a key's path consists of; empty ones count not. Throws SystemError for what no
+/// key can have: a separator at the start (badPathName), NULs, names of more than 255 units, more
+/// than 512 of them (invalidParameter).
+REGISTRATION_API std::vector<UString> keyNames(RegistryKey const& key);
+
+/// Throws SystemError (invalidParameter) for a name that no value of the key can have: more than
+/// 16,383 units or a NUL.
+REGISTRATION_API void requireValueName(RegistryKey const& key, std::u16string_view name);
+
 /// Types of registry values (winnt.h). Values of other types are carried as their number.
 enum class RegistryType : std::uint32_t {
   none = 0,

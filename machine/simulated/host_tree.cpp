@@ -16,14 +16,6 @@ Place unreachable(ErrorCode problem) {
   return {problem, {}, fs::file_status(fs::file_type::not_found), false};
 }
 
-/// A name that Windows can give a file. "/" is part of a name in verbatim paths.
-bool isValidName(std::u16string_view name) {
-  if (name.empty() || name == u"." || name == u".." || !isWellFormed(name)) return false;
-  return std::none_of(name.begin(), name.end(), [](char16_t unit) {
-    return unit < 0x20 || std::u16string_view(u"<>:\"/\\|?*").find(unit) != UString::npos;
-  });
-}
-
 /// `C:` or `C:\`.
 bool isDrive(std::u16string_view root) {
   auto const letter = root.empty() ? UString() : foldCase(root.substr(0, 1));
@@ -96,7 +88,8 @@ bool HostTree::sameVolume(std::u16string_view a, std::u16string_view b) const {
 
 Place HostTree::step(Place const& folder, std::u16string_view name) const {
   if (folder.problem != ErrorCode::success) return folder;
-  if (!isValidName(name)) return unreachable(ErrorCode::invalidName);
+  if (!path_grammar::isFileName(name) || !isWellFormed(name))
+    return unreachable(ErrorCode::invalidName);
   if (!folder.exists()) return unreachable(ErrorCode::pathNotFound);
   auto const parent = folder.isLink() ? follow(folder) : folder;
   if (parent.problem != ErrorCode::success)

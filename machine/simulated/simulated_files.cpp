@@ -199,8 +199,9 @@ std::optional<FileStatus> SimulatedFiles::status(std::u16string_view path) {
   auto const place = tree_.find(absolute(path));
   if (isNowhere(place)) return std::nullopt;
   operation.existing(place);
-  FileStatus result{isFolder(place.host, place.status), place.isLink(), 0};
+  FileStatus result{isFolder(place.host, place.status), place.isLink()};
   if (fs::is_regular_file(place.status)) {
+    result.isReadOnly = isReadOnly(place.status);
     std::error_code error;
     result.size = fs::file_size(place.host, error);
     operation.check(error);

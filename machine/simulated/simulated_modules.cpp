@@ -37,7 +37,7 @@ bool endsName(char byte) {
 }
 
 bool exports(std::string const& module, std::string const& entryPoint) {
-  if (entryPoint.empty()) return false;
+  if (entryPoint.empty() || entryPoint.find('\0') != entryPoint.npos) return false;
   for (auto at = module.find(entryPoint); at != module.npos; at = module.find(entryPoint, at + 1)) {
     auto const end = at + entryPoint.size();
     if ((at == 0 || endsName(module[at - 1])) && (end == module.size() || endsName(module[end])))

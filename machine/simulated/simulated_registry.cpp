@@ -10,32 +10,15 @@ namespace machine::simulated {
 
 namespace {
 
-// Microsoft, "Registry element size limits".
-constexpr std::size_t longestKeyName = 255;
-constexpr std::size_t longestValueName = 16383;
-constexpr std::size_t deepestKey = 512;
-
 UString fullName(RegistryKey const& key) {
   return UString(registryRootName(key.root)) + u'\\' + key.path;
 }
 
-/// The names of a key's path. Throws for what the registry cannot hold.
+/// keyNames of what the JSON file can carry.
 std::vector<UString> namesOf(RegistryKey const& key) {
-  auto const require = [&](bool condition, ErrorCode code) {
-    if (!condition) throw SystemError("open the registry key", fullName(key), code);
-  };
-  require(!key.path.starts_with(u'\\'), ErrorCode::badPathName);
-  require(isWellFormed(key.path) && key.path.find(u'\0') == UString::npos,
-          ErrorCode::invalidParameter);
-  std::vector<UString> names;
-  for (std::size_t at = 0; at < key.path.size();) {
-    auto const end = std::min(key.path.find(u'\\', at), key.path.size());
-    if (end > at) names.push_back(key.path.substr(at, end - at));
-    require(end - at <= longestKeyName, ErrorCode::invalidParameter);
-    at = end + 1;
-  }
-  require(names.size() <= deepestKey, ErrorCode::invalidParameter);
-  return names;
+  if (!isWellFormed(key.path))
+    throw SystemError("open the registry key", fullName(key), ErrorCode::invalidParameter);
+  return keyNames(key);
 }
 
 RegistryKey withoutAlias(RegistryKey const& key) {
@@ -128,9 +111,8 @@ std::optional<RegistryValue> SimulatedRegistry::value(RegistryKey const& key,
 
 void SimulatedRegistry::setValue(RegistryKey const& key, std::u16string_view name,
                                  RegistryValue const& value) {
-  bool const isValidName = name.size() <= longestValueName && isWellFormed(name) &&
-                           name.find(u'\0') == std::u16string_view::npos;
-  if (!isValidName)
+  requireValueName(key, name);
+  if (!isWellFormed(name))
     throw SystemError("set a registry value of", fullName(key), ErrorCode::invalidParameter);
   auto& [entryName, entryValue] = make(key).values[foldCase(name)];
   if (entryName.empty()) entryName = name;

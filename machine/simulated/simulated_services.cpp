@@ -2,17 +2,13 @@
 
 #include <array>
 
-#include "machine/error.hpp"
+#include "machine/service_rules.hpp"
 
 namespace machine::simulated {
 
 using nlohmann::json;
 
 namespace {
-
-constexpr std::uint32_t serviceDisabled = 1058;      // ERROR_SERVICE_DISABLED
-constexpr std::uint32_t serviceDoesNotExist = 1060;  // ERROR_SERVICE_DOES_NOT_EXIST
-constexpr std::size_t longestName = 256;             // winsvc.h
 
 template <typename Value>
 struct Named {
@@ -70,25 +66,6 @@ ServiceDefinition readDefinition(JsonValue const& record) {
           readRecovery(record.member("recovery"))};
 }
 
-/// The program of a command line, as the system finds it: to the second quote, or else, of all the
-/// names up to a blank, the first that exists.
-UString programOf(UString const& commandLine, Files& files) {
-  if (commandLine.starts_with(u'"')) return commandLine.substr(1, commandLine.find(u'"', 1) - 1);
-  for (auto end = commandLine.find(u' '); end != UString::npos;
-       end = commandLine.find(u' ', end + 1)) {
-    auto const name = commandLine.substr(0, end);
-    for (auto const& candidate : {name, name + u".exe"})
-      if (auto const status = files.status(candidate); status && !status->isDirectory)
-        return candidate;
-  }
-  return commandLine;
-}
-
-bool isName(std::u16string_view name) {
-  return !name.empty() && name.size() <= longestName &&
-         name.find_first_of(u"/\\") == std::u16string_view::npos;
-}
-
 }  // namespace
 
 void SimulatedServices::readServices(JsonValue const& document) {
@@ -118,9 +95,7 @@ std::optional<ServiceState> SimulatedServices::state(std::u16string_view name) {
 }
 
 void SimulatedServices::set(std::u16string_view name, ServiceDefinition const& definition) {
-  if (!isName(name)) throw SystemError("set the service", name, ErrorCode::invalidName);
-  if (definition.commandLine.empty())
-    throw SystemError("set the service", name, ErrorCode::invalidParameter);
+  requireService(name, definition);
   auto& service = services_[foldCase(name)];
   if (service.name.empty()) service.name = name;
   service.definition = definition;
@@ -133,13 +108,8 @@ bool SimulatedServices::remove(std::u16string_view name) {
 void SimulatedServices::start(std::u16string_view name, std::chrono::milliseconds) {
   auto& service = existing("start the service", name);
   if (service.running) return;
-  if (service.definition.start == ServiceStart::disabled)
-    throw SystemError("start the service", name, serviceDisabled,
-                      "The service cannot be started, either because it is disabled or because it "
-                      "has no enabled devices associated with it.");
-  auto const status = files_.status(programOf(service.definition.commandLine, files_));
-  if (!status || status->isDirectory)
-    throw SystemError("start the service", name, ErrorCode::fileNotFound);
+  requireEnabled(name, service.definition);
+  requireProgram(name, service.definition, files_);
   service.running = true;
   ++service.starts;
 }
@@ -171,9 +141,7 @@ SimulatedServices::Service* SimulatedServices::find(std::u16string_view name) {
 SimulatedServices::Service& SimulatedServices::existing(std::string_view operation,
                                                         std::u16string_view name) {
   auto* const service = find(name);
-  if (!service)
-    throw SystemError(operation, name, serviceDoesNotExist,
-                      "The specified service does not exist as an installed service.");
+  if (!service) throw missingService(operation, name);
   return *service;
 }
 

@@ -57,16 +57,21 @@ std::optional<WIN32_FIND_DATAW> listedEntry(UString path) {
   return find ? std::optional(data) : std::nullopt;
 }
 
-FileStatus statusOf(WIN32_FIND_DATAW const& data) {
+/// Of what FindFirstFileW or GetFileAttributesExW told.
+template <class Data>
+FileStatus statusOf(Data const& data, bool link) {
   bool const directory = isDirectory(data.dwFileAttributes);
-  return {directory, isLink(data.dwFileAttributes, data.dwReserved0),
-          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  return {directory, link,
+          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow,
+          !directory && !link && (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0};
+}
+
+FileStatus statusOf(WIN32_FIND_DATAW const& data) {
+  return statusOf(data, isLink(data.dwFileAttributes, data.dwReserved0));
 }
 
 FileStatus statusOf(WIN32_FILE_ATTRIBUTE_DATA const& data) {
-  bool const directory = isDirectory(data.dwFileAttributes);
-  return {directory, false,
-          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  return statusOf(data, false);
 }
 
 bool directoryExists(UString const& path) {

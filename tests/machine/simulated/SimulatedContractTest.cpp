@@ -1,6 +1,8 @@
 #include <fstream>
 
 #include "machine/simulated/simulated_machine.hpp"
+#include "machine/watch/change_recorder.hpp"
+#include "machine/watch/watched_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/temporary_folder.hpp"
@@ -63,6 +65,16 @@ class DecoratedUnderTest final : public SimulatedUnderTest {
   tests::FaultyMachine decorator_{SimulatedUnderTest::machine()};
 };
 
+/// The same machine while it is watched.
+class WatchedUnderTest final : public SimulatedUnderTest {
+ public:
+  machine::Machine& machine() override { return watched_; }
+
+ private:
+  machine::watch::ChangeRecorder recorder_{SimulatedUnderTest::machine(), 0};
+  machine::watch::WatchedMachine watched_{SimulatedUnderTest::machine(), {&recorder_}};
+};
+
 template <typename UnderTest>
 Provider provider(std::string name) {
   return {std::move(name), [] { return std::make_unique<UnderTest>(); }};
@@ -74,3 +86,4 @@ Provider provider(std::string name) {
 
 INSTANTIATE_MACHINE_CONTRACT(Simulated, provider<SimulatedUnderTest>("simulated"));
 INSTANTIATE_MACHINE_CONTRACT(Decorated, provider<DecoratedUnderTest>("decorated"));
+INSTANTIATE_MACHINE_CONTRACT(Watched, provider<WatchedUnderTest>("watched"));
