@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "machine/api.hpp"
 #include "machine/error.hpp"
 #include "machine/simulated/host_calls.hpp"
 #include "machine/unicode.hpp"
@@ -11,7 +12,7 @@
 namespace machine::simulated {
 
 /// An open file of the host. Failures are std::system_error with the host's error.
-class HostFile {
+class REGISTRATION_API HostFile {
  public:
   HostFile(std::filesystem::path const& path, host::OpenMode mode);
   ~HostFile();

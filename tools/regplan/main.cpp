@@ -11,12 +11,11 @@ namespace {
 
 int run(std::vector<std::string> arguments) {
   machine::Console const console;
-  return regplan::runProgram(
-      std::move(arguments),
-      {std::cout,
-       std::cerr,
-       std::chrono::steady_clock::now,
-       {console.isTerminal(), console.takesColours(), console.columns()}});
+  return regplan::runProgram(std::move(arguments),
+                             {std::cout,
+                              std::cerr,
+                              std::chrono::steady_clock::now,
+                              {console.isTerminal(), console.takesColours(), console.columns()}});
 }
 
 }  // namespace

@@ -12,9 +12,13 @@
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
 #include "machine/machine.hpp"
+#include "machine/overlay/overlay_machine.hpp"
 #include "machine/printable.hpp"
 #include "machine/simulated/simulated_machine.hpp"
-#include "tools/regplan/report.hpp"
+#include "machine/watch/watched_machine.hpp"
+#include "tools/regplan/listing.hpp"
+#include "tools/regplan/report/report_file.hpp"
+#include "tools/regplan/report/report_schema.hpp"
 #include "tools/regplan/schema.hpp"
 #include "tools/regplan/text.hpp"
 
@@ -46,9 +50,14 @@ constexpr char const* footer =
     "A command that fails does not keep the following ones from running. \"done with\n"
     "problems\" marks one that ended normally after reporting trouble in its messages.\n"
     "\n"
+    "A preview keeps every change in memory and runs no foreign code: where a command\n"
+    "starts a program, calls a module or starts bundles, it says \"hands over to foreign\n"
+    "code\". What that code does is in no preview, no report and no journal.\n"
+    "\n"
     "Exit codes:\n"
     "  0  every command ran to its end, with or without problems\n"
-    "  1  at least one command failed: an exception left it\n"
+    "  1  at least one command failed: an exception left it; or a report or the\n"
+    "     simulated machine could not be saved\n"
     "  2  the command line or the plan was refused; nothing was changed";
 
 struct CommandLine {
@@ -56,6 +65,12 @@ struct CommandLine {
   std::string machine;  ///< empty: this computer
   std::string log;      ///< empty: the default
   bool noLog = false;
+  std::vector<std::string> reports;
+  bool quiet = false;
+  bool verbose = false;
+  bool json = false;
+  bool schemaOfReports = false;
+  bool schemaOfEvents = false;
 };
 
 /// A command line or a surrounding that the program cannot work with.
@@ -70,13 +85,16 @@ void addPlan(CLI::App& verb, CommandLine& given) {
       ->type_name("");
 }
 
-void addRunOptions(CLI::App& verb, CommandLine& given) {
+void addMachine(CLI::App& verb, CommandLine& given) {
   verb.add_option("--machine", given.machine,
                   "Work on the simulated machine in this folder, which\n"
                   "exists, instead of this computer; required where\n"
                   "this is no Windows computer")
       ->type_name("DIR")
       ->option_text("DIR");
+}
+
+void addLog(CLI::App& verb, CommandLine& given) {
   auto* const log = verb.add_option("--log", given.log,
                                     "Append the installation log to this file, a Windows\n"
                                     "path on the machine worked on; without it, to\n"
@@ -85,6 +103,29 @@ void addRunOptions(CLI::App& verb, CommandLine& given) {
                         ->type_name("FILE")
                         ->option_text("FILE");
   verb.add_flag("--no-log", given.noLog, "Write no log file")->option_text(" ")->excludes(log);
+}
+
+void addOutput(CLI::App& verb, CommandLine& given) {
+  verb.add_option("--report", given.reports,
+                  "Write a report: a page for people where FILE ends in\n"
+                  ".html, for programs where it ends in .json; may be\n"
+                  "given more than once")
+      ->type_name("FILE")
+      ->option_text("FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  auto* const quiet =
+      verb.add_flag("--quiet", given.quiet, "Show failures and the summary only")->option_text(" ");
+  auto* const verbose =
+      verb.add_flag("--verbose", given.verbose, "Show messages and changes as well")
+          ->option_text(" ")
+          ->excludes(quiet);
+  verb.add_flag("--json", given.json,
+                "Write nothing but events to standard output, a JSON\n"
+                "object a line (\"regplan schema --events\")")
+      ->option_text(" ")
+      ->excludes(quiet)
+      ->excludes(verbose);
 }
 
 /// The machine that `directory` stands for; none when it is empty and this computer is meant.
@@ -128,32 +169,26 @@ UString logFile(CommandLine const& given) {
   return (Path(folder) / Path(u"Vortan") / Path(u"registration.log")).ustring();
 }
 
-/// Opens the log and tells where it is, or that the run goes on without one.
-void openLog(CommandLine const& given, std::ostream& output) {
+/// Opens the log and tells where it is, or that the run goes on without one. The file's name; empty
+/// without one.
+std::string openLog(CommandLine const& given, View& view) {
   std::vector<std::string> troubles;
-  bool opened = false;
   try {
     logger::scoped_observer const watch([&troubles](UString const& message) {
       troubles.push_back(fl::i18n::ustring_to_utf8(message));
     });
     UString const file = logFile(given);
-    opened = logger::set_destination(file);
-    if (opened) output << "Log: " << printable(fl::i18n::ustring_to_utf8(file)) << "\n";
+    std::string const name = fl::i18n::ustring_to_utf8(file);
+    if (logger::set_destination(file)) {
+      view.note("Log: " + printable(name));
+      return name;
+    }
   } catch (std::exception const& failure) {
     troubles.push_back(failure.what());
   }
-  if (opened) return;
-  output << "No log is written:\n";
-  for (std::string const& trouble : troubles) output << "  " << printable(trouble) << "\n";
-}
-
-std::string heading(CommandLine const& given, Operation operation, std::size_t commands) {
-  std::string text = operation == Operation::execute ? "Running " : "Undoing ";
-  text += printable(given.plan) + ", " + counted(commands, "command");
-  if (!given.machine.empty()) {
-    text += ", on the simulated machine " + printable(given.machine);
-  }
-  return text;
+  view.note("No log is written:");
+  for (std::string const& trouble : troubles) view.note("  " + printable(trouble));
+  return {};
 }
 
 /// Closes the log file at the end of a run.
@@ -164,40 +199,105 @@ struct LogScope {
   ~LogScope() { logger::close_destination(); }
 };
 
-/// Keeps what the run did to a simulated machine; false after telling that it was lost.
-bool saved(SimulatedMachine* simulated, std::ostream& errors) {
+/// False after telling why what was done could not be kept.
+template <typename Action>
+bool succeeds(std::ostream& errors, std::string_view what, Action const& action) {
   try {
-    if (simulated) simulated->save();
+    action();
     return true;
   } catch (std::exception const& failure) {
-    errors << "regplan: the simulated machine could not be saved: " << printable(failure.what())
-           << "\n";
+    errors << "regplan: " << what << printable(failure.what()) << std::endl;
     return false;
   }
 }
 
-ExitCode runOn(CommandLine const& given, Operation operation, Surroundings const& surroundings) {
-  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
-  if (!plan) return refused;
-  std::ostream& output = surroundings.output;
-  output << heading(given, operation, plan->commands.size()) << "\n";
-  LogScope const log;
-  if (!given.noLog) openLog(given, output);
-  TextProgress progress(output);
-  auto const results = runPlan(*plan, operation, progress, surroundings.now);
-  output << "\n" << summary(results) << std::endl;
-  bool const anyFailed = std::ranges::count(results, Outcome::failed, &CommandResult::outcome) > 0;
-  return anyFailed ? commandFailed : allRan;
+std::unique_ptr<View> makeView(CommandLine const& given, Surroundings const& surroundings) {
+  if (given.json) return std::make_unique<EventView>(surroundings.output, surroundings.errors);
+  Detail const detail = given.quiet     ? Detail::quiet
+                        : given.verbose ? Detail::verbose
+                                        : Detail::normal;
+  if (!surroundings.terminal.isTerminal) {
+    return std::make_unique<PlainView>(surroundings.output, detail);
+  }
+  return std::make_unique<TerminalView>(surroundings.output, surroundings.terminal, detail);
 }
 
-ExitCode runVerb(CommandLine const& given, Operation operation, Surroundings const& surroundings) {
+Request requestOf(Verb verb, CommandLine const& given) {
+  Request request;
+  request.verb = verb;
+  request.file = given.plan;
+  request.machine = given.machine;
+  auto const computer = machine::current().environment().variable(u"COMPUTERNAME");
+  if (computer) request.computer = machine::toUtf8(*computer);
+  request.started = machine::current().clock().now();
+  return request;
+}
+
+using ReportFiles = std::vector<std::unique_ptr<ReportFile>>;
+
+ReportFiles openReports(CommandLine const& given) {
+  ReportFiles files;
+  for (std::string const& name : given.reports) files.push_back(std::make_unique<ReportFile>(name));
+  return files;
+}
+
+bool writeReports(ReportFiles const& files, RunReport const& report, std::ostream& errors) {
+  bool complete = true;
+  for (auto const& file : files) {
+    complete = succeeds(errors, "", [&] { file->write(report); }) && complete;
+  }
+  return complete;
+}
+
+/// Runs the plan on the current machine, watched when anybody is to be told of changes.
+void perform(Plan const& plan, CommandLine const& given, RunReport& report, View& view,
+             Surroundings const& surroundings) {
+  bool const isPreview = report.request.verb == Verb::preview;
+  Operation const operation =
+      report.request.verb == Verb::undo ? Operation::undo : Operation::execute;
+  machine::Machine& target = machine::current();
+  std::optional<machine::overlay::OverlayMachine> overlay;
+  if (isPreview) overlay.emplace(target);
+  machine::Machine& changed = overlay ? *overlay : target;
+
+  CommandWatch watch(changed, isPreview);
+  machine::watch::WatchedMachine watched(changed, {&watch});
+  bool const isWatched = isPreview || given.verbose || given.json || !given.reports.empty();
+  machine::ScopedMachine const scope(isWatched ? watched : changed);
+  report.commands = runPlan(plan, operation, view, surroundings.now, isWatched ? &watch : nullptr);
+}
+
+ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
+  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
+  if (!plan) return refused;
+  ReportFiles const files = openReports(given);
+  RunReport report{requestOf(verb, given)};
+  report.request.options = plan->options;
+  auto const view = makeView(given, surroundings);
+  view->begin(report.request, plan->commands.size());
+  {
+    LogScope const log;
+    bool const isLogged = verb != Verb::preview && !given.noLog;
+    if (isLogged) report.request.log = openLog(given, *view);
+    perform(*plan, given, report, *view, surroundings);
+  }
+  for (CommandResult const& result : report.commands) report.duration += result.duration;
+  view->end(report);
+  bool const complete = writeReports(files, report, surroundings.errors);
+  return hasFailures(report) || !complete ? commandFailed : allRan;
+}
+
+ExitCode runVerb(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
   std::unique_ptr<SimulatedMachine> const simulated = simulatedMachine(given.machine);
   std::optional<machine::ScopedMachine> scope;
   if (simulated) scope.emplace(*simulated);
   requireMachine();
-  ExitCode const result = runOn(given, operation, surroundings);
-  if (result == refused || saved(simulated.get(), surroundings.errors)) return result;
-  return commandFailed;
+  ExitCode const result = runOn(given, verb, surroundings);
+  if (result == refused || !simulated) return result;
+  bool const isSaved =
+      succeeds(surroundings.errors,
+               "the simulated machine could not be saved: ", [&] { simulated->save(); });
+  return isSaved ? result : commandFailed;
 }
 
 ExitCode validateVerb(CommandLine const& given, Surroundings const& surroundings) {
@@ -213,19 +313,24 @@ ExitCode listVerb(Surroundings const& surroundings) {
   return allRan;
 }
 
-ExitCode schemaVerb(Surroundings const& surroundings) {
-  surroundings.output << planSchema(commandCatalogue(), optionCatalogue()) << std::flush;
+ExitCode schemaVerb(CommandLine const& given, Surroundings const& surroundings) {
+  surroundings.output << (given.schemaOfReports ? reportSchema()
+                          : given.schemaOfEvents
+                              ? eventSchema()
+                              : planSchema(commandCatalogue(), optionCatalogue()))
+                      << std::flush;
   return allRan;
 }
 
-constexpr std::array<std::string_view, 5> verbs = {"run", "undo", "validate", "list", "schema"};
+constexpr std::array<std::string_view, 6> verbs = {"preview",  "run",  "undo",
+                                                   "validate", "list", "schema"};
 
 /// What is wrong with the command line.
 std::string reasonOf(CLI::ParseError const& error, CLI::App const& app) {
   std::vector<std::string> const extras = app.remaining(true);
   if (app.get_subcommands().empty()) {
     std::string const given = extras.empty() ? "" : extras.front();
-    return extras.empty() ? "a verb is needed: run, undo, validate, list or schema"
+    return extras.empty() ? "a verb is needed: preview, run, undo, validate, list or schema"
                           : unknown("verb " + inQuotes(given), given, verbs);
   }
   if (extras.empty()) return printable(error.what());
@@ -246,27 +351,40 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
   app.footer(footer);
 
   CommandLine given;
+  CLI::App* const preview =
+      app.add_subcommand("preview", "Show what running a plan would change, and change nothing");
   CLI::App* const run = app.add_subcommand("run", "Execute the plan's commands, in its order");
   CLI::App* const undo = app.add_subcommand("undo", "Undo the plan's commands, in the same order");
   CLI::App* const validate = app.add_subcommand("validate", "Check a plan and run nothing");
   CLI::App* const list =
       app.add_subcommand("list", "List the commands, arguments and options of plans");
   CLI::App* const schema = app.add_subcommand("schema", "Print the JSON Schema of plans");
-  for (CLI::App* const verb : {run, undo, validate, list, schema}) {
+  for (CLI::App* const verb : {preview, run, undo, validate, list, schema}) {
     verb->set_help_flag("--help", "Show this help");
     verb->footer("Exit codes and the form of plans: regplan --help");
   }
-  for (CLI::App* const verb : {run, undo, validate}) addPlan(*verb, given);
-  for (CLI::App* const verb : {run, undo}) addRunOptions(*verb, given);
+  for (CLI::App* const verb : {preview, run, undo, validate}) addPlan(*verb, given);
+  for (CLI::App* const verb : {preview, run, undo}) addMachine(*verb, given);
+  for (CLI::App* const verb : {run, undo}) addLog(*verb, given);
+  for (CLI::App* const verb : {preview, run, undo}) addOutput(*verb, given);
+  auto* const ofReports =
+      schema->add_flag("--report", given.schemaOfReports, "That of reports in JSON instead")
+          ->option_text(" ");
+  schema
+      ->add_flag("--events", given.schemaOfEvents,
+                 "That of the events of --json, one of them, instead")
+      ->option_text(" ")
+      ->excludes(ofReports);
 
   try {
     std::ranges::reverse(arguments);
     app.parse(std::move(arguments));
-    if (*run) return runVerb(given, Operation::execute, surroundings);
-    if (*undo) return runVerb(given, Operation::undo, surroundings);
+    if (*preview) return runVerb(given, Verb::preview, surroundings);
+    if (*run) return runVerb(given, Verb::run, surroundings);
+    if (*undo) return runVerb(given, Verb::undo, surroundings);
     if (*validate) return validateVerb(given, surroundings);
     if (*list) return listVerb(surroundings);
-    return schemaVerb(surroundings);
+    return schemaVerb(given, surroundings);
   } catch (CLI::CallForHelp const&) {
     surroundings.output << app.help();
     return allRan;

@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "tools/regplan/runner.hpp"
+#include "tools/regplan/views.hpp"
 
 namespace regplan {
 
 enum ExitCode : int {
   allRan = 0,         ///< whether or not messages reported problems
-  commandFailed = 1,  ///< an exception left at least one command
-  refused = 2,        ///< bad command line or plan: nothing was run
+  commandFailed = 1,  ///< an exception left at least one command, or a result could not be saved
+  refused = 2,        ///< bad command line, plan or journal: nothing was changed
 };
 
 /// What the program is given besides its arguments.
@@ -19,6 +20,7 @@ struct Surroundings {
   std::ostream& output;
   std::ostream& errors;
   Now now;
+  Terminal terminal{};  ///< what `output` is
 };
 
 /// The whole program but for main: `arguments` are UTF-8, without the program's name. The exit

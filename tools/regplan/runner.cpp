@@ -21,6 +21,9 @@ void appendToLog(std::string const& text) {
   }
 }
 
+/// Longer files are told by size and hash alone.
+constexpr std::size_t shownFileBytes = std::size_t{64} * 1024;
+
 void perform(Command const& command, Operation operation) {
   if (operation == Operation::execute) {
     command.execute();
@@ -29,30 +32,68 @@ void perform(Command const& command, Operation operation) {
   }
 }
 
-CommandResult runCommand(PlannedCommand const& planned, Operation operation, RunObserver& observer,
-                         Now const& now) {
-  CommandResult result;
-  result.name = planned.name;
-  result.arguments = planned.arguments;
-  logger::scoped_observer const watch([&](UString const& message) {
-    std::string const text = fl::i18n::ustring_to_utf8(message);
-    result.messages.push_back({text, reportsTrouble(text)});
-    if (result.messages.back().isTrouble) result.outcome = Outcome::doneWithProblems;
-    observer.message(result.messages.back());
-  });
-  auto const start = now();
+std::string currentExceptionText() {
   try {
-    perform(*planned.command, operation);
+    throw;
   } catch (std::exception const& failure) {
-    result.outcome = Outcome::failed;
-    result.reason = failure.what();
+    return failure.what();
   } catch (...) {
-    result.outcome = Outcome::failed;
-    result.reason = "an exception that carries no text";
+    return "an exception that carries no text";
   }
-  result.duration = now() - start;
-  return result;
 }
+
+/// One command of a run.
+class CommandRun {
+ public:
+  CommandRun(PlannedCommand const& planned, RunObserver& observer, CommandWatch* watch)
+      : planned_(planned), observer_(observer), watch_(watch) {
+    result_.name = planned.name;
+    result_.arguments = planned.arguments;
+  }
+
+  CommandResult run(Operation operation, Now const& now) {
+    if (watch_) watch_->begin(observer_);
+    logger::scoped_observer const listener(
+        [this](UString const& message) { hear(fl::i18n::ustring_to_utf8(message)); });
+    auto const start = now();
+    try {
+      perform(*planned_.command, operation);
+      if (isBeyondForesight() && result_.outcome == Outcome::done) {
+        result_.outcome = Outcome::handsOver;
+      }
+    } catch (...) {
+      endWith(currentExceptionText());
+    }
+    result_.duration = now() - start;
+    if (watch_) watch_->end(result_);
+    return std::move(result_);
+  }
+
+ private:
+  bool isBeyondForesight() const { return watch_ && watch_->isBeyondForesight(); }
+
+  void hear(std::string const& text) {
+    bool const isTrouble = reportsTrouble(text) && !isBeyondForesight();
+    if (isTrouble) result_.outcome = Outcome::doneWithProblems;
+    result_.messages.push_back({text, isTrouble});
+    observer_.message(result_.messages.back());
+  }
+
+  void endWith(std::string const& reason) {
+    if (isBeyondForesight()) {
+      hear(reason);
+      if (result_.outcome == Outcome::done) result_.outcome = Outcome::handsOver;
+    } else {
+      result_.outcome = Outcome::failed;
+      result_.reason = reason;
+    }
+  }
+
+  PlannedCommand const& planned_;
+  RunObserver& observer_;
+  CommandWatch* watch_;
+  CommandResult result_;
+};
 
 std::string logLine(CommandResult const& result) {
   std::string line = result.name + ": " + std::string(outcomeName(result.outcome)) + " after " +
@@ -91,13 +132,41 @@ std::string formatDuration(std::chrono::steady_clock::duration duration) {
          fraction + " s";
 }
 
+CommandWatch::CommandWatch(machine::Machine& machine, bool isPreview)
+    : recorder_(machine, shownFileBytes), isPreview_(isPreview) {}
+
+void CommandWatch::begin(RunObserver& observer) {
+  observer_ = &observer;
+  handedOver_ = false;
+}
+
+void CommandWatch::end(CommandResult& result) {
+  observer_ = nullptr;
+  try {
+    auto record = recorder_.take();
+    result.changes = std::move(record.changes);
+    result.handOvers = std::move(record.handOvers);
+  } catch (std::exception const& failure) {
+    result.messages.push_back(
+        {"what this command changed is listed with a later one, or not at all: " +
+             std::string(failure.what()),
+         true});
+  }
+}
+
+void CommandWatch::aboutToHandOver(machine::HandOver const& handOver) {
+  recorder_.aboutToHandOver(handOver);
+  handedOver_ = true;
+  if (observer_) observer_->handingOver(handOver);
+}
+
 std::vector<CommandResult> runPlan(Plan const& plan, Operation operation, RunObserver& observer,
-                                   Now const& now) {
+                                   Now const& now, CommandWatch* watch) {
   std::vector<CommandResult> results;
   for (PlannedCommand const& planned : plan.commands) {
     observer.started(results.size() + 1, plan.commands.size(), planned.name);
     appendToLog(planned.name + (operation == Operation::execute ? ": execute" : ": undo"));
-    results.push_back(runCommand(planned, operation, observer, now));
+    results.push_back(CommandRun(planned, observer, watch).run(operation, now));
     appendToLog(logLine(results.back()));
     observer.finished(results.back());
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "machine/change.hpp"
+#include "machine/watch/change_recorder.hpp"
 #include "tools/regplan/plan.hpp"
 
 namespace regplan {
@@ -65,10 +66,35 @@ std::string_view outcomeName(Outcome outcome);
 /// Seconds to the millisecond, "12.034 s".
 std::string formatDuration(std::chrono::steady_clock::duration duration);
 
+/// Learns what each command does to the machine. Give it to a WatchedMachine that is current while
+/// the plan runs.
+class CommandWatch final : public machine::ChangeObserver {
+ public:
+  /// `machine` is the one that the WatchedMachine watches. In a preview foreign code does not run,
+  /// so what a command meets after its first hand-over says nothing about a run.
+  CommandWatch(machine::Machine& machine, bool isPreview);
+
+  void begin(RunObserver& observer);
+  /// What happened since begin(), into the result.
+  void end(CommandResult& result);
+  bool isBeyondForesight() const { return isPreview_ && handedOver_; }
+
+  void aboutToChange(machine::Item const& item) override { recorder_.aboutToChange(item); }
+  void changed(machine::Item const& item) override { recorder_.changed(item); }
+  void aboutToHandOver(machine::HandOver const& handOver) override;
+
+ private:
+  machine::watch::ChangeRecorder recorder_;
+  bool isPreview_;
+  bool handedOver_ = false;
+  RunObserver* observer_ = nullptr;
+};
+
 /// Performs the plan's commands one after the other, in the plan's order for both operations. An
 /// exception ends its command only. Start and outcome of each are written to the installation log
-/// as well, where a failure's text would otherwise be missing.
+/// as well, where a failure's text would otherwise be missing. Without a watch the results tell of
+/// no changes and no hand-overs.
 std::vector<CommandResult> runPlan(Plan const& plan, Operation operation, RunObserver& observer,
-                                   Now const& now);
+                                   Now const& now, CommandWatch* watch = nullptr);
 
 }  // namespace regplan

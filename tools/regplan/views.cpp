@@ -81,8 +81,8 @@ std::string listedEntries(std::vector<machine::UString> const& entries,
   std::string text;
   for (machine::UString const& entry : entries) {
     if (entry.empty() || std::ranges::find(others, entry) != others.end()) continue;
-    text += (text.empty() ? "" : ", ") + std::string(what) + " " +
-            shortened(toUtf8(entry), shownValue);
+    text +=
+        (text.empty() ? "" : ", ") + std::string(what) + " " + shortened(toUtf8(entry), shownValue);
   }
   return text;
 }

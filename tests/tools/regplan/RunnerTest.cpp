@@ -4,8 +4,8 @@
 #include <stdexcept>
 
 #include "install/cpputil/logger.hpp"
-#include "tools/regplan/report.hpp"
 #include "tools/regplan/runner.hpp"
+#include "tools/regplan/views.hpp"
 
 namespace regplan {
 namespace {
@@ -39,7 +39,7 @@ class RunPlan : public testing::Test {
   /// Every look at the clock finds 15 milliseconds gone.
   std::vector<CommandResult> run(Operation operation = Operation::execute) {
     auto time = std::chrono::steady_clock::time_point{};
-    TextProgress progress(output);
+    PlainView progress(output);
     return runPlan(plan, operation, progress, [&time] {
       time += std::chrono::milliseconds(15);
       return time;
@@ -167,16 +167,22 @@ TEST(FormatDuration, CountsSecondsToTheMillisecond) {
 }
 
 CommandResult resultOf(Outcome outcome) {
-  return {"x", outcome, std::chrono::milliseconds(10), ""};
+  return {"x", outcome, std::chrono::milliseconds(10)};
+}
+
+RunReport reportOf(std::vector<CommandResult> results) {
+  RunReport report;
+  report.commands = std::move(results);
+  report.duration = std::chrono::milliseconds(10) * report.commands.size();
+  return report;
 }
 
 TEST(Summary, CountsWhatThereWas) {
-  std::vector<CommandResult> const results = {resultOf(Outcome::failed), resultOf(Outcome::done),
-                                              resultOf(Outcome::doneWithProblems),
-                                              resultOf(Outcome::done)};
-  EXPECT_EQ(summary(results), "4 commands: 2 done, 1 done with problems, 1 failed, in 0.040 s");
-  EXPECT_EQ(summary(std::span(results).first(1)), "1 command: 1 failed, in 0.010 s");
-  EXPECT_EQ(summary({}), "0 commands: nothing to do");
+  EXPECT_EQ(summary(reportOf({resultOf(Outcome::failed), resultOf(Outcome::done),
+                              resultOf(Outcome::doneWithProblems), resultOf(Outcome::done)})),
+            "4 commands: 2 done, 1 done with problems, 1 failed, in 0.040 s");
+  EXPECT_EQ(summary(reportOf({resultOf(Outcome::failed)})), "1 command: 1 failed, in 0.010 s");
+  EXPECT_EQ(summary(reportOf({})), "0 commands: nothing to do");
 }
 
 }  // namespace

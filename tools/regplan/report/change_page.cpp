@@ -29,8 +29,7 @@ constexpr std::size_t mostRows = 5000;
 constexpr std::size_t longestLine = 2000;
 
 std::string folded(std::string_view title, std::string_view inner) {
-  return element("details", classes("fold"),
-                 element("summary", "", title) + std::string(inner));
+  return element("details", classes("fold"), element("summary", "", title) + std::string(inner));
 }
 
 /// "+ added".
@@ -43,7 +42,8 @@ std::string mark(Difference difference) {
                  element("span", " aria-hidden=\"true\"", sign) + " " + name);
 }
 
-// What was before and what is now: one row each, with a sign and words for who does not see colours.
+// What was before and what is now: one row each, with a sign and words for who does not see
+// colours.
 
 std::string signedRow(std::string_view tag, std::string_view kind, std::string_view sign,
                       std::string_view spoken, std::string_view inner) {
@@ -109,7 +109,8 @@ class DiffRows {
 
   std::size_t endOfRun(std::size_t begin) const {
     std::size_t end = begin;
-    while (end < edits_.size() && (edits_[end].kind == Kind::keep) == (edits_[begin].kind == Kind::keep)) {
+    while (end < edits_.size() &&
+           (edits_[end].kind == Kind::keep) == (edits_[begin].kind == Kind::keep)) {
       ++end;
     }
     return end;
@@ -145,14 +146,11 @@ class DiffRows {
     return element("li", classes("folded"), folded(title, element("ul", classes("diff"), rows)));
   }
 
-  std::string foldedTitle() const {
-    return counted(rows_ - rowsInView, "more row");
-  }
+  std::string foldedTitle() const { return counted(rows_ - rowsInView, "more row"); }
 
   std::string row(Edit const& edit) const {
     UString const& line = edit.kind == Kind::remove ? before_[edit.line] : after_[edit.line];
-    std::string const text =
-        line.empty() ? emptyText("(empty)") : html::text(line, longestLine);
+    std::string const text = line.empty() ? emptyText("(empty)") : html::text(line, longestLine);
     switch (edit.kind) {
       case Kind::remove:
         return removedRow("li", text);
@@ -215,9 +213,9 @@ std::optional<std::string> lineDiff(Change const& change) {
     return std::nullopt;
   }
   static std::vector<UString> const none;
-  std::string const rows = DiffRows(before.text ? before.text->lines : none,
-                                    after.text ? after.text->lines : none)
-                               .html();
+  std::string const rows =
+      DiffRows(before.text ? before.text->lines : none, after.text ? after.text->lines : none)
+          .html();
   return factsLine(before, after) + rows;
 }
 
@@ -270,9 +268,9 @@ std::string changeAttributes(Item const& item, std::string_view names) {
 }
 
 std::string changeHtml(Change const& change) {
-  std::string const title =
-      mark(differenceOf(change)) + " " +
-      element("span", classes("kind"), kindName(change.item.kind)) + " " + itemHtml(change.item);
+  std::string const title = mark(differenceOf(change)) + " " +
+                            element("span", classes("kind"), kindName(change.item.kind)) + " " +
+                            itemHtml(change.item);
   return element("li", changeAttributes(change.item, "change"),
                  element("p", classes("item"), title) + bodyHtml(change));
 }
@@ -302,9 +300,8 @@ std::vector<UString> keyNames(std::u16string_view path) {
 }
 
 KeyNode& keyBelow(KeyNode& node, UString const& name) {
-  auto const found = std::ranges::find_if(node.subkeys, [&](KeyNode const& key) {
-    return machine::equalIgnoringCase(key.name, name);
-  });
+  auto const found = std::ranges::find_if(
+      node.subkeys, [&](KeyNode const& key) { return machine::equalIgnoringCase(key.name, name); });
   if (found != node.subkeys.end()) return *found;
   node.subkeys.push_back({name, nullptr, {}, {}});
   return node.subkeys.back();
@@ -342,9 +339,8 @@ std::string valueHtml(Change const& change) {
   std::string const title = mark(differenceOf(change)) + " " + codeHtml(valueName(change.item)) +
                             " " + element("span", classes("type"), typeText(change));
   auto const list = listChange(change);
-  std::string const body =
-      list ? DiffRows(list->before, list->after).html()
-           : beforeAndAfter(dataText(change.before), dataText(change.after));
+  std::string const body = list ? DiffRows(list->before, list->after).html()
+                                : beforeAndAfter(dataText(change.before), dataText(change.after));
   return element("li", changeAttributes(change.item, "change value"),
                  element("p", classes("item"), title) + body);
 }
@@ -358,10 +354,9 @@ std::string keyHtml(KeyNode const& first) {
   }
   std::string title = codeHtml(name);
   if (node->own) title = mark(differenceOf(*node->own)) + " " + title;
-  std::string const line =
-      element("p", node->own ? changeAttributes(node->own->item, "item key change")
-                             : classes("item key"),
-              unseen("registry key ") + title);
+  std::string const line = element(
+      "p", node->own ? changeAttributes(node->own->item, "item key change") : classes("item key"),
+      unseen("registry key ") + title);
   std::string inner;
   for (Change const* const value : node->values) inner += valueHtml(*value);
   for (KeyNode const& key : node->subkeys) inner += keyHtml(key);

@@ -7,8 +7,8 @@
 
 namespace regplan {
 
-/// Changes as HTML: those of the registry as one tree, each other one by itself with what was before
-/// and after.
+/// Changes as HTML: those of the registry as one tree, each other one by itself with what was
+/// before and after.
 std::string changesHtml(std::span<machine::Change const> changes);
 
 /// The item's name as HTML.

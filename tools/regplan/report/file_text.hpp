@@ -11,7 +11,8 @@ namespace regplan {
 
 /// A text file's content.
 struct FileText {
-  std::string encoding;  ///< "UTF-8", "UTF-8 with BOM", "UTF-16 LE", "UTF-16 BE", "UTF-16 LE without BOM"
+  std::string
+      encoding;  ///< "UTF-8", "UTF-8 with BOM", "UTF-16 LE", "UTF-16 BE", "UTF-16 LE without BOM"
   std::string lineEnds;  ///< "LF", "CRLF", "mixed", or empty for a file without line ends
   /// Without their ends; where the ends are mixed, a CR stays at its line's end.
   std::vector<machine::UString> lines;

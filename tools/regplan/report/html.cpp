@@ -159,7 +159,8 @@ std::string filled(std::string_view pattern,
     if (begin == std::string_view::npos) return result;
     std::size_t const end = pattern.find("}}", begin);
     std::string_view const name = pattern.substr(begin + 2, end - begin - 2);
-    auto const found = std::ranges::find(values, name, &std::pair<std::string_view, std::string_view>::first);
+    auto const found =
+        std::ranges::find(values, name, &std::pair<std::string_view, std::string_view>::first);
     if (end == std::string_view::npos || found == values.end()) {
       throw std::logic_error("the page's template asks for " + std::string(name));
     }

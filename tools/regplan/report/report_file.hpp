@@ -12,8 +12,8 @@ namespace regplan {
 /// written under another name and moved into place.
 class ReportFile {
  public:
-  /// `name` is UTF-8 and ends in .html or .json. Throws std::runtime_error when it does not, or when
-  /// no file can be made there, so that this is known before anything is done.
+  /// `name` is UTF-8 and ends in .html or .json. Throws std::runtime_error when it does not, or
+  /// when no file can be made there, so that this is known before anything is done.
   explicit ReportFile(std::string name);
   /// Leaves nothing behind where write() was not called.
   ~ReportFile();

@@ -142,10 +142,8 @@ struct StateJson {
   Json operator()(std::monostate) const { return nullptr; }
   Json operator()(machine::Existing) const { return {{"state", "existing"}}; }
   Json operator()(machine::FileContent const& file) const {
-    Json json = {{"state", "file"},
-                 {"size", file.size},
-                 {"sha256", file.sha256},
-                 {"isLink", file.isLink}};
+    Json json = {
+        {"state", "file"}, {"size", file.size}, {"sha256", file.sha256}, {"isLink", file.isLink}};
     auto const text = file.bytes ? fileText(*file.bytes) : std::nullopt;
     if (!text) return json;
     json["encoding"] = text->encoding;

@@ -19,7 +19,7 @@ using ItemOutcome = RestoredItem::Outcome;
 
 /// How an outcome looks. The page says it in words too.
 struct Look {
-  std::string_view name;   ///< for the style
+  std::string_view name;  ///< for the style
   std::string_view glyph;
 };
 
@@ -114,10 +114,12 @@ std::string machineText(Request const& request) {
 std::string headerHtml(RunReport const& report) {
   Request const& request = report.request;
   Look const look = lookOf(report);
-  std::string const verdict = element("span", " aria-hidden=\"true\"", look.glyph) + " " + headline(report);
+  std::string const verdict =
+      element("span", " aria-hidden=\"true\"", look.glyph) + " " + headline(report);
   return paragraph("eyebrow", "regplan " REGPLAN_VERSION) +
-         element("h1", "", std::string(verbTitle(request.verb)) + " of " +
-                               element("bdi", "", html::text(request.file))) +
+         element("h1", "",
+                 std::string(verbTitle(request.verb)) + " of " +
+                     element("bdi", "", html::text(request.file))) +
          paragraph("verdict " + std::string(look.name), verdict) +
          paragraph("when", startText(request.started) + ", on " +
                                element("bdi", "", html::text(machineText(request))) + ", " +
@@ -132,9 +134,9 @@ std::string outcomeTiles(RunReport const& report, Outcomes const& outcomes) {
   for (auto const outcome : outcomes) {
     std::size_t const count = countOf(report, outcome);
     if (count == 0) continue;
-    tiles += element("li", classes("tile " + std::string(lookOf(outcome).name)),
-                     element("b", "", std::to_string(count)) + " " +
-                         std::string(outcomeName(outcome)));
+    tiles +=
+        element("li", classes("tile " + std::string(lookOf(outcome).name)),
+                element("b", "", std::to_string(count)) + " " + std::string(outcomeName(outcome)));
   }
   return tiles;
 }
@@ -168,8 +170,8 @@ std::string commandLinks(RunReport const& report, Outcome outcome) {
 }
 
 std::string worstHtml(RunReport const& report) {
-  std::string const list = commandLinks(report, Outcome::failed) +
-                           commandLinks(report, Outcome::doneWithProblems);
+  std::string const list =
+      commandLinks(report, Outcome::failed) + commandLinks(report, Outcome::doneWithProblems);
   if (list.empty()) return {};
   return element("h3", "", countOf(report, Outcome::failed) > 0 ? "What failed" : "Problems") +
          element("ul", classes("worst"), list);
@@ -194,13 +196,14 @@ std::string handOverSummary(RunReport const& report) {
       element("h3", "", "Foreign code") +
           paragraph("", counted(count, "hand-over") +
                             " to foreign code: what it does is not in this list, and no restore "
-                            "takes it back." + where) +
+                            "takes it back." +
+                            where) +
           (isRestore(report) ? handOverList(report.handOvers) : ""));
 }
 
 std::string summaryHtml(RunReport const& report) {
-  std::string tiles = isRestore(report) ? outcomeTiles(report, worstItemsFirst)
-                                        : outcomeTiles(report, worstFirst);
+  std::string tiles =
+      isRestore(report) ? outcomeTiles(report, worstItemsFirst) : outcomeTiles(report, worstFirst);
   if (!isRestore(report)) tiles += plainTile(changeCount(report), "change");
   if (handOverCount(report) > 0) tiles += plainTile(handOverCount(report), "hand-over");
   return element("h2", " id=\"summary-title\"", "Summary") +
@@ -216,9 +219,9 @@ std::string fact(std::string_view name, std::string_view inner) {
 std::string givenHtml(std::vector<Given> const& given) {
   std::string list;
   for (Given const& one : given) {
-    list += fact(html::text(one.name),
-                 one.text.empty() ? element("span", classes("empty"), "(empty)")
-                                  : codeHtml(machine::toUtf16(one.text)));
+    list +=
+        fact(html::text(one.name), one.text.empty() ? element("span", classes("empty"), "(empty)")
+                                                    : codeHtml(machine::toUtf16(one.text)));
   }
   return element("dl", classes("facts-list"), list);
 }
@@ -250,8 +253,8 @@ std::string askedHtml(RunReport const& report) {
 
 std::string chip(std::string_view name, std::string_view value, std::string_view label,
                  std::size_t count) {
-  std::string const input = "<input type=\"checkbox\" name=\"" + std::string(name) +
-                            "\" value=\"" + std::string(value) + "\">";
+  std::string const input = "<input type=\"checkbox\" name=\"" + std::string(name) + "\" value=\"" +
+                            std::string(value) + "\">";
   return element("label", classes("chip"),
                  input + " " + std::string(label) + " " +
                      element("span", classes("count"), std::to_string(count)));
@@ -306,8 +309,8 @@ std::string logHtml(CommandResult const& result) {
   for (Message const& message : result.messages) {
     std::string const flag =
         message.isTrouble ? element("span", classes("flag"), "problem") + " " : "";
-    lines += element("li", message.isTrouble ? classes("trouble") : "",
-                     flag + html::text(message.text));
+    lines +=
+        element("li", message.isTrouble ? classes("trouble") : "", flag + html::text(message.text));
   }
   bool const isOpen =
       result.outcome == Outcome::failed || result.outcome == Outcome::doneWithProblems;
@@ -335,23 +338,23 @@ std::string handOversHtml(CommandResult const& result) {
 std::string changesOf(CommandResult const& result, Verb verb) {
   std::string const title = verb == Verb::preview ? "Would change" : "Changes";
   if (result.changes.empty()) return paragraph("none", "No changes.");
-  return element("h4", "", title + " " +
-                               element("span", classes("count"),
-                                       std::to_string(result.changes.size()))) +
+  return element("h4", "",
+                 title + " " +
+                     element("span", classes("count"), std::to_string(result.changes.size()))) +
          changesHtml(result.changes);
 }
 
 std::string commandHtml(std::size_t number, CommandResult const& result, Verb verb) {
   std::string const id = commandId(number);
-  std::string const title = element("h3", " id=\"" + id + "-title\"",
-                                    element("span", classes("number"), std::to_string(number) + ".") +
-                                        " " + html::text(result.name));
+  std::string const title =
+      element("h3", " id=\"" + id + "-title\"",
+              element("span", classes("number"), std::to_string(number) + ".") + " " +
+                  html::text(result.name));
   std::string const head = element(
       "div", classes("head"),
       title + element("p", classes("state"), badge(result.outcome) + " " + time(result.duration)));
-  std::string const reason = result.outcome == Outcome::failed
-                                 ? paragraph("reason", html::text(result.reason))
-                                 : "";
+  std::string const reason =
+      result.outcome == Outcome::failed ? paragraph("reason", html::text(result.reason)) : "";
   std::string const attributes = classes("unit card " + std::string(lookOf(result.outcome).name)) +
                                  " id=\"" + id + "\" aria-labelledby=\"" + id +
                                  "-title\" tabindex=\"-1\" data-outcome=\"" +
@@ -373,8 +376,8 @@ std::string commandsHtml(RunReport const& report) {
 
 std::string restoredHtml(RestoredItem const& item) {
   std::string const attributes =
-      classes("unit change restored " + std::string(lookOf(item.outcome).name)) + " data-outcome=\"" +
-      std::string(outcomeName(item.outcome)) + "\" data-kind=\"" +
+      classes("unit change restored " + std::string(lookOf(item.outcome).name)) +
+      " data-outcome=\"" + std::string(outcomeName(item.outcome)) + "\" data-kind=\"" +
       lowerCase(groupName(groupOf(item.item.kind))) + "\"";
   std::string line = badge(item.outcome) + " " +
                      element("span", classes("kind"), kindName(item.item.kind)) + " " +
@@ -395,8 +398,8 @@ std::string itemsHtml(RunReport const& report) {
 }
 
 std::string titleText(RunReport const& report) {
-  return html::bareText(headline(report) + " - " + std::string(verbName(report.request.verb)) + " of " +
-                    report.request.file);
+  return html::bareText(headline(report) + " - " + std::string(verbName(report.request.verb)) +
+                        " of " + report.request.file);
 }
 
 }  // namespace

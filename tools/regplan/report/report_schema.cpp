@@ -67,7 +67,8 @@ Json fileState() {
       "The text is there when the file is one and short.",
       stateObject("file",
                   {{"size", count},
-                   {"sha256", {{"type", "string"}, {"pattern", "^[0-9a-f]{64}$"}}},
+                   {"sha256", described("Empty when the content could not be read.",
+                                        {{"type", "string"}, {"pattern", "^([0-9a-f]{64})?$"}})},
                    {"isLink", boolean},
                    {"encoding", oneOf({"UTF-8", "UTF-8 with BOM", "UTF-16 LE", "UTF-16 BE",
                                        "UTF-16 LE without BOM"})},
@@ -91,8 +92,8 @@ Json registryValueState() {
   return stateObject(
       "registryValue",
       {{"type", described("REG_SZ and so on, or \"type\" and a number.", text)},
-       {"text", described("As people write it; the texts of a REG_MULTI_SZ on lines of their own.",
-                          text)},
+       {"text",
+        described("As people write it; the texts of a REG_MULTI_SZ on lines of their own.", text)},
        {"data", described("The bytes that the registry holds, in hexadecimal.",
                           {{"type", "string"}, {"pattern", "^([0-9a-f]{2})*$"}})}});
 }
@@ -110,18 +111,17 @@ Json taskState() {
 }
 
 Json serviceState() {
-  Json const action = object({{"kind", oneOf({"none", "restart", "reboot", "runCommand"})},
-                              {"delayMilliseconds", count}});
-  return stateObject(
-      "service",
-      {{"displayName", text},
-       {"description", text},
-       {"commandLine", text},
-       {"start", oneOf({"automatic", "manual", "disabled"})},
-       {"recovery", listOf(action)},
-       {"resetAfterSeconds", count},
-       {"runState", oneOf({"stopped", "startPending", "stopPending", "running", "continuePending",
-                           "pausePending", "paused"})}});
+  Json const action = object(
+      {{"kind", oneOf({"none", "restart", "reboot", "runCommand"})}, {"delayMilliseconds", count}});
+  return stateObject("service",
+                     {{"displayName", text},
+                      {"description", text},
+                      {"commandLine", text},
+                      {"start", oneOf({"automatic", "manual", "disabled"})},
+                      {"recovery", listOf(action)},
+                      {"resetAfterSeconds", count},
+                      {"runState", oneOf({"stopped", "startPending", "stopPending", "running",
+                                          "continuePending", "pausePending", "paused"})}});
 }
 
 Json stateSchema() {
@@ -149,9 +149,10 @@ Json itemMembers(Json const& more) {
 }
 
 Json outcomeSchema() {
-  return described("handsOver: of a preview; what the command does from its first hand-over on is "
-                   "not known.",
-                   oneOf({"done", "handsOver", "doneWithProblems", "failed"}));
+  return described(
+      "handsOver: of a preview; what the command does from its first hand-over on is "
+      "not known.",
+      oneOf({"done", "handsOver", "doneWithProblems", "failed"}));
 }
 
 Json restoredItemSchema() {
@@ -180,14 +181,13 @@ Json countsSchema() {
 
 Json summarySchema() {
   Json const failedCommand = object({{"number", count}, {"command", text}, {"reason", text}});
-  return object(
-      {{"text", described("The result in a sentence.", text)},
-       {"failures", listOf({{"oneOf", {failedCommand, reference("restoredItem")}}})},
-       {"seconds", seconds},
-       {"changes", count},
-       {"counts", countsSchema()},
-       {"handOvers", count}},
-      {"changes"});
+  return object({{"text", described("The result in a sentence.", text)},
+                 {"failures", listOf({{"oneOf", {failedCommand, reference("restoredItem")}}})},
+                 {"seconds", seconds},
+                 {"changes", count},
+                 {"counts", countsSchema()},
+                 {"handOvers", count}},
+                {"changes"});
 }
 
 Json requestSchema() {
@@ -217,25 +217,26 @@ Json definitions() {
                  object({{"kind", oneOf({"program", "shellProgram", "module", "bundles"})},
                          {"what", described("The program, module or folder.", text)},
                          {"arguments", described("The command line or the entry point.", text)}}))},
-      {"message", object({{"text", text},
-                          {"trouble", described("Reports a failure that the command caught.",
-                                                boolean)}})},
+      {"message",
+       object({{"text", text},
+               {"trouble", described("Reports a failure that the command caught.", boolean)}})},
       {"restoredItem", restoredItemSchema()},
       {"request", requestSchema()},
       {"summary", summarySchema()}};
 }
 
 Json commandSchema() {
-  return object({{"number", described("From 1.", count)},
-                 {"command", text},
-                 {"arguments", described("As the plan gives them; JSON where one is no text.", texts)},
-                 {"outcome", outcomeSchema()},
-                 {"seconds", seconds},
-                 {"reason", described("Of a failure.", text)},
-                 {"messages", listOf(reference("message"))},
-                 {"changes", listOf(reference("change"))},
-                 {"handOvers", listOf(reference("handOver"))}},
-                {"reason"});
+  return object(
+      {{"number", described("From 1.", count)},
+       {"command", text},
+       {"arguments", described("As the plan gives them; JSON where one is no text.", texts)},
+       {"outcome", outcomeSchema()},
+       {"seconds", seconds},
+       {"reason", described("Of a failure.", text)},
+       {"messages", listOf(reference("message"))},
+       {"changes", listOf(reference("change"))},
+       {"handOvers", listOf(reference("handOver"))}},
+      {"reason"});
 }
 
 Json whole(std::string_view title, std::string_view description, Json const& schema) {

@@ -18,7 +18,8 @@ constexpr std::array itemOutcomes = {ItemOutcome::restored,      ItemOutcome::un
                                      ItemOutcome::notRestorable, ItemOutcome::failed};
 
 std::string countOfAll(std::size_t count, std::size_t all, std::string_view noun) {
-  if (count == all) return (all == 1 ? "The " : "All ") + counted(all, noun).substr(all == 1 ? 2 : 0);
+  if (count == all)
+    return (all == 1 ? "The " : "All ") + counted(all, noun).substr(all == 1 ? 2 : 0);
   return std::to_string(count) + " of " + counted(all, noun);
 }
 
@@ -29,7 +30,8 @@ std::string restoreHeadline(RunReport const& report) {
   if (failed > 0) return countOfAll(failed, all, "item") + " could not be restored";
   auto const left = static_cast<std::size_t>(std::ranges::count_if(
       report.items, [](RestoredItem const& item) { return isLeft(item.outcome); }));
-  if (left > 0) return countOfAll(left, all, "item") + " left as " + (left == 1 ? "it is" : "they are");
+  if (left > 0)
+    return countOfAll(left, all, "item") + " left as " + (left == 1 ? "it is" : "they are");
   return countOfAll(all, all, "item") + (all == 1 ? " is" : " are") + " as before the run";
 }
 

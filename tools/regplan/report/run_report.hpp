@@ -52,9 +52,9 @@ bool isLeft(RestoredItem::Outcome outcome);
 
 struct RunReport {
   Request request;
-  std::vector<CommandResult> commands{};      ///< of a preview, run or undo, in the plan's order
-  std::vector<RestoredItem> items{};          ///< of a restore
-  std::vector<machine::HandOver> handOvers{}; ///< of a restore: what no restore takes back
+  std::vector<CommandResult> commands{};       ///< of a preview, run or undo, in the plan's order
+  std::vector<RestoredItem> items{};           ///< of a restore
+  std::vector<machine::HandOver> handOvers{};  ///< of a restore: what no restore takes back
   std::chrono::steady_clock::duration duration{};
 };
 

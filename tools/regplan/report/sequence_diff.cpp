@@ -45,9 +45,9 @@ std::vector<Edit> replaced(Range before, Range after) {
   return edits;
 }
 
-/// E. Myers, "An O(ND) Difference Algorithm and Its Variations", Algorithmica 1 (1986): furthest_[d]
-/// holds, for the diagonals k = -d, -d + 2, ..., d, how far along `before` d edits reach. Diagonal k
-/// joins the points with before - after = k.
+/// E. Myers, "An O(ND) Difference Algorithm and Its Variations", Algorithmica 1 (1986):
+/// furthest_[d] holds, for the diagonals k = -d, -d + 2, ..., d, how far along `before` d edits
+/// reach. Diagonal k joins the points with before - after = k.
 class ShortestEdit {
  public:
   ShortestEdit(Numbers const& before, Range beforeRange, Numbers const& after, Range afterRange)

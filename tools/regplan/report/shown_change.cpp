@@ -193,8 +193,9 @@ struct StateText {
   UString operator()(std::monostate) const { return u"none"; }
   UString operator()(machine::Existing) const { return u"exists"; }
   UString operator()(machine::FileContent const& file) const {
-    return toUtf16((file.isLink ? "link, " : "") + byteCount(file.size) + ", SHA-256 " +
-                   file.sha256);
+    std::string const content =
+        file.sha256.empty() ? "content not readable" : "SHA-256 " + file.sha256;
+    return toUtf16((file.isLink ? "link, " : "") + byteCount(file.size) + ", " + content);
   }
   UString operator()(RegistryValue const& value) const {
     return toUtf16(registryTypeName(value.type) + " ") + registryText(value);
