@@ -98,6 +98,8 @@ std::string changedEntries(machine::Change const& change) {
 }
 
 std::string shownState(machine::ItemState const& state) {
+  auto const* const file = std::get_if<machine::FileContent>(&state);
+  if (file) return (file->isLink ? "link, " : "") + byteCount(file->size);
   return shortened(toUtf8(stateText(state)), shownValue);
 }
 
@@ -116,7 +118,10 @@ std::string valueChange(machine::Change const& change) {
   }
   std::string const entries = changedEntries(change);
   if (!entries.empty()) return ": " + entries;
-  return ": " + shownState(change.before) + " -> " + shownState(change.after);
+  std::string const before = shownState(change.before);
+  std::string const after = shownState(change.after);
+  // What a file or a task is told by may be what stayed.
+  return ": " + (before == after ? "other content, " + after : before + " -> " + after);
 }
 
 }  // namespace
