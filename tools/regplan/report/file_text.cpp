@@ -22,7 +22,7 @@ UString utf16Units(std::string_view bytes, bool littleEndian) {
   return units;
 }
 
-/// Texts of Latin letters: no byte 0 in the one half, mostly bytes 0 in the other.
+/// Texts of Latin letters: no byte 0 in the one half, at least three of four in the other.
 bool looksLittleEndian(std::string_view bytes) {
   if (bytes.size() < 4 || bytes.size() % 2 != 0) return false;
   std::size_t zeros = 0;
@@ -30,7 +30,7 @@ bool looksLittleEndian(std::string_view bytes) {
     if (bytes[i] == '\0') return false;
     if (bytes[i + 1] == '\0') ++zeros;
   }
-  return zeros * 2 >= bytes.size() / 2;
+  return zeros * 4 >= bytes.size() / 2 * 3;
 }
 
 bool isText(UString const& units) {
