@@ -3,6 +3,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "machine/journal/journal_file.hpp"
 #include "machine/journal/record_json.hpp"
 
 namespace machine::journal {

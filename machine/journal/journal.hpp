@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "machine/change.hpp"
+#include "machine/journal/damage.hpp"
 #include "machine/journal/image.hpp"
-#include "machine/journal/journal_file.hpp"
 
 namespace machine::journal {
 

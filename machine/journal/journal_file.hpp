@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -8,6 +7,7 @@
 #include <string>
 
 #include "machine/host/host_file.hpp"
+#include "machine/journal/damage.hpp"
 
 /// The file of a journal, on the host that the program runs on, also when the machine worked on is
 /// a simulated one. Text in UTF-8, one record a line, each line a JSON value (RFC 8259):
@@ -70,15 +70,6 @@ class LineWriter {
  private:
   HostFile file_;
   std::string previousHash_;
-};
-
-/// Where and why a journal cannot be read on.
-struct Damage {
-  std::uint64_t byte = 0;    ///< where the first line begins that is not whole
-  std::uint64_t record = 0;  ///< its number, the first one's 0
-  std::string reason;
-
-  bool operator==(Damage const&) const = default;
 };
 
 /// Hands out the records of a journal in order, as far as it is whole; nullopt at its very end.

@@ -14,7 +14,7 @@ namespace machine::journal {
 class JournalWriter::State {
  public:
   State(std::filesystem::path const& file, Machine& machine, std::string_view plan)
-      : machine_(machine), lines_(file), store_(filesFolder(file)) {
+      : machine_(machine), lines_(file), store_(filesFolder(std::filesystem::absolute(file))) {
     write({{"format", "registration-journal"},
            {"version", 1},
            {"created", toIso8601(machine.clock().now())},

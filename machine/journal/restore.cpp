@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "machine/error.hpp"
+#include "machine/host/host_file.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/sha256.hpp"
 
@@ -114,9 +115,9 @@ class Restoring {
     bool const expected = isExpected(now, entry);
     if (isBefore(now, entry.before)) {
       step.outcome = Outcome::already;
-    } else if (isLink(entry.before)) {
+    } else if (isLink(entry.before) || isLink(now)) {
       step.outcome = Outcome::notRestorable;
-      step.reason = "a link, or what was written through it, is not put back";
+      step.reason = "links are not put back";
     } else if (entry.item.kind == Item::Kind::variable && !expected) {
       step.outcome = Outcome::notRestorable;
       step.reason = "it was a variable of another process";
@@ -303,12 +304,11 @@ class Restoring {
 
 }  // namespace
 
-bool RestoreReport::isComplete() const {
-  return handOvers.empty() && !damage &&
-         std::all_of(steps.begin(), steps.end(), [](RestoreStep const& step) {
-           return step.outcome == Outcome::restored || step.outcome == Outcome::already ||
-                  step.outcome == Outcome::forced;
-         });
+bool RestoreReport::allRestored() const {
+  return std::all_of(steps.begin(), steps.end(), [](RestoreStep const& step) {
+    return step.outcome == Outcome::restored || step.outcome == Outcome::already ||
+           step.outcome == Outcome::forced;
+  });
 }
 
 RestoreReport restore(Journal const& journal, Machine& machine, bool force) {

@@ -32,8 +32,8 @@ struct RestoreReport {
   std::vector<HandOver> handOvers;  ///< what code of others did was not recorded and is not undone
   std::optional<Damage> damage;     ///< where the journal could not be read on
 
-  /// Everything is as it was, as far as the journal knows.
-  bool isComplete() const;
+  /// Every item in the journal is as it was.
+  REGISTRATION_API bool allRestored() const;
 };
 
 /// Takes a journal's changes back, the last item first, each to how it was before its first change:
@@ -52,7 +52,7 @@ struct RestoreReport {
 /// - Of a service the definition counts for whether others changed it; whether it runs is put back
 ///   too, waiting up to half a minute.
 /// - Variables are put back while the process that set them lives.
-/// - Links, and what was written through them, are not restored.
+/// - Links that were moved or removed, and what was written through them, are not restored.
 /// - Folders of tasks, made on the way, stay: nothing tells whether they were there before.
 ///
 /// A step's failure is reported and the others go on. Where a changed environment or file
