@@ -85,9 +85,8 @@ UString programOf(UString const& commandLine, Files& files) {
 }
 
 bool isName(std::u16string_view name) {
-  using namespace std::string_view_literals;
   return !name.empty() && name.size() <= longestName &&
-         name.find_first_of(u"/\\\0"sv) == std::u16string_view::npos;
+         name.find_first_of(std::u16string_view(u"/\\\0", 3)) == std::u16string_view::npos;
 }
 
 }  // namespace
