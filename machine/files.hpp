@@ -20,7 +20,7 @@ struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;
   std::uint64_t size = 0;   ///< bytes; 0 for a folder
-  bool isReadOnly = false;  ///< a file that is not written to; never a folder or a link
+  bool isReadOnly = false;  ///< of a file, the attribute; false for a folder or link
 };
 
 /// One name in a folder. `name` is valid until the next call on the stream that gave it.
@@ -94,6 +94,8 @@ class Files {
   virtual bool removeDirectory(std::u16string_view path) = 0;
   /// Renames or moves within a volume. Without `replaceExisting` an existing target is an error.
   virtual void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) = 0;
+  /// Sets a file's read-only attribute. A folder or link is an error (accessDenied).
+  virtual void setReadOnly(std::u16string_view path, bool readOnly) = 0;
   virtual UString currentDirectory() = 0;
   /// False when the folder does not exist or cannot be entered.
   virtual bool setCurrentDirectory(std::u16string_view path) = 0;

@@ -29,6 +29,9 @@ class ForwardingFiles : public Files {
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
     inner_.rename(from, to, replaceExisting);
   }
+  void setReadOnly(std::u16string_view path, bool readOnly) override {
+    inner_.setReadOnly(path, readOnly);
+  }
   UString currentDirectory() override { return inner_.currentDirectory(); }
   bool setCurrentDirectory(std::u16string_view path) override {
     return inner_.setCurrentDirectory(path);
@@ -172,6 +175,12 @@ class ForwardingTasks : public Tasks {
   }
   void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
     inner_.createOrReplace(name, definition);
+  }
+  std::optional<UString> document(std::u16string_view name) override {
+    return inner_.document(name);
+  }
+  void registerDocument(std::u16string_view name, std::u16string_view document) override {
+    inner_.registerDocument(name, document);
   }
   bool stopAndDisable(std::u16string_view name) override { return inner_.stopAndDisable(name); }
   bool remove(std::u16string_view name) override { return inner_.remove(name); }

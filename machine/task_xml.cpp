@@ -105,6 +105,75 @@ UString actions(TaskDefinition const& task) {
          u"</Actions>\n";
 }
 
+/// Where the content of the first element of that name lies; nullopt when there is none.
+struct Range {
+  std::size_t begin;
+  std::size_t end;
+};
+std::optional<Range> contentRange(std::u16string_view xml, std::u16string_view name) {
+  for (auto at = xml.find(u'<'); at != xml.npos; at = xml.find(u'<', at + 1)) {
+    if (!xml.substr(at + 1).starts_with(name)) continue;
+    auto const after = at + 1 + name.size();
+    auto const tagEnd = xml.find(u'>', after);
+    if (tagEnd == xml.npos) return std::nullopt;
+    if (tagEnd != after && std::u16string_view(u" \t\r\n/").find(xml[after]) == xml.npos) continue;
+    if (xml[tagEnd - 1] == u'/') return Range{tagEnd + 1, tagEnd + 1};
+    auto const end = xml.find(UString(u"</").append(name), tagEnd);
+    return end == xml.npos ? std::nullopt : std::optional(Range{tagEnd + 1, end});
+  }
+  return std::nullopt;
+}
+
+std::u16string_view contentOf(std::u16string_view xml, std::u16string_view name) {
+  auto const range = contentRange(xml, name);
+  return range ? xml.substr(range->begin, range->end - range->begin) : std::u16string_view();
+}
+
+/// A character reference, "#10" or "#xA"; empty when it is none.
+UString referenced(std::u16string_view name) {
+  constexpr std::u16string_view digits = u"0123456789abcdef";
+  bool const hexadecimal = name.starts_with(u"#x");
+  char32_t const base = hexadecimal ? 16 : 10;
+  name.remove_prefix(hexadecimal ? 2 : 1);
+  char32_t code = 0;
+  for (char16_t const unit : foldCase(name)) {
+    auto const digit = digits.substr(0, base).find(unit);
+    if (digit == digits.npos || code > 0x10FFFF) return {};
+    code = code * base + static_cast<char32_t>(digit);
+  }
+  if (code > 0x10FFFF) return {};
+  if (code < 0x10000) return UString(1, static_cast<char16_t>(code));
+  return {static_cast<char16_t>(0xD7C0 + (code >> 10)),
+          static_cast<char16_t>(0xDC00 + (code & 0x3FF))};
+}
+
+UString entity(std::u16string_view name) {
+  if (name == u"amp") return u"&";
+  if (name == u"lt") return u"<";
+  if (name == u"gt") return u">";
+  if (name == u"quot") return u"\"";
+  if (name == u"apos") return u"'";
+  return name.starts_with(u'#') ? referenced(name) : UString();
+}
+
+UString unescaped(std::u16string_view text) {
+  UString result;
+  while (!text.empty()) {
+    auto const begin = text.find(u'&');
+    result += text.substr(0, begin);
+    if (begin == text.npos) break;
+    auto const end = text.find(u';', begin);
+    if (end == text.npos) break;
+    result += entity(text.substr(begin + 1, end - begin - 1));
+    text.remove_prefix(end + 1);
+  }
+  return result;
+}
+
+UString textOf(std::u16string_view xml, std::u16string_view name) {
+  return unescaped(contentOf(xml, name));
+}
+
 }  // namespace
 
 bool isXmlText(std::u16string_view text) {
@@ -124,6 +193,41 @@ UString taskXml(TaskDefinition const& definition) {
          u"xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">\n" +
          registrationInfo(definition) + triggers(definition) + principals(definition) +
          settings(definition) + actions(definition) + u"</Task>\n";
+}
+
+std::optional<TaskDefinition> taskFromXml(std::u16string_view document) {
+  auto const task = contentOf(document, u"Task");
+  auto const program = contentOf(task, u"Exec");
+  auto const registration = contentOf(task, u"RegistrationInfo");
+  auto const principal = contentOf(task, u"Principal");
+  if (!contentRange(task, u"Actions")) return std::nullopt;
+  TaskDefinition result;
+  result.application = textOf(program, u"Command");
+  result.arguments = textOf(program, u"Arguments");
+  result.workingFolder = textOf(program, u"WorkingDirectory");
+  result.description = textOf(registration, u"Description");
+  result.author = textOf(registration, u"Author");
+  result.startsAtLogon = contentRange(contentOf(task, u"Triggers"), u"LogonTrigger").has_value();
+  result.highestRunLevel = textOf(principal, u"RunLevel") == u"HighestAvailable";
+  result.group = textOf(principal, u"GroupId");
+  result.enabled = textOf(contentOf(task, u"Settings"), u"Enabled") != u"false";
+  return result;
+}
+
+UString disabledTaskXml(std::u16string_view document) {
+  UString result(document);
+  constexpr std::u16string_view setting = u"<Enabled>false</Enabled>";
+  auto const settings = contentRange(document, u"Settings");
+  if (!settings) {
+    auto const end = document.rfind(u"</Task");
+    return result.insert(end, UString(u"<Settings>").append(setting).append(u"</Settings>"));
+  }
+  auto const content = document.substr(settings->begin, settings->end - settings->begin);
+  if (auto const enabled = contentRange(content, u"Enabled")) {
+    return result.replace(settings->begin + enabled->begin, enabled->end - enabled->begin,
+                          u"false");
+  }
+  return result.insert(settings->end, setting);
 }
 
 }  // namespace machine

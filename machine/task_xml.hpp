@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "machine/api.hpp"
@@ -17,5 +18,13 @@ REGISTRATION_API bool isXmlText(std::u16string_view text);
 /// no actions. Several users may run the task at a time, on batteries too and without a time limit.
 /// REQUIRES: requireTask accepts the definition.
 REGISTRATION_API UString taskXml(TaskDefinition const& definition);
+
+/// What fits into a TaskDefinition of a task's document: the first program and what goes with it.
+/// nullopt for a text that is no task. Reads what taskXml and schedulers write, with elements as
+/// they stand, and is no checking reader of XML.
+REGISTRATION_API std::optional<TaskDefinition> taskFromXml(std::u16string_view document);
+
+/// The document with its task disabled. REQUIRES: taskFromXml reads it.
+REGISTRATION_API UString disabledTaskXml(std::u16string_view document);
 
 }  // namespace machine

@@ -36,6 +36,14 @@ class Tasks {
   /// Makes the task, with its folders, or puts it in the place of the one of that name; running
   /// instances of that one run on. See requireTask for what is refused.
   virtual void createOrReplace(std::u16string_view name, TaskDefinition const& definition) = 0;
+  /// The task as the XML document that the scheduler keeps of it (Microsoft, "Task Scheduler
+  /// Schema"), with all that a TaskDefinition has no place for. nullopt when there is no such task,
+  /// or when the name cannot be a task's.
+  virtual std::optional<UString> document(std::u16string_view name) = 0;
+  /// Makes the task from such a document, with its folders, or puts it in the place of the one of
+  /// that name. A name that cannot be a task's is refused (invalidParameter), and so is a document
+  /// that is none, or one whose account would need a password.
+  virtual void registerDocument(std::u16string_view name, std::u16string_view document) = 0;
   /// Disables the task, then ends its running instances, so that none starts in between. False when
   /// there is no such task. A task that cannot be disabled is an error.
   virtual bool stopAndDisable(std::u16string_view name) = 0;

@@ -102,8 +102,12 @@ std::optional<FileStatus> FileTree::status(Place const& place) {
 
 std::optional<FileStatus> FileTree::status(Node const& node) {
   if (node.removed) return std::nullopt;
-  if (!node.inner.empty()) return inner_.status(node.inner);
-  return node.content ? FileStatus{false, false, node.content->size()} : FileStatus{true};
+  auto status = node.inner.empty() ? std::nullopt : inner_.status(node.inner);
+  if (node.inner.empty()) {
+    status = FileStatus{!node.content, false, node.content ? node.content->size() : 0, false};
+  }
+  if (status && node.readOnly) status->isReadOnly = *node.readOnly;
+  return status;
 }
 
 /// The folder's node, made with those above it when memory does not know them yet.

@@ -204,6 +204,22 @@ void OverlayFiles::rename(std::u16string_view from, std::u16string_view to, bool
   tree_.put(target, tree_.take(source), replaced && !isSameEntry);
 }
 
+void OverlayFiles::setReadOnly(std::u16string_view path, bool readOnly) {
+  Operation const operation("change the attributes of", path, tree_);
+  auto const target = absolute(path);
+  auto place = tree_.find(target);
+  auto const status = operation.statusWithFolder(target, place);
+  operation.require(status.has_value(), ErrorCode::fileNotFound);
+  operation.require(!status->isDirectory && !status->isLink, ErrorCode::accessDenied);
+  if (!place.node) {
+    auto node = std::make_unique<Node>();
+    node->inner = place.inner;
+    tree_.put(target, std::move(node), true);
+    place = tree_.find(target);
+  }
+  place.node->readOnly = readOnly;
+}
+
 bool OverlayFiles::setCurrentDirectory(std::u16string_view path) {
   auto folder = absolute(path);
   auto const found = status(folder);

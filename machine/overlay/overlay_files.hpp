@@ -25,6 +25,7 @@ class OverlayFiles final : public Files {
   bool removeFile(std::u16string_view path) override;
   bool removeDirectory(std::u16string_view path) override;
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override;
+  void setReadOnly(std::u16string_view path, bool readOnly) override;
   UString currentDirectory() override { return currentFolder_; }
   bool setCurrentDirectory(std::u16string_view path) override;
   std::optional<FileVersion> fileVersion(std::u16string_view path) override;

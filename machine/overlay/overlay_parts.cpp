@@ -2,6 +2,7 @@
 
 #include "machine/path_grammar.hpp"
 #include "machine/service_rules.hpp"
+#include "machine/task_xml.hpp"
 
 namespace machine::overlay {
 
@@ -83,19 +84,35 @@ std::vector<UString> OverlayModules::folders() {
 
 std::optional<TaskDefinition> OverlayTasks::task(std::u16string_view name) {
   auto const changed = changed_.find(foldCase(name));
-  return changed == changed_.end() ? inner_.task(name) : changed->second;
+  if (changed == changed_.end()) return inner_.task(name);
+  return changed->second ? std::optional(changed->second->definition) : std::nullopt;
 }
 
 void OverlayTasks::createOrReplace(std::u16string_view name, TaskDefinition const& definition) {
   requireTask(name, definition);
-  changed_[foldCase(name)] = definition;
+  changed_[foldCase(name)] = Task{definition, taskXml(definition)};
+}
+
+std::optional<UString> OverlayTasks::document(std::u16string_view name) {
+  auto const changed = changed_.find(foldCase(name));
+  if (changed == changed_.end()) return inner_.document(name);
+  return changed->second ? std::optional(changed->second->document) : std::nullopt;
+}
+
+void OverlayTasks::registerDocument(std::u16string_view name, std::u16string_view document) {
+  auto const definition = taskFromXml(document);
+  if (!isTaskName(name) || !definition) {
+    throw SystemError("register the task", name, ErrorCode::invalidParameter);
+  }
+  changed_[foldCase(name)] = Task{*definition, UString(document)};
 }
 
 bool OverlayTasks::stopAndDisable(std::u16string_view name) {
   auto definition = task(name);
-  if (!definition) return false;
+  auto const kept = document(name);
+  if (!definition || !kept) return false;
   definition->enabled = false;
-  changed_[foldCase(name)] = std::move(definition);
+  changed_[foldCase(name)] = Task{*std::move(definition), disabledTaskXml(*kept)};
   return true;
 }
 

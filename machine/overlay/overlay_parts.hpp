@@ -79,14 +79,21 @@ class OverlayTasks final : public Tasks {
 
   std::optional<TaskDefinition> task(std::u16string_view name) override;
   void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override;
+  std::optional<UString> document(std::u16string_view name) override;
+  void registerDocument(std::u16string_view name, std::u16string_view document) override;
   bool stopAndDisable(std::u16string_view name) override;
   bool remove(std::u16string_view name) override;
 
   std::size_t names() const { return changed_.size(); }
 
  private:
+  struct Task {
+    TaskDefinition definition;
+    UString document;
+  };
+
   Tasks& inner_;
-  std::map<UString, std::optional<TaskDefinition>> changed_;
+  std::map<UString, std::optional<Task>> changed_;
 };
 
 /// A service that is started runs at once when its program exists, and one that is stopped has

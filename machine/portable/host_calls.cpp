@@ -1,12 +1,13 @@
-#include "machine/simulated/host_calls.hpp"
+#include "machine/host/host_calls.hpp"
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-namespace machine::simulated::host {
+namespace machine::host {
 
 namespace {
 
@@ -17,6 +18,7 @@ int flags(OpenMode mode) {
     case OpenMode::append:
       return O_WRONLY | O_CREAT | O_APPEND;
     case OpenMode::createNew:
+    case OpenMode::createPrivate:
       return O_WRONLY | O_CREAT | O_EXCL;
     case OpenMode::read:
       break;
@@ -27,7 +29,12 @@ int flags(OpenMode mode) {
 }  // namespace
 
 int openFile(std::filesystem::path const& path, OpenMode mode) {
-  return ::open(path.c_str(), flags(mode) | O_CLOEXEC | O_NOFOLLOW, 0666);
+  auto const permissions = mode == OpenMode::createPrivate ? 0600 : 0666;
+  return ::open(path.c_str(), flags(mode) | O_CLOEXEC | O_NOFOLLOW, permissions);
+}
+
+int makePrivateFolder(std::filesystem::path const& path) {
+  return ::mkdir(path.c_str(), 0700);
 }
 
 std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
@@ -46,6 +53,16 @@ int flushFile(int file) {
   return ::fsync(file);
 }
 
+int flushFolder(std::filesystem::path const& path) {
+  int const folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return -1;
+  int const result = ::fsync(folder);
+  int const error = errno;
+  ::close(folder);
+  errno = error;
+  return result;
+}
+
 int closeFile(int file) {
   return ::close(file);
 }
@@ -57,4 +74,4 @@ int tryLockFile(int file) {
   return errno == EWOULDBLOCK || errno == EINTR ? 0 : -1;
 }
 
-}  // namespace machine::simulated::host
+}  // namespace machine::host

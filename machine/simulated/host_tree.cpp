@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "machine/path_grammar.hpp"
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 namespace machine::simulated {
 

@@ -3,7 +3,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 namespace machine::simulated {
 

@@ -5,7 +5,7 @@
 #include <cctype>
 #include <utility>
 
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 namespace machine::simulated {
 

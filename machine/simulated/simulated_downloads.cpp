@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "machine/error.hpp"
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 namespace machine::simulated {
 

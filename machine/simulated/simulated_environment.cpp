@@ -1,7 +1,7 @@
 #include "machine/simulated/simulated_environment.hpp"
 
 #include "machine/error.hpp"
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 namespace machine::simulated {
 

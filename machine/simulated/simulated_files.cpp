@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "machine/error.hpp"
+#include "machine/host/host_file.hpp"
 #include "machine/path_grammar.hpp"
-#include "machine/simulated/host_file.hpp"
 #include "machine/simulated/version_resource.hpp"
 
 namespace machine::simulated {
@@ -199,7 +199,7 @@ std::optional<FileStatus> SimulatedFiles::status(std::u16string_view path) {
   auto const place = tree_.find(absolute(path));
   if (isNowhere(place)) return std::nullopt;
   operation.existing(place);
-  FileStatus result{isFolder(place.host, place.status), place.isLink()};
+  FileStatus result{isFolder(place.host, place.status), place.isLink(), 0, false};
   if (fs::is_regular_file(place.status)) {
     result.isReadOnly = isReadOnly(place.status);
     std::error_code error;
@@ -294,6 +294,18 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
   std::error_code error;
   fs::rename(source.host, changesCaseOnly ? source.host.parent_path() / spelled : target.host,
              error);
+  operation.check(error);
+}
+
+void SimulatedFiles::setReadOnly(std::u16string_view path, bool readOnly) {
+  Operation const operation{"change the attributes of", path};
+  auto const place = tree_.find(absolute(path));
+  operation.require(fs::is_regular_file(operation.existing(place).status), ErrorCode::accessDenied);
+  constexpr auto everybody =
+      fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  std::error_code error;
+  fs::permissions(place.host, readOnly ? everybody : fs::perms::owner_write,
+                  readOnly ? fs::perm_options::remove : fs::perm_options::add, error);
   operation.check(error);
 }
 

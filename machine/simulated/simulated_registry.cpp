@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "machine/error.hpp"
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 #include "machine/simulated/registry_value_json.hpp"
 
 namespace machine::simulated {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "machine/error.hpp"
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 #include "machine/whole_file.hpp"
 
 namespace machine::simulated {

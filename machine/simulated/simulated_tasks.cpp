@@ -1,6 +1,8 @@
 #include "machine/simulated/simulated_tasks.hpp"
 
 #include "machine/error.hpp"
+#include "machine/host/host_file.hpp"
+#include "machine/task_xml.hpp"
 
 namespace machine::simulated {
 
@@ -33,13 +35,6 @@ TaskDefinition definitionOf(JsonValue const& record) {
   return task;
 }
 
-nlohmann::json recordOf(TaskDefinition const& task) {
-  nlohmann::json record;
-  for (auto const& [name, member] : texts) record[name] = toUtf8(task.*member);
-  for (auto const& [name, member] : flags) record[name] = task.*member;
-  return record;
-}
-
 }  // namespace
 
 SimulatedTasks::SimulatedTasks(JsonValue const& document) {
@@ -47,29 +42,58 @@ SimulatedTasks::SimulatedTasks(JsonValue const& document) {
     if (task(toUtf16(name))) record.refuse("is there twice, in different case");
     try {
       createOrReplace(toUtf16(name), definitionOf(record));
+      if (record.has("document")) {
+        registerDocument(toUtf16(name), toUtf16(record.member("document").text()));
+      }
     } catch (SystemError const&) {
       record.refuse("is no task");
     }
   }
 }
 
-std::optional<TaskDefinition> SimulatedTasks::task(std::u16string_view name) {
+SimulatedTasks::Task* SimulatedTasks::find(std::u16string_view name) {
   auto const found = tasks_.find(foldCase(name));
-  if (found == tasks_.end()) return std::nullopt;
-  return found->second.second;
+  return found == tasks_.end() ? nullptr : &found->second;
+}
+
+SimulatedTasks::Task& SimulatedTasks::made(std::u16string_view name) {
+  auto& task = tasks_[foldCase(name)];
+  if (task.name.empty()) task.name = name;
+  return task;
+}
+
+std::optional<TaskDefinition> SimulatedTasks::task(std::u16string_view name) {
+  auto const* const found = find(name);
+  return found ? std::optional(found->definition) : std::nullopt;
 }
 
 void SimulatedTasks::createOrReplace(std::u16string_view name, TaskDefinition const& definition) {
   requireTask(name, definition);
-  auto& [keptName, keptDefinition] = tasks_[foldCase(name)];
-  if (keptName.empty()) keptName = name;
-  keptDefinition = definition;
+  auto& task = made(name);
+  task.definition = definition;
+  task.document.clear();
+}
+
+std::optional<UString> SimulatedTasks::document(std::u16string_view name) {
+  auto const* const found = find(name);
+  if (!found) return std::nullopt;
+  return found->document.empty() ? taskXml(found->definition) : found->document;
+}
+
+void SimulatedTasks::registerDocument(std::u16string_view name, std::u16string_view document) {
+  auto const definition = taskFromXml(document);
+  bool const accepted = isTaskName(name) && definition && isWellFormed(document);
+  if (!accepted) throw SystemError("register the task", name, ErrorCode::invalidParameter);
+  auto& task = made(name);
+  task.definition = *definition;
+  task.document = taskXml(*definition) == document ? u"" : document;
 }
 
 bool SimulatedTasks::stopAndDisable(std::u16string_view name) {
-  auto const found = tasks_.find(foldCase(name));
-  if (found == tasks_.end()) return false;
-  found->second.second.enabled = false;
+  auto* const found = find(name);
+  if (!found) return false;
+  found->definition.enabled = false;
+  if (!found->document.empty()) found->document = disabledTaskXml(found->document);
   return true;
 }
 
@@ -77,9 +101,17 @@ bool SimulatedTasks::remove(std::u16string_view name) {
   return tasks_.erase(foldCase(name)) != 0;
 }
 
+nlohmann::json SimulatedTasks::recordOf(Task const& task) {
+  nlohmann::json record;
+  for (auto const& [name, member] : texts) record[name] = toUtf8(task.definition.*member);
+  for (auto const& [name, member] : flags) record[name] = task.definition.*member;
+  if (!task.document.empty()) record["document"] = toUtf8(task.document);
+  return record;
+}
+
 nlohmann::json SimulatedTasks::toJson() const {
   auto tasks = nlohmann::json::object();
-  for (auto const& [folded, task] : tasks_) tasks[toUtf8(task.first)] = recordOf(task.second);
+  for (auto const& [folded, task] : tasks_) tasks[toUtf8(task.name)] = recordOf(task);
   return {{"tasks", std::move(tasks)}};
 }
 

@@ -8,7 +8,8 @@
 
 namespace machine::simulated {
 
-/// Scheduled tasks in memory. Nothing runs, so there is never a running instance to end.
+/// Scheduled tasks in memory. A task's document is kept as it is when it says more than a
+/// TaskDefinition. Nothing runs, so there is never a running instance to end.
 class SimulatedTasks final : public Tasks {
  public:
   SimulatedTasks() = default;
@@ -17,14 +18,27 @@ class SimulatedTasks final : public Tasks {
 
   std::optional<TaskDefinition> task(std::u16string_view name) override;
   void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override;
+  std::optional<UString> document(std::u16string_view name) override;
+  void registerDocument(std::u16string_view name, std::u16string_view document) override;
   bool stopAndDisable(std::u16string_view name) override;
   bool remove(std::u16string_view name) override;
 
-  /// {"tasks": {"Maker\\Updater": {"application": "...", ..., "enabled": true}}}
+  /// {"tasks": {"Maker\\Updater": {"application": "...", ..., "enabled": true}}};
+  /// "document" too for a task that is more than its definition.
   nlohmann::json toJson() const;
 
  private:
-  std::map<UString, std::pair<UString, TaskDefinition>> tasks_;  // folded name -> name and task
+  struct Task {
+    UString name;
+    TaskDefinition definition;
+    UString document;  ///< empty: taskXml(definition)
+  };
+
+  static nlohmann::json recordOf(Task const& task);
+  Task* find(std::u16string_view name);
+  Task& made(std::u16string_view name);
+
+  std::map<UString, Task> tasks_;  // by folded name
 };
 
 }  // namespace machine::simulated

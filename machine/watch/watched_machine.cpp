@@ -67,6 +67,9 @@ class WatchedFiles final : public ForwardingFiles {
     if (!inner().status(from)) return move();
     announcing(watch_.observers, renamedItems(watch_.machine, from, to), move);
   }
+  void setReadOnly(std::u16string_view path, bool readOnly) override {
+    announcing(watch_.observers, {item(path)}, [&] { inner().setReadOnly(path, readOnly); });
+  }
   std::unique_ptr<FileLock> lock(std::u16string_view path,
                                  std::chrono::milliseconds limit) override {
     if (inner().status(path)) return inner().lock(path, limit);
@@ -278,6 +281,9 @@ class WatchedTasks final : public ForwardingTasks {
 
   void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
     announcing(watch_.observers, items(name), [&] { inner().createOrReplace(name, definition); });
+  }
+  void registerDocument(std::u16string_view name, std::u16string_view document) override {
+    announcing(watch_.observers, items(name), [&] { inner().registerDocument(name, document); });
   }
   bool stopAndDisable(std::u16string_view name) override {
     if (!inner().task(name)) return inner().stopAndDisable(name);

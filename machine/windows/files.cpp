@@ -57,13 +57,14 @@ std::optional<WIN32_FIND_DATAW> listedEntry(UString path) {
   return find ? std::optional(data) : std::nullopt;
 }
 
-/// Of what FindFirstFileW or GetFileAttributesExW told.
+/// Of a folder the read-only attribute means something else.
 template <class Data>
 FileStatus statusOf(Data const& data, bool link) {
   bool const directory = isDirectory(data.dwFileAttributes);
+  bool const readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
   return {directory, link,
           directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow,
-          !directory && !link && (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0};
+          readOnly && !directory && !link};
 }
 
 FileStatus statusOf(WIN32_FIND_DATAW const& data) {
@@ -365,6 +366,21 @@ class WindowsFiles final : public Files {
                      replaceExisting ? MOVEFILE_REPLACE_EXISTING : 0)) {
       DWORD const error = GetLastError();
       throw systemError("rename", UString(from) + u" to " + UString(to), error);
+    }
+  }
+
+  void setReadOnly(std::u16string_view path, bool readOnly) override {
+    constexpr auto operation = "change the attributes of";
+    auto const present = status(path);
+    if (present && (present->isDirectory || present->isLink)) {
+      throw SystemError(operation, path, ErrorCode::accessDenied);
+    }
+    UString const target = systemPath(operation, path);
+    DWORD const attributes = GetFileAttributesW(wide(target));
+    DWORD const others = attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
+    if (attributes == INVALID_FILE_ATTRIBUTES ||
+        !SetFileAttributesW(wide(target), readOnly ? others | FILE_ATTRIBUTE_READONLY : others)) {
+      throw systemError(operation, path);
     }
   }
 

@@ -1,9 +1,10 @@
-#include "machine/simulated/host_calls.hpp"
+#include "machine/host/host_calls.hpp"
 
 #include <windows.h>
 
 #include <fcntl.h>
 #include <io.h>
+#include <sddl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -11,8 +12,11 @@
 #include <cstdio>
 
 #include "machine/windows/file_lock.hpp"
+#include "machine/windows/handles.hpp"
+#include "machine/windows/system_path.hpp"
+#include "machine/windows/text.hpp"
 
-namespace machine::simulated::host {
+namespace machine::host {
 
 namespace {
 
@@ -25,9 +29,101 @@ int flags(OpenMode mode) {
     case OpenMode::createNew:
       return _O_WRONLY | _O_CREAT | _O_EXCL;
     case OpenMode::read:
+    case OpenMode::createPrivate:
       break;
   }
   return _O_RDONLY;
+}
+
+int errnoOf(DWORD code) {
+  switch (code) {
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+      return EEXIST;
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+      return ENOENT;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+      return EACCES;
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+      return ENOSPC;
+    case ERROR_CANT_RESOLVE_FILENAME:
+      return ELOOP;
+    default:
+      return EIO;
+  }
+}
+
+int failed() {
+  errno = errnoOf(GetLastError());
+  return -1;
+}
+
+UString nameOf(std::filesystem::path const& path) {
+  return windows::systemPath("open", fromWide(path.native()));
+}
+
+/// Full access for administrators and the system, for nobody else, nothing taken over from the
+/// folder above; what is made in a folder gets the same.
+constexpr wchar_t const* administratorsOnly = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
+
+/// Calls what makes something under that protection.
+template <class Call>
+bool makePrivate(Call call) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(administratorsOnly, SDDL_REVISION_1,
+                                                            &descriptor, nullptr)) {
+    return false;
+  }
+  std::unique_ptr<void, windows::ReleaseWith<LocalFree>> const owner(descriptor);
+  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
+  return call(&attributes);
+}
+
+int numberFor(windows::UniqueHandle file, int mode) {
+  int const number = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(file.get()), mode);
+  if (number >= 0) file.release();
+  return number;
+}
+
+int createPrivateFile(std::filesystem::path const& path) {
+  windows::UniqueHandle file;
+  // Opening a reparse point itself makes an existing link an error like any other file.
+  bool const made = makePrivate([&](SECURITY_ATTRIBUTES* attributes) {
+    file.reset(windows::orNull(
+        CreateFileW(windows::wide(nameOf(path)), GENERIC_WRITE, FILE_SHARE_READ, attributes,
+                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr)));
+    return file != nullptr;
+  });
+  return made ? numberFor(std::move(file), _O_BINARY) : failed();
+}
+
+windows::UniqueHandle openedForReading(std::filesystem::path const& path, DWORD flags) {
+  return windows::UniqueHandle(
+      windows::orNull(CreateFileW(windows::wide(nameOf(path)), GENERIC_READ,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | flags, nullptr)));
+}
+
+/// Reparse points that are no links, such as files kept by a cloud service, are opened like any
+/// file.
+int openForReading(std::filesystem::path const& path) {
+  auto file = openedForReading(path, FILE_FLAG_OPEN_REPARSE_POINT);
+  if (!file) return failed();
+  FILE_ATTRIBUTE_TAG_INFO info{};
+  bool const isReparsePoint =
+      GetFileInformationByHandleEx(file.get(), FileAttributeTagInfo, &info, sizeof info) &&
+      (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  if (isReparsePoint && IsReparseTagNameSurrogate(info.ReparseTag)) {
+    errno = ELOOP;
+    return -1;
+  }
+  if (isReparsePoint) file = openedForReading(path, 0);
+  return file ? numberFor(std::move(file), _O_BINARY | _O_RDONLY) : failed();
 }
 
 /// The C runtime counts in unsigned int and returns int.
@@ -38,6 +134,8 @@ unsigned chunk(std::size_t size) {
 }  // namespace
 
 int openFile(std::filesystem::path const& path, OpenMode mode) {
+  if (mode == OpenMode::createPrivate) return createPrivateFile(path);
+  if (mode == OpenMode::read) return openForReading(path);
   return ::_wopen(path.c_str(), flags(mode) | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
 }
 
@@ -57,6 +155,18 @@ int flushFile(int file) {
   return ::_commit(file);
 }
 
+int makePrivateFolder(std::filesystem::path const& path) {
+  bool const made = makePrivate([&](SECURITY_ATTRIBUTES* attributes) {
+    return CreateDirectoryW(windows::wide(nameOf(path)), attributes) != FALSE;
+  });
+  return made ? 0 : failed();
+}
+
+/// Names are in the file system's own journal.
+int flushFolder(std::filesystem::path const&) {
+  return 0;
+}
+
 int closeFile(int file) {
   return ::_close(file);
 }
@@ -70,4 +180,4 @@ int tryLockFile(int file) {
   return isHeld ? 0 : -1;
 }
 
-}  // namespace machine::simulated::host
+}  // namespace machine::host

@@ -95,6 +95,15 @@ class Scheduler {
     return UniqueCom<ITaskFolder>(found);
   }
 
+  /// A task's document, read.
+  UniqueCom<ITaskDefinition> parsed(BSTR document) const {
+    ITaskDefinition* made = nullptr;
+    require(service_->NewTask(0, &made));
+    UniqueCom<ITaskDefinition> definition(made);
+    require(definition->put_XmlText(document));
+    return definition;
+  }
+
   UniqueCom<ITaskFolder> folderMadeWhenMissing() const {
     auto existing = folder();
     return existing ? std::move(existing) : makeFolders();
@@ -219,6 +228,20 @@ void readPrincipal(ITaskDefinition& definition, TaskDefinition& task) {
       SUCCEEDED(principal->get_RunLevel(&level)) && level == TASK_RUNLEVEL_HIGHEST;
 }
 
+/// How the account that a definition names logs on.
+TASK_LOGON_TYPE logonTypeOf(ITaskDefinition& definition) {
+  auto const principal =
+      objectOrNull<IPrincipal>([&](auto** out) { return definition.get_Principal(out); });
+  if (!principal) {
+    return TASK_LOGON_NONE;
+  }
+  if (!textOrEmpty([&](BSTR* out) { return principal->get_GroupId(out); }).empty()) {
+    return TASK_LOGON_GROUP;
+  }
+  TASK_LOGON_TYPE type = TASK_LOGON_NONE;
+  return SUCCEEDED(principal->get_LogonType(&type)) ? type : TASK_LOGON_NONE;
+}
+
 bool isEnabled(Scheduler const& scheduler, IRegisteredTask& task) {
   VARIANT_BOOL enabled = VARIANT_FALSE;
   scheduler.require(task.get_Enabled(&enabled));
@@ -308,6 +331,38 @@ class WindowsTasks final : public Tasks {
     HRESULT const result = folder->RegisterTask(
         toBstr(lastComponent(name)).get(), toBstr(taskXml(definition)).get(), TASK_CREATE_OR_UPDATE,
         VARIANT{}, VARIANT{}, TASK_LOGON_GROUP, VARIANT{}, &registered);
+    UniqueCom<IRegisteredTask> const owner(registered);
+    scheduler.require(result);
+  }
+
+  std::optional<UString> document(std::u16string_view name) override {
+    if (!isTaskName(name)) {
+      return std::nullopt;
+    }
+    Scheduler const scheduler("read the document of the task", name);
+    auto const found = scheduler.task();
+    if (!found) {
+      return std::nullopt;
+    }
+    BSTR text = nullptr;
+    scheduler.require(found->get_Xml(&text));
+    UniqueBstr const owner(text);
+    return text ? UString(unitsOf(text)) : UString();
+  }
+
+  void registerDocument(std::u16string_view name, std::u16string_view document) override {
+    constexpr auto operation = "register the document of the task";
+    if (!isTaskName(name)) {
+      throw SystemError(operation, name, ErrorCode::invalidParameter);
+    }
+    Scheduler const scheduler(operation, name);
+    auto const text = toBstr(document);
+    auto const logonType = logonTypeOf(*scheduler.parsed(text.get()));
+    auto const folder = scheduler.folderMadeWhenMissing();
+    IRegisteredTask* registered = nullptr;
+    HRESULT const result =
+        folder->RegisterTask(toBstr(lastComponent(name)).get(), text.get(), TASK_CREATE_OR_UPDATE,
+                             VARIANT{}, VARIANT{}, logonType, VARIANT{}, &registered);
     UniqueCom<IRegisteredTask> const owner(registered);
     scheduler.require(result);
   }

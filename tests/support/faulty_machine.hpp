@@ -154,6 +154,10 @@ class FaultyFiles final : public machine::ForwardingFiles {
     faults_.check("rename", from);
     inner().rename(from, to, replaceExisting);
   }
+  void setReadOnly(std::u16string_view path, bool readOnly) override {
+    faults_.check("setReadOnly", path);
+    inner().setReadOnly(path, readOnly);
+  }
   machine::UString currentDirectory() override {
     faults_.check("currentDirectory", u"");
     return inner().currentDirectory();
@@ -354,6 +358,14 @@ class FaultyTasks final : public machine::ForwardingTasks {
                        machine::TaskDefinition const& definition) override {
     faults_.check("createOrReplace", name);
     inner().createOrReplace(name, definition);
+  }
+  std::optional<machine::UString> document(std::u16string_view name) override {
+    faults_.check("document", name);
+    return inner().document(name);
+  }
+  void registerDocument(std::u16string_view name, std::u16string_view document) override {
+    faults_.check("registerDocument", name);
+    inner().registerDocument(name, document);
   }
   bool stopAndDisable(std::u16string_view name) override {
     faults_.check("stopAndDisable", name);

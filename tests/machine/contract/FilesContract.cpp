@@ -548,4 +548,26 @@ TEST_P(FilesContract, WhatIsNoFileCannotBeLocked) {
             codeOf(ErrorCode::pathNotFound));
 }
 
+TEST_P(FilesContract, AReadOnlyFileTellsAndKeepsItsContent) {
+  write(in(u"a"), "content");
+  EXPECT_FALSE(files().status(in(u"a"))->isReadOnly);
+  files().setReadOnly(in(u"a"), true);
+  EXPECT_TRUE(files().status(in(u"a"))->isReadOnly);
+  EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"a"), WriteMode::truncate); }),
+            static_cast<std::uint32_t>(ErrorCode::accessDenied));
+  EXPECT_EQ(read(in(u"a")), "content");
+  files().setReadOnly(in(u"a"), false);
+  EXPECT_FALSE(files().status(in(u"a"))->isReadOnly);
+  EXPECT_NO_THROW(write(in(u"a"), "new"));
+}
+
+TEST_P(FilesContract, OnlyFilesAreMadeReadOnly) {
+  files().createDirectory(in(u"folder"));
+  EXPECT_EQ(errorOf([&] { files().setReadOnly(in(u"folder"), true); }),
+            static_cast<std::uint32_t>(ErrorCode::accessDenied));
+  EXPECT_EQ(errorOf([&] { files().setReadOnly(in(u"none"), true); }),
+            static_cast<std::uint32_t>(ErrorCode::fileNotFound));
+  EXPECT_FALSE(files().status(in(u"folder"))->isReadOnly);
+}
+
 }  // namespace contract

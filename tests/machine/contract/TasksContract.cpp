@@ -40,6 +40,24 @@ TaskDefinition told(TaskDefinition task) {
   return task;
 }
 
+/// A task that another program made: it runs every third day.
+constexpr auto foreignDocument =
+    uR"(<?xml version="1.0" encoding="UTF-16"?>
+<Task version="1.2" xmlns="http://schemas.microsoft.com/windows/2004/02/mit/task">
+  <Triggers>
+    <CalendarTrigger>
+      <StartBoundary>2026-01-01T03:00:00</StartBoundary>
+      <ScheduleByDay><DaysInterval>3</DaysInterval></ScheduleByDay>
+    </CalendarTrigger>
+  </Triggers>
+  <Principals>
+    <Principal id="Author"><GroupId>S-1-5-32-545</GroupId></Principal>
+  </Principals>
+  <Settings><Priority>5</Priority></Settings>
+  <Actions Context="Author"><Exec><Command>C:\first &amp; only.exe</Command></Exec></Actions>
+</Task>
+)";
+
 }  // namespace
 
 TEST_P(TasksContract, ATaskThatWasNotMadeIsNotThere) {
@@ -118,6 +136,59 @@ TEST_P(TasksContract, ATaskMayLieOutsideAllFolders) {
   EXPECT_TRUE(tasks().remove(root));
 }
 
+TEST_P(TasksContract, ADocumentRegisteredAgainIsTheSameTask) {
+  tasks().createOrReplace(name(), definition());
+  auto const document = tasks().document(name());
+  ASSERT_TRUE(document);
+  EXPECT_TRUE(tasks().remove(name()));
+  tasks().registerDocument(name(), *document);
+  auto const task = tasks().task(name());
+  ASSERT_TRUE(task);
+  EXPECT_EQ(told(*task), told(definition()));
+  EXPECT_EQ(tasks().document(name()), document);
+}
+
+TEST_P(TasksContract, ADocumentReplacesTheTaskOfItsName) {
+  tasks().createOrReplace(name(), definition());
+  auto const document = *tasks().document(name());
+  tasks().stopAndDisable(name());
+  EXPECT_NE(tasks().document(name()), document);
+  tasks().registerDocument(u"REGISTRATION contract TEST\\tASK", document);
+  EXPECT_TRUE(tasks().task(name())->enabled);
+  EXPECT_EQ(tasks().document(name()), document);
+}
+
+TEST_P(TasksContract, ADisabledTasksDocumentMakesADisabledTask) {
+  tasks().createOrReplace(name(), definition());
+  tasks().stopAndDisable(name());
+  auto const document = *tasks().document(name());
+  tasks().createOrReplace(name(), definition());
+  tasks().registerDocument(name(), document);
+  EXPECT_FALSE(tasks().task(name())->enabled);
+}
+
+TEST_P(TasksContract, ADocumentKeepsWhatADefinitionHasNoPlaceFor) {
+  if (tests::isWine()) GTEST_SKIP() << "Wine keeps no triggers and actions";
+  tasks().registerDocument(name(), foreignDocument);
+  auto const task = tasks().task(name());
+  ASSERT_TRUE(task);
+  EXPECT_EQ(task->application, u"C:\\first & only.exe");
+  EXPECT_FALSE(task->startsAtLogon);
+  EXPECT_TRUE(task->enabled);
+  EXPECT_NE(tasks().document(name())->find(u"<DaysInterval>3</DaysInterval>"), UString::npos);
+  tasks().stopAndDisable(name());
+  EXPECT_FALSE(tasks().task(name())->enabled);
+  EXPECT_NE(tasks().document(name())->find(u"<DaysInterval>3</DaysInterval>"), UString::npos);
+}
+
+TEST_P(TasksContract, WhatIsNoTasksDocumentIsRefused) {
+  for (auto const* const text : {u"", u"no document", u"<Task><Actions>", u"<Other></Other>"}) {
+    EXPECT_THROW(tasks().registerDocument(name(), text), SystemError) << machine::toUtf8(text);
+  }
+  EXPECT_FALSE(tasks().task(name()));
+  EXPECT_EQ(tasks().document(name()), std::nullopt);
+}
+
 TEST_P(TasksContract, AFolderIsNoTask) {
   tasks().createOrReplace(name(), definition());
   EXPECT_FALSE(tasks().task(u"Registration Contract Test"));
@@ -129,6 +200,8 @@ TEST_P(TasksContract, AnUnsafeNameIsNoTasksAndRefused) {
     EXPECT_FALSE(tasks().task(unsafe)) << machine::toUtf8(unsafe);
     EXPECT_FALSE(tasks().stopAndDisable(unsafe)) << machine::toUtf8(unsafe);
     EXPECT_FALSE(tasks().remove(unsafe)) << machine::toUtf8(unsafe);
+    EXPECT_EQ(tasks().document(unsafe), std::nullopt) << machine::toUtf8(unsafe);
+    EXPECT_THROW(tasks().registerDocument(unsafe, foreignDocument), SystemError);
     try {
       tasks().createOrReplace(unsafe, definition());
       FAIL() << machine::toUtf8(unsafe);

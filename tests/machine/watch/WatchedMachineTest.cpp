@@ -7,6 +7,7 @@
 #include <map>
 
 #include "machine/simulated/simulated_machine.hpp"
+#include "machine/task_xml.hpp"
 #include "machine/watch/watched_machine.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/recorded_changes.hpp"
@@ -269,6 +270,9 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[](Machine& m) { m.files().rename(u"C:\\tool.exe", u"C:\\new", false); },
         {"about file C:\\tool.exe", "about file C:\\new", "changed file C:\\tool.exe",
          "changed file C:\\new"}}},
+      {"Files::setReadOnly",
+       {[](Machine& m) { m.files().setReadOnly(u"C:\\tool.exe", true); },
+        both("file C:\\tool.exe")}},
       {"Files::lock",
        {[=](Machine& m) { m.files().lock(u"C:\\new", patience); }, both("file C:\\new")}},
       {"Registry::createKey",
@@ -298,6 +302,8 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
         both("shortcut C:\\s.lnk")}},
       {"Tasks::createOrReplace",
        {[=](Machine& m) { m.tasks().createOrReplace(u"New", task); }, both("task New")}},
+      {"Tasks::registerDocument",
+       {[=](Machine& m) { m.tasks().registerDocument(u"New", taskXml(task)); }, both("task New")}},
       {"Tasks::stopAndDisable",
        {[](Machine& m) { m.tasks().stopAndDisable(u"There"); }, both("task There")}},
       {"Tasks::remove", {[](Machine& m) { m.tasks().remove(u"There"); }, both("task There")}},
@@ -329,7 +335,7 @@ std::vector<std::string> const otherOperations{
     "Files::setCurrentDirectory", "Files::fileVersion", "Registry::keyExists", "Registry::value",
     "Registry::subkeys", "Registry::values", "Environment::variable",
     "Environment::broadcastSettingChange", "Environment::lastError", "Shell::knownFolder",
-    "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task",
+    "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task", "Tasks::document",
     "Services::definition", "Services::state", "Downloads::get", "Clock::now",
     // Of what an operation handed out:
     "DirectoryStream::next", "FileReader::read", "FileReader::seek", "FileWriter::write",

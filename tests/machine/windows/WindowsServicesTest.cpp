@@ -22,16 +22,16 @@ class WindowsServices : public ::testing::Test {
     services.remove(name);
   }
 
-  void set(UString const& program, std::vector<UString> const& arguments) {
+  void set(UString const& file, std::vector<UString> const& arguments) {
     ServiceDefinition definition;
     definition.displayName = u"Registration Services Test";
     definition.start = ServiceStart::manual;
-    definition.commandLine = command_line::join(program, arguments);
+    definition.commandLine = command_line::join(file, arguments);
     services.set(name, definition);
   }
 
   UString const name = u"RegistrationServicesTest";
-  UString const program = tests::testProgram(u"tiny_service.exe");
+  UString const program = tests::testProgram(u"service_host.exe");
   WindowsMachine machine;
   Services& services = machine.services();
 };

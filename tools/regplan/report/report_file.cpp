@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "machine/host/host_file.hpp"
 #include "machine/printable.hpp"
-#include "machine/simulated/host_file.hpp"
 #include "tools/regplan/report/page_parts.hpp"
 #include "tools/regplan/report/report_json.hpp"
 #include "tools/regplan/report/report_page.hpp"
@@ -13,8 +13,8 @@ namespace regplan {
 namespace {
 
 namespace fs = std::filesystem;
-using machine::simulated::HostFile;
-using machine::simulated::host::OpenMode;
+using machine::HostFile;
+using machine::host::OpenMode;
 
 fs::path hostPath(std::string const& utf8) {
   return {std::u8string(utf8.begin(), utf8.end())};

@@ -6,10 +6,10 @@
 
 #include "machine/api.hpp"
 #include "machine/error.hpp"
-#include "machine/simulated/host_calls.hpp"
+#include "machine/host/host_calls.hpp"
 #include "machine/unicode.hpp"
 
-namespace machine::simulated {
+namespace machine {
 
 /// An open file of the host. Failures are std::system_error with the host's error.
 class REGISTRATION_API HostFile {
@@ -43,4 +43,4 @@ std::filesystem::path toHostName(std::u16string_view name);
 /// No unpaired surrogates: the text survives the way through UTF-8.
 bool isWellFormed(std::u16string_view text);
 
-}  // namespace machine::simulated
+}  // namespace machine

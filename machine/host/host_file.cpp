@@ -1,10 +1,10 @@
-#include "machine/simulated/host_file.hpp"
+#include "machine/host/host_file.hpp"
 
 #include <cerrno>
 #include <system_error>
 #include <utility>
 
-namespace machine::simulated {
+namespace machine {
 
 namespace {
 
@@ -92,4 +92,4 @@ bool isWellFormed(std::u16string_view text) {
   return toUtf16(toUtf8(text)) == text;
 }
 
-}  // namespace machine::simulated
+}  // namespace machine

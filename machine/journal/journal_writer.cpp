@@ -1,0 +1,118 @@
+#include "machine/journal/journal_writer.hpp"
+
+#include <map>
+#include <stdexcept>
+
+#include "machine/error.hpp"
+#include "machine/journal/content_store.hpp"
+#include "machine/journal/image.hpp"
+#include "machine/journal/journal_file.hpp"
+#include "machine/journal/record_json.hpp"
+
+namespace machine::journal {
+
+class JournalWriter::State {
+ public:
+  State(std::filesystem::path const& file, Machine& machine, std::string_view plan)
+      : machine_(machine), lines_(file), store_(filesFolder(std::filesystem::absolute(file))) {
+    write({{"format", "registration-journal"},
+           {"version", 1},
+           {"created", toIso8601(machine.clock().now())},
+           {"plan", toUtf8(toUtf16(plan))}});
+    lines_.flush();
+    host::flushFolder(std::filesystem::absolute(file).parent_path());
+  }
+
+  void aboutToChange(Item const& item) {
+    requireWhole();
+    auto const identity = identityOf(item);
+    if (known_.contains(identity)) {
+      writeToDisk({{"again", toJson(item)}});
+    } else {
+      auto const before = toJson(keptImage(item));
+      writeToDisk({{"about", toJson(item)}, {"before", before}});
+    }
+    ++known_[identity];
+  }
+
+  void changed(Item const& item) {
+    auto const known = known_.find(identityOf(item));
+    // An announcement that failed is taken back by this call, too.
+    if (broken_ || known == known_.end() || known->second == 0) return;
+    --known->second;
+    Record record{{"changed", toJson(item)}};
+    try {
+      record["after"] = toJson(imageOf(machine_, item, 0));
+    } catch (SystemError const&) {
+      // The reader takes it for a change that may not have ended.
+    }
+    write(record);
+  }
+
+  void aboutToHandOver(HandOver const& handOver) {
+    requireWhole();
+    writeToDisk({{"handOver", toJson(handOver)}});
+  }
+
+  void flush() { lines_.flush(); }
+
+ private:
+  /// How the item is now, its content kept.
+  Image keptImage(Item const& item) {
+    bool const isPath = item.kind == Item::Kind::file || item.kind == Item::Kind::shortcut;
+    auto const status = isPath ? machine_.files().status(item.where) : std::nullopt;
+    bool const isLong = status && !status->isDirectory && !status->isLink &&
+                        status->size > JournalWriter::longestInline;
+    if (!isLong) return imageOf(machine_, item, JournalWriter::longestInline);
+    return {store_.keep(machine_.files(), item.where), status->isReadOnly, {}};
+  }
+
+  void requireWhole() const {
+    if (broken_) throw std::runtime_error("the journal could not be written: no change without it");
+  }
+
+  void write(Record const& record) {
+    broken_ = true;
+    lines_.append(record);
+    broken_ = false;
+  }
+
+  void writeToDisk(Record const& record) {
+    write(record);
+    broken_ = true;
+    lines_.flush();
+    broken_ = false;
+  }
+
+  Machine& machine_;
+  LineWriter lines_;
+  ContentStore store_;
+  std::map<UString, int> known_;  ///< by identity: announcements that have not ended
+  bool broken_ = false;           ///< a line may be there in part
+};
+
+JournalWriter::JournalWriter(std::filesystem::path const& file, Machine& machine,
+                             std::string_view plan)
+    : state_(std::make_unique<State>(file, machine, plan)) {}
+
+JournalWriter::~JournalWriter() {
+  try {
+    state_->flush();
+  } catch (std::exception const&) {
+    // Everything that a restore needs is on the disk already.
+  }
+}
+
+void JournalWriter::aboutToChange(Item const& item) {
+  state_->aboutToChange(item);
+}
+
+void JournalWriter::changed(Item const& item) {
+  state_->changed(item);
+}
+
+void JournalWriter::aboutToHandOver(HandOver const& handOver) {
+  state_->aboutToHandOver(handOver);
+}
+
+}  // namespace machine::journal

@@ -1,0 +1,318 @@
+#include "machine/journal/restore.hpp"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <stdexcept>
+
+#include "machine/error.hpp"
+#include "machine/host/host_file.hpp"
+#include "machine/path_grammar.hpp"
+#include "machine/sha256.hpp"
+
+namespace machine::journal {
+
+namespace {
+
+using Outcome = RestoreStep::Outcome;
+
+constexpr std::chrono::seconds patience(30);
+constexpr std::u16string_view temporaryEnd = u".journal-restore.tmp";
+
+bool isNothing(ItemState const& state) {
+  return std::holds_alternative<std::monostate>(state);
+}
+
+bool isFolder(ItemState const& state) {
+  return std::holds_alternative<Existing>(state);
+}
+
+bool runs(ServiceCondition const& service) {
+  return service.state != ServiceState::stopped && service.state != ServiceState::stopPending;
+}
+
+/// The item is as it was, so far as it matters.
+bool isBefore(Image const& now, Image const& before) {
+  auto const* const running = std::get_if<ServiceCondition>(&now.state);
+  auto const* const wanted = std::get_if<ServiceCondition>(&before.state);
+  if (running && wanted) {
+    return running->definition == wanted->definition && runs(*running) == runs(*wanted);
+  }
+  return sameImage(now, before);
+}
+
+/// Equal but for what may differ without anybody's doing: whether a service runs, and an attribute
+/// that an interrupted restore has changed already.
+bool isStill(Image now, Image other) {
+  auto const* const service = std::get_if<ServiceCondition>(&now.state);
+  auto const* const otherService = std::get_if<ServiceCondition>(&other.state);
+  if (service && otherService) return service->definition == otherService->definition;
+  now.isReadOnly = other.isReadOnly = false;
+  return sameImage(now, other);
+}
+
+/// Whether the item is what the journal's changes left, or what an interrupted restore did.
+bool isExpected(Image const& now, Entry const& entry) {
+  if (!entry.after || isStill(now, *entry.after) || isStill(now, entry.before)) return true;
+  // Between a folder and a file of its name there is nothing for a moment.
+  bool const changesKind = isFolder(entry.before.state) != isFolder(entry.after->state);
+  return isNothing(now.state) && changesKind && !isNothing(entry.after->state) &&
+         !isNothing(entry.before.state);
+}
+
+/// Whether a value lies where a system keeps environment variables.
+bool isEnvironment(Item const& item) {
+  for (auto const* const key :
+       {u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment",
+        u"HKEY_CURRENT_USER\\Environment"}) {
+    if (equalIgnoringCase(item.where, key)) return true;
+  }
+  return false;
+}
+
+/// Whether a key or value lies where file associations do.
+bool isAssociation(Item const& item) {
+  bool const isRegistry =
+      item.kind == Item::Kind::registryKey || item.kind == Item::Kind::registryValue;
+  auto const where = foldCase(item.where) + u'\\';
+  return isRegistry && (where.starts_with(u"hkey_classes_root\\") ||
+                        where.find(u"\\software\\classes\\") != UString::npos);
+}
+
+class Restoring {
+ public:
+  Restoring(Journal const& journal, Machine& machine, bool force)
+      : journal_(journal), machine_(machine), force_(force) {}
+
+  RestoreReport run() {
+    for (auto entry = journal_.entries.rbegin(); entry != journal_.entries.rend(); ++entry) {
+      report_.steps.push_back(step(*entry));
+    }
+    announce();
+    report_.handOvers = journal_.handOvers;
+    report_.damage = journal_.damage;
+    return std::move(report_);
+  }
+
+ private:
+  RestoreStep step(Entry const& entry) {
+    RestoreStep step;
+    step.item = entry.item;
+    step.before = entry.before.state;
+    if (entry.after) step.after = entry.after->state;
+    try {
+      auto const now = imageOf(machine_, entry.item, 0);
+      step.found = now.state;
+      decide(entry, now, step);
+    } catch (std::exception const& error) {
+      step.outcome = Outcome::failed;
+      step.reason = error.what();
+    }
+    return step;
+  }
+
+  void decide(Entry const& entry, Image const& now, RestoreStep& step) {
+    bool const expected = isExpected(now, entry);
+    if (isBefore(now, entry.before)) {
+      step.outcome = Outcome::already;
+    } else if (isLink(entry.before) || isLink(now)) {
+      step.outcome = Outcome::notRestorable;
+      step.reason = "links are not put back";
+    } else if (entry.item.kind == Item::Kind::variable && !expected) {
+      step.outcome = Outcome::notRestorable;
+      step.reason = "it was a variable of another process";
+    } else if (!expected && !force_) {
+      step.outcome = Outcome::left;
+      step.reason = "it was changed since";
+    } else if (!put(entry, now)) {
+      step.outcome = Outcome::left;
+      step.reason = "it is not empty";
+    } else {
+      step.outcome = expected ? Outcome::restored : Outcome::forced;
+    }
+  }
+
+  /// False for a folder or key that cannot go because of what is in it.
+  bool put(Entry const& entry, Image const& now) {
+    switch (entry.item.kind) {
+      case Item::Kind::file:
+      case Item::Kind::folder:
+      case Item::Kind::shortcut:
+        return putPath(entry.item.where, entry.before, now);
+      case Item::Kind::registryKey:
+        return putKey(keyOf(entry.item), entry.before.state);
+      case Item::Kind::registryValue:
+        putValue(entry.item, entry.before.state);
+        return true;
+      case Item::Kind::variable:
+        putVariable(entry.item.where, entry.before.state);
+        return true;
+      case Item::Kind::task:
+        putTask(entry.item.where, entry.before);
+        return true;
+      case Item::Kind::service:
+        putService(entry.item.where, entry.before.state, now.state);
+        return true;
+    }
+    return true;
+  }
+
+  bool putPath(UString const& path, Image const& before, Image const& now) {
+    if (isFolder(now.state) && !removeFolder(path)) return false;
+    if (now.isReadOnly) machine_.files().setReadOnly(path, false);
+    if (isNothing(before.state)) {
+      machine_.files().removeFile(path);
+    } else if (isFolder(before.state)) {
+      machine_.files().removeFile(path);
+      makeFolders(path);
+    } else {
+      putFile(path, std::get<FileContent>(before.state), before.isReadOnly);
+    }
+    return true;
+  }
+
+  /// False when it is not empty.
+  bool removeFolder(UString const& path) {
+    try {
+      machine_.files().removeDirectory(path);
+      return true;
+    } catch (SystemError const& error) {
+      if (!error.is(ErrorCode::directoryNotEmpty)) throw;
+      return false;
+    }
+  }
+
+  /// The folder, and those above it that are missing.
+  void makeFolders(UString const& path) {
+    UString const above(path_grammar::parent(path));
+    if (above != path && !machine_.files().status(above)) makeFolders(above);
+    machine_.files().createDirectory(path);
+  }
+
+  void putFile(UString const& path, FileContent const& content, bool readOnly) {
+    auto const temporary = path + UString(temporaryEnd);
+    UString const above(path_grammar::parent(path));
+    if (!machine_.files().status(above)) makeFolders(above);
+    // Made anew, never written through: somebody may have put a link there.
+    machine_.files().removeFile(temporary);
+    try {
+      writeContent(temporary, content);
+      if (readOnly) machine_.files().setReadOnly(temporary, true);
+      machine_.files().rename(temporary, path, true);
+    } catch (std::exception const&) {
+      removeIfPossible(temporary);
+      throw;
+    }
+  }
+
+  void removeIfPossible(UString const& path) {
+    try {
+      machine_.files().removeFile(path);
+    } catch (SystemError const&) {
+      // The failure before this one is the one to tell.
+    }
+  }
+
+  void writeContent(UString const& path, FileContent const& content) {
+    auto const writer = machine_.files().openForWriting(path, WriteMode::createNew);
+    Sha256 hash;
+    readContent(content, [&](std::string_view bytes) {
+      hash.add(bytes);
+      writer->write(bytes);
+    });
+    if (hash.finish() != content.sha256) {
+      throw std::runtime_error("the content kept with the journal is not the one that was kept");
+    }
+    writer->flushToDisk();
+    writer->close();
+  }
+
+  void readContent(FileContent const& content, std::function<void(std::string_view)> const& take) {
+    if (content.bytes) return take(*content.bytes);
+    HostFile file(journal_.files / content.sha256, host::OpenMode::read);
+    std::array<char, 65536> part;
+    while (std::size_t const count = file.read(part)) take({part.data(), count});
+  }
+
+  /// False when it has to go and is not empty.
+  bool putKey(RegistryKey const& key, ItemState const& before) {
+    auto& registry = machine_.registry();
+    if (!isNothing(before)) {
+      registry.createKey(key);
+      return true;
+    }
+    if (!registry.subkeys(key).empty() || !registry.values(key).empty()) return false;
+    registry.removeKey(key);
+    return true;
+  }
+
+  void putValue(Item const& item, ItemState const& before) {
+    if (isNothing(before)) {
+      machine_.registry().removeValue(keyOf(item), item.value);
+    } else {
+      machine_.registry().setValue(keyOf(item), item.value, std::get<RegistryValue>(before));
+    }
+  }
+
+  void putVariable(UString const& name, ItemState const& before) {
+    auto& environment = machine_.environment();
+    bool const done = isNothing(before) ? environment.removeVariable(name)
+                                        : environment.setVariable(name, std::get<UString>(before));
+    if (!done) {
+      throw SystemError("set the variable", name, environment.lastError(), "it was refused");
+    }
+  }
+
+  void putTask(UString const& name, Image const& before) {
+    if (isNothing(before.state)) {
+      machine_.tasks().remove(name);
+    } else {
+      machine_.tasks().registerDocument(name, before.taskDocument.value());
+    }
+  }
+
+  void putService(UString const& name, ItemState const& before, ItemState const& now) {
+    auto& services = machine_.services();
+    auto const* const wanted = std::get_if<ServiceCondition>(&before);
+    auto const* const found = std::get_if<ServiceCondition>(&now);
+    bool const isDefined = wanted && found && wanted->definition == found->definition;
+    if (found && runs(*found) && !(isDefined && runs(*wanted))) services.stop(name, patience);
+    if (!wanted) {
+      services.remove(name);
+      return;
+    }
+    if (!isDefined) services.set(name, wanted->definition);
+    if (runs(*wanted)) services.start(name, patience);
+  }
+
+  void announce() {
+    auto const anyChanged = [&](auto const& predicate) {
+      return std::any_of(report_.steps.begin(), report_.steps.end(), [&](auto const& step) {
+        return (step.outcome == Outcome::restored || step.outcome == Outcome::forced) &&
+               predicate(step.item);
+      });
+    };
+    if (anyChanged(isEnvironment)) machine_.environment().broadcastSettingChange();
+    if (anyChanged(isAssociation)) machine_.shell().announceAssociationsChanged();
+  }
+
+  Journal const& journal_;
+  Machine& machine_;
+  bool force_;
+  RestoreReport report_;
+};
+
+}  // namespace
+
+bool RestoreReport::allRestored() const {
+  return std::all_of(steps.begin(), steps.end(), [](RestoreStep const& step) {
+    return step.outcome == Outcome::restored || step.outcome == Outcome::already ||
+           step.outcome == Outcome::forced;
+  });
+}
+
+RestoreReport restore(Journal const& journal, Machine& machine, bool force) {
+  return Restoring(journal, machine, force).run();
+}
+
+}  // namespace machine::journal

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "machine/journal/journal.hpp"
+
+namespace machine::journal {
+
+/// What became of one item.
+struct RestoreStep {
+  enum class Outcome {
+    restored,       ///< it is again as it was before its first change
+    already,        ///< it was so before
+    left,           ///< not touched: changed since by others, or not empty, see `reason`
+    forced,         ///< restored though others had changed it
+    notRestorable,  ///< nothing that could be put back, see `reason`
+    failed,         ///< see `reason`
+  };
+
+  Outcome outcome = Outcome::failed;
+  Item item;
+  ItemState before;                ///< where it goes back to
+  std::optional<ItemState> after;  ///< how the journal's changes left it; nullopt: not known
+  std::optional<ItemState> found;  ///< how restore found it; nullopt: it could not be read
+  std::string reason;              ///< UTF-8, empty where the outcome says all
+};
+
+struct RestoreReport {
+  std::vector<RestoreStep> steps;   ///< in the order of the work: the last item first
+  std::vector<HandOver> handOvers;  ///< what code of others did was not recorded and is not undone
+  std::optional<Damage> damage;     ///< where the journal could not be read on
+
+  /// Every item in the journal is as it was.
+  REGISTRATION_API bool allRestored() const;
+};
+
+/// Takes a journal's changes back, the last item first, each to how it was before its first change:
+/// after a success, a failure half-way or the end of the process at any moment.
+///
+/// - What an item must be now is what the journal's last change left. When it is something else,
+///   others changed it since: it is left alone, unless `force`.
+/// - An item whose last change has no end in the journal, because the process was stopped there, is
+///   restored whatever it is: the change may have happened in whole, in part or not at all, and
+///   which of it others did cannot be told.
+/// - An item that already is as it was is fine, so a restore that was interrupted can be run again.
+///   A file is put back under a name of its own, "NAME.journal-restore.tmp", and renamed over; that
+///   leaves its access rights to the folder.
+/// - Folders and keys that were made are removed when nothing is in them, else left, even with
+///   `force`.
+/// - Of a service the definition counts for whether others changed it; whether it runs is put back
+///   too, waiting up to half a minute.
+/// - Variables are put back while the process that set them lives.
+/// - Links that were moved or removed, and what was written through them, are not restored.
+/// - Folders of tasks, made on the way, stay: nothing tells whether they were there before.
+///
+/// A step's failure is reported and the others go on. Where a changed environment or file
+/// associations are put back, that is broadcast.
+REGISTRATION_API RestoreReport restore(Journal const& journal, Machine& machine, bool force);
+
+}  // namespace machine::journal
