@@ -235,7 +235,7 @@ cases["hostile: WhatCannotBeSeenIsMarked"] = async () => {
 cases["restore: PutsWhatFailedFirst"] = async () => {
   const page = await open("restore");
   assert.match(await page.locator(".unit").first().textContent(), /failed/);
-  await page.getByLabel(/^\s*left: changed since/).check();
+  await page.getByLabel(/^\s*left as it is/).check();
   assert.equal(await page.locator(".unit:visible").count(), 1);
   assert.equal(await status(page), "1 of 7 items shown");
 };

@@ -11,6 +11,8 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
+#include "machine/journal/journal_writer.hpp"
+#include "machine/journal/restore.hpp"
 #include "machine/machine.hpp"
 #include "machine/overlay/overlay_machine.hpp"
 #include "machine/printable.hpp"
@@ -54,17 +56,24 @@ constexpr char const* footer =
     "starts a program, calls a module or starts bundles, it says \"hands over to foreign\n"
     "code\". What that code does is in no preview, no report and no journal.\n"
     "\n"
+    "With --journal a run can be taken back exactly: \"regplan restore FILE\" puts every\n"
+    "item back to how it was before, also after a failure or the end of the process\n"
+    "half-way. What others have changed since is left as it is, unless --force.\n"
+    "\n"
     "Exit codes:\n"
-    "  0  every command ran to its end, with or without problems\n"
-    "  1  at least one command failed: an exception left it; or a report or the\n"
-    "     simulated machine could not be saved\n"
-    "  2  the command line or the plan was refused; nothing was changed";
+    "  0  every command ran to its end, with or without problems; everything that a\n"
+    "     journal tells is as it was\n"
+    "  1  at least one command failed: an exception left it; something was not restored;\n"
+    "     or a report or the simulated machine could not be saved\n"
+    "  2  the command line, the plan or the journal was refused; nothing was changed";
 
 struct CommandLine {
   std::string plan;
   std::string machine;  ///< empty: this computer
   std::string log;      ///< empty: the default
   bool noLog = false;
+  std::string journal;  ///< empty: none is written
+  bool force = false;
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
@@ -128,10 +137,30 @@ void addOutput(CLI::App& verb, CommandLine& given) {
       ->excludes(verbose);
 }
 
+void addJournal(CLI::App& verb, CommandLine& given) {
+  verb.add_option("--journal", given.journal,
+                  "Write a journal to this new file on this computer,\n"
+                  "from which \"regplan restore\" takes the changes back;\n"
+                  "longer contents go to FILE.files beside it")
+      ->type_name("FILE")
+      ->option_text("FILE");
+}
+
+/// The plan's argument of the verb is a journal's.
+void addRestore(CLI::App& verb, CommandLine& given) {
+  verb.add_option("FILE", given.plan, "The journal of a run or undo")->required()->type_name("");
+  verb.add_flag("--force", given.force, "Restore also what others have changed since")
+      ->option_text(" ");
+}
+
+std::filesystem::path hostPath(std::string const& utf8) {
+  return {std::u8string(utf8.begin(), utf8.end())};
+}
+
 /// The machine that `directory` stands for; none when it is empty and this computer is meant.
 std::unique_ptr<SimulatedMachine> simulatedMachine(std::string const& directory) {
   if (directory.empty()) return nullptr;
-  std::filesystem::path const folder(std::u8string(directory.begin(), directory.end()));
+  std::filesystem::path const folder = hostPath(directory);
   std::error_code error;
   if (!std::filesystem::is_directory(folder, error)) {
     throw Refusal("--machine: " + printable(directory) + " is not an existing folder");
@@ -249,9 +278,25 @@ bool writeReports(ReportFiles const& files, RunReport const& report, std::ostrea
   return complete;
 }
 
+using machine::journal::JournalWriter;
+
+/// None where none is asked for. A failure is a refusal: nothing was changed yet.
+std::unique_ptr<JournalWriter> openJournal(CommandLine const& given) {
+  if (given.journal.empty()) return nullptr;
+  std::filesystem::path const file = hostPath(given.journal);
+  try {
+    return std::make_unique<JournalWriter>(file, machine::current(), given.plan);
+  } catch (std::system_error const& failure) {
+    bool const isThere = failure.code() == std::errc::file_exists;
+    throw Refusal("--journal: " + printable(given.journal) + " " +
+                  (isThere ? "exists; a journal is never written over"
+                           : "cannot be written: " + failure.code().message()));
+  }
+}
+
 /// Runs the plan on the current machine, watched when anybody is to be told of changes.
-void perform(Plan const& plan, CommandLine const& given, RunReport& report, View& view,
-             Surroundings const& surroundings) {
+void perform(Plan const& plan, CommandLine const& given, JournalWriter* journal, RunReport& report,
+             View& view, Surroundings const& surroundings) {
   bool const isPreview = report.request.verb == Verb::preview;
   Operation const operation =
       report.request.verb == Verb::undo ? Operation::undo : Operation::execute;
@@ -261,10 +306,14 @@ void perform(Plan const& plan, CommandLine const& given, RunReport& report, View
   machine::Machine& changed = overlay ? *overlay : target;
 
   CommandWatch watch(changed, isPreview);
-  machine::watch::WatchedMachine watched(changed, {&watch});
-  bool const isWatched = isPreview || given.verbose || given.json || !given.reports.empty();
-  machine::ScopedMachine const scope(isWatched ? watched : changed);
-  report.commands = runPlan(plan, operation, view, surroundings.now, isWatched ? &watch : nullptr);
+  bool const isTold = isPreview || given.verbose || given.json || !given.reports.empty();
+  // The journal comes first: what it cannot write down does not happen.
+  std::vector<machine::ChangeObserver*> observers;
+  if (journal) observers.push_back(journal);
+  if (isTold) observers.push_back(&watch);
+  machine::watch::WatchedMachine watched(changed, observers);
+  machine::ScopedMachine const scope(observers.empty() ? changed : watched);
+  report.commands = runPlan(plan, operation, view, surroundings.now, isTold ? &watch : nullptr);
 }
 
 ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
@@ -273,13 +322,15 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(verb, given)};
   report.request.options = plan->options;
+  report.request.journal = given.journal;
+  auto const journal = openJournal(given);
   auto const view = makeView(given, surroundings);
   view->begin(report.request, plan->commands.size());
   {
     LogScope const log;
     bool const isLogged = verb != Verb::preview && !given.noLog;
     if (isLogged) report.request.log = openLog(given, *view);
-    perform(*plan, given, report, *view, surroundings);
+    perform(*plan, given, journal.get(), report, *view, surroundings);
   }
   for (CommandResult const& result : report.commands) report.duration += result.duration;
   view->end(report);
@@ -287,17 +338,98 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
   return hasFailures(report) || !complete ? commandFailed : allRan;
 }
 
-ExitCode runVerb(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
+namespace journal = machine::journal;
+
+RestoredItem::Outcome outcomeOf(journal::RestoreStep const& step) {
+  switch (step.outcome) {
+    case journal::RestoreStep::Outcome::restored:
+      return RestoredItem::Outcome::restored;
+    case journal::RestoreStep::Outcome::already:
+      return RestoredItem::Outcome::unchanged;
+    case journal::RestoreStep::Outcome::left:
+      return RestoredItem::Outcome::left;
+    case journal::RestoreStep::Outcome::forced:
+      return RestoredItem::Outcome::forced;
+    case journal::RestoreStep::Outcome::notRestorable:
+      return RestoredItem::Outcome::notRestorable;
+    case journal::RestoreStep::Outcome::failed:
+      break;
+  }
+  return RestoredItem::Outcome::failed;
+}
+
+RestoredItem restoredItem(journal::RestoreStep const& step) {
+  RestoredItem item{step.item, outcomeOf(step), step.reason};
+  bool const isPutBack = item.outcome == RestoredItem::Outcome::restored ||
+                         item.outcome == RestoredItem::Outcome::forced;
+  if (isPutBack && step.found) item.change = machine::Change{step.item, *step.found, step.before};
+  return item;
+}
+
+/// What is no journal is refused, as is one of which not even the first record is whole.
+journal::Journal readJournal(std::string const& file) {
+  try {
+    journal::Journal result = journal::readJournal(hostPath(file));
+    if (!result.damage || result.damage->record > 0) return result;
+    throw Refusal("no journal: " + result.damage->reason);
+  } catch (std::system_error const& failure) {
+    throw Refusal(printable(file) + ": " + failure.code().message());
+  } catch (std::runtime_error const& failure) {
+    throw Refusal(printable(file) + ": " + printable(failure.what()));
+  }
+}
+
+std::string damageText(journal::Damage const& damage) {
+  return "record " + std::to_string(damage.record) + ", at byte " + std::to_string(damage.byte) +
+         ": " + damage.reason;
+}
+
+ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
+  journal::Journal const read = readJournal(given.plan);
+  ReportFiles const files = openReports(given);
+  RunReport report{requestOf(Verb::restore, given)};
+  report.request.force = given.force;
+  auto const view = makeView(given, surroundings);
+  view->begin(report.request, 0);
+  auto const start = surroundings.now();
+  journal::RestoreReport const result = journal::restore(read, machine::current(), given.force);
+  report.duration = surroundings.now() - start;
+  report.handOvers = result.handOvers;
+  for (journal::RestoreStep const& step : result.steps) {
+    report.items.push_back(restoredItem(step));
+    view->restored(report.items.back());
+  }
+  if (result.damage) {
+    report.damage = damageText(*result.damage);
+    view->note("The journal is not whole, what follows in it is not restored: " +
+               printable(report.damage));
+  }
+  view->end(report);
+  bool const complete = writeReports(files, report, surroundings.errors);
+  return result.allRestored() && complete ? allRan : commandFailed;
+}
+
+template <typename Action>
+ExitCode onMachine(CommandLine const& given, Surroundings const& surroundings,
+                   Action const& action) {
   std::unique_ptr<SimulatedMachine> const simulated = simulatedMachine(given.machine);
   std::optional<machine::ScopedMachine> scope;
   if (simulated) scope.emplace(*simulated);
   requireMachine();
-  ExitCode const result = runOn(given, verb, surroundings);
+  ExitCode const result = action();
   if (result == refused || !simulated) return result;
   bool const isSaved =
       succeeds(surroundings.errors,
                "the simulated machine could not be saved: ", [&] { simulated->save(); });
   return isSaved ? result : commandFailed;
+}
+
+ExitCode restoreVerb(CommandLine const& given, Surroundings const& surroundings) {
+  return onMachine(given, surroundings, [&] { return restoreOn(given, surroundings); });
+}
+
+ExitCode runVerb(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
+  return onMachine(given, surroundings, [&] { return runOn(given, verb, surroundings); });
 }
 
 ExitCode validateVerb(CommandLine const& given, Surroundings const& surroundings) {
@@ -322,7 +454,7 @@ ExitCode schemaVerb(CommandLine const& given, Surroundings const& surroundings) 
   return allRan;
 }
 
-constexpr std::array<std::string_view, 6> verbs = {"preview",  "run",  "undo",
+constexpr std::array<std::string_view, 7> verbs = {"preview",  "run",  "undo",  "restore",
                                                    "validate", "list", "schema"};
 
 /// What is wrong with the command line.
@@ -330,8 +462,9 @@ std::string reasonOf(CLI::ParseError const& error, CLI::App const& app) {
   std::vector<std::string> const extras = app.remaining(true);
   if (app.get_subcommands().empty()) {
     std::string const given = extras.empty() ? "" : extras.front();
-    return extras.empty() ? "a verb is needed: preview, run, undo, validate, list or schema"
-                          : unknown("verb " + inQuotes(given), given, verbs);
+    return extras.empty()
+               ? "a verb is needed: preview, run, undo, restore, validate, list or schema"
+               : unknown("verb " + inQuotes(given), given, verbs);
   }
   if (extras.empty()) return printable(error.what());
   std::string reason = "not expected:";
@@ -355,18 +488,22 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
       app.add_subcommand("preview", "Show what running a plan would change, and change nothing");
   CLI::App* const run = app.add_subcommand("run", "Execute the plan's commands, in its order");
   CLI::App* const undo = app.add_subcommand("undo", "Undo the plan's commands, in the same order");
+  CLI::App* const restore =
+      app.add_subcommand("restore", "Take back what a journal tells, whatever became of its run");
   CLI::App* const validate = app.add_subcommand("validate", "Check a plan and run nothing");
   CLI::App* const list =
       app.add_subcommand("list", "List the commands, arguments and options of plans");
   CLI::App* const schema = app.add_subcommand("schema", "Print the JSON Schema of plans");
-  for (CLI::App* const verb : {preview, run, undo, validate, list, schema}) {
+  for (CLI::App* const verb : {preview, run, undo, restore, validate, list, schema}) {
     verb->set_help_flag("--help", "Show this help");
     verb->footer("Exit codes and the form of plans: regplan --help");
   }
   for (CLI::App* const verb : {preview, run, undo, validate}) addPlan(*verb, given);
-  for (CLI::App* const verb : {preview, run, undo}) addMachine(*verb, given);
+  addRestore(*restore, given);
+  for (CLI::App* const verb : {preview, run, undo, restore}) addMachine(*verb, given);
   for (CLI::App* const verb : {run, undo}) addLog(*verb, given);
-  for (CLI::App* const verb : {preview, run, undo}) addOutput(*verb, given);
+  for (CLI::App* const verb : {run, undo}) addJournal(*verb, given);
+  for (CLI::App* const verb : {preview, run, undo, restore}) addOutput(*verb, given);
   auto* const ofReports =
       schema->add_flag("--report", given.schemaOfReports, "That of reports in JSON instead")
           ->option_text(" ");
@@ -382,6 +519,7 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
     if (*preview) return runVerb(given, Verb::preview, surroundings);
     if (*run) return runVerb(given, Verb::run, surroundings);
     if (*undo) return runVerb(given, Verb::undo, surroundings);
+    if (*restore) return restoreVerb(given, surroundings);
     if (*validate) return validateVerb(given, surroundings);
     if (*list) return listVerb(surroundings);
     return schemaVerb(given, surroundings);

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "tests/tools/regplan/program_fixture.hpp"
 #include "tools/regplan/plan_errors.hpp"
@@ -47,6 +50,13 @@ TEST_F(Program, ShowsTheHelpOfAVerb) {
   expectGolden("help-run.txt", out);
 }
 
+TEST_F(Program, ShowsTheHelpOfPreviewAndRestore) {
+  EXPECT_EQ(regplan({"preview", "--help"}), 0);
+  expectGolden("help-preview.txt", out);
+  EXPECT_EQ(regplan({"restore", "--help"}), 0);
+  expectGolden("help-restore.txt", out);
+}
+
 TEST_F(Program, ShowsItsVersion) {
   EXPECT_EQ(regplan({"--version"}), 0);
   EXPECT_EQ(out, "regplan " REGPLAN_VERSION "\n");
@@ -60,6 +70,13 @@ TEST_F(Program, ListsWhatPlansMayContain) {
 TEST_F(Program, PrintsTheSchemaOfPlans) {
   EXPECT_EQ(regplan({"schema"}), 0);
   EXPECT_EQ(out, readBytes(REGPLAN_SCHEMA));
+}
+
+TEST_F(Program, PrintsTheSchemasOfReportsAndEvents) {
+  EXPECT_EQ(regplan({"schema", "--report"}), 0);
+  EXPECT_EQ(out, readBytes(REPORT_SCHEMA));
+  EXPECT_EQ(regplan({"schema", "--events"}), 0);
+  EXPECT_EQ(out, readBytes(EVENT_SCHEMA));
 }
 
 TEST_F(Program, RunsAPlan) {
@@ -183,16 +200,24 @@ TEST_F(Program, GoesOnWithoutALogThatCannotBeOpened) {
 
 TEST_F(Program, RefusesBadCommandLines) {
   std::vector<std::pair<std::vector<std::string>, std::string>> const lines = {
-      {{}, "a verb is needed: run, undo, validate, list or schema"},
-      {{"preview"}, "unknown verb \"preview\"; known: run, undo, validate, list, schema"},
+      {{}, "a verb is needed: preview, run, undo, restore, validate, list or schema"},
+      {{"diff"},
+       "unknown verb \"diff\"; known: preview, run, undo, restore, validate, list, schema"},
       {{"ruin", "a"},
-       "unknown verb \"ruin\"; did you mean \"run\"? Known: run, undo, validate, list, schema"},
+       "unknown verb \"ruin\"; did you mean \"run\"? Known: preview, run, undo, restore, "
+       "validate, list, schema"},
       {{"run"}, "PLAN is required"},
       {{"run", "a", "b\x1b"}, "not expected: \"b\\u001B\""},
       {{"list", "a"}, "not expected: \"a\""},
       {{"run", "a", "--machin", "b"}, "not expected: \"--machin\" \"b\""},
       {{"run", "a", "--machine"}, "--machine: 1 required DIR missing"},
-      {{"run", "a", "--log", "b", "--no-log"}, "--log excludes --no-log"}};
+      {{"run", "a", "--log", "b", "--no-log"}, "--log excludes --no-log"},
+      {{"run", "a", "--quiet", "--verbose"}, "--quiet excludes --verbose"},
+      {{"run", "a", "--json", "--quiet"}, "--quiet excludes --json"},
+      {{"preview", "a", "--journal", "b"}, "not expected: \"--journal\" \"b\""},
+      {{"preview", "a", "--log", "b"}, "not expected: \"--log\" \"b\""},
+      {{"restore"}, "FILE is required"},
+      {{"schema", "--report", "--events"}, "--report excludes --events"}};
   for (auto const& [arguments, reason] : lines) {
     EXPECT_EQ(regplan(arguments), 2);
     EXPECT_EQ(err, "regplan: " + reason + "\nRun \"regplan --help\" for what it takes.\n");
@@ -214,6 +239,155 @@ TEST_F(Program, RefusesADamagedMachine) {
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 2);
   EXPECT_THAT(err, StartsWith("regplan: "));
   EXPECT_EQ(readBytes("machine/registry.json"), "{");
+}
+
+TEST_F(Program, PreviewsAPlanAndChangesNothing) {
+  layOutSample();
+  ASSERT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  auto const before = golden::readTree("machine");
+  EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  expectGolden("preview.txt", out);
+  EXPECT_EQ(golden::readTree("machine"), before);
+  EXPECT_FALSE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+  EXPECT_FALSE(fs::exists("machine/C/ProgramData/Vortan"));
+}
+
+constexpr std::string_view handingOverPlan = R"({
+  "options": { "rootPath": "C:\\Vortan" },
+  "commands": [
+    { "command": "RegisterDlls", "files": ["C:\\Vortan\\a.dll"] },
+    { "command": "SetRegistryKeys", "registryKeys": [
+      { "root": "HKEY_LOCAL_MACHINE", "keyPath": "SOFTWARE", "valueName": "a", "value": "b" } ] }
+  ]
+})";
+
+TEST_F(Program, APreviewSaysWhereForeignCodeTakesOver) {
+  writeBytes("plan.json", handingOverPlan);
+  writeBytes("machine/C/Windows/System32/regsvr32.exe", "MZ");
+  writeBytes("machine/C/Vortan/a.dll", "MZ");
+  EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  EXPECT_THAT(out,
+              HasSubstr("hands over to foreign code: what it does is not in this list: program "
+                        "opened by the shell C:\\Windows\\System32\\regsvr32.exe"));
+  EXPECT_THAT(out, HasSubstr("\n      hands over to foreign code in 0.015 s\n"));
+  EXPECT_THAT(out, HasSubstr("2 commands: 1 done, 1 hands over to foreign code, in 0.030 s\n"));
+}
+
+TEST_F(Program, APreviewShowsACommandsOwnFailures) {
+  writeBytes("plan.json", R"({ "options": { "metadataRootPath": "C:\\missing" },
+    "commands": [ { "command": "AddVTPathEntriesToMetadataFile" } ] })");
+  EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  EXPECT_THAT(out, HasSubstr("1 command: 1 done with problems, in 0.015 s\n"));
+}
+
+TEST_F(Program, WritesReportsOfARun) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--report", "a.html", "--report",
+                     "b.json"}),
+            0);
+  expectGolden("run.txt", out);
+  auto const report = nlohmann::json::parse(readBytes("b.json"));
+  EXPECT_EQ(report["summary"]["text"], "All 3 commands done");
+  EXPECT_EQ(report["request"]["options"]["metadataRootPath"], "C:\\Vortan");
+  EXPECT_EQ(report["request"]["log"], "C:\\ProgramData\\Vortan\\registration.log");
+  EXPECT_EQ(report["commands"][2]["arguments"]["productVersion"], "25.1.0.1");
+  auto const& change = report["commands"][0]["changes"][0];
+  EXPECT_EQ(change["where"], "C:\\Vortan\\ssiSearchFolders");
+  EXPECT_EQ(change["before"], nullptr);
+  EXPECT_EQ(change["after"]["text"], "toolbox/general\n");
+  EXPECT_THAT(readBytes("a.html"), HasSubstr("<h1>Run of <bdi>plan.json</bdi></h1>"));
+}
+
+TEST_F(Program, RefusesReportsItCouldNotWriteBeforeAnythingIsDone) {
+  layOutSample();
+  std::vector<std::pair<std::string, std::string>> const reports = {
+      {"a.txt", "a.txt must end in .html or .json"},
+      {"none/a.html", "none/a.html cannot be written: No such file or directory"}};
+  for (auto const& [file, reason] : reports) {
+    EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--report", file}), 2);
+    EXPECT_EQ(err, "regplan: --report: " + reason + "\n");
+    EXPECT_EQ(out, "");
+  }
+  EXPECT_FALSE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+}
+
+TEST_F(Program, QuietlyShowsTheSummaryOnly) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--quiet"}), 0);
+  EXPECT_EQ(out, "3 commands: 3 done, in 0.045 s\n");
+}
+
+TEST_F(Program, VerboselyShowsChangesToo) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--verbose"}), 0);
+  EXPECT_THAT(out, HasSubstr("        Adding path entries to metadata file\n"));
+  EXPECT_THAT(out, HasSubstr("        + file C:\\Vortan\\ssiSearchFolders: 16 bytes\n"));
+}
+
+TEST_F(Program, WritesNothingButEventsAsJson) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json"}), 0);
+  EXPECT_EQ(err, "Log: C:\\ProgramData\\Vortan\\registration.log\n");
+  std::istringstream lines(out);
+  std::vector<std::string> events;
+  for (std::string line; std::getline(lines, line);) {
+    events.push_back(nlohmann::json::parse(line).at("event"));
+  }
+  EXPECT_EQ(events.front(), "started");
+  EXPECT_EQ(events.back(), "summary");
+  for (std::string const kind : {"message", "change", "finished"}) {
+    EXPECT_NE(std::ranges::find(events, kind), events.end()) << kind;
+  }
+}
+
+TEST_F(Program, RestoresARunFromItsJournal) {
+  layOutSample();
+  ASSERT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  auto const before = golden::readTree("machine");
+  ASSERT_EQ(
+      regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal", "journal"}), 0);
+  EXPECT_TRUE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine", "--report", "r.json"}), 0);
+  expectGolden("restore.txt", out);
+  auto after = golden::readTree("machine");
+  // What the machine counts is no state that could be taken back.
+  EXPECT_NE(after["environment.json"], before.at("environment.json"));
+  after["environment.json"] = before.at("environment.json");
+  EXPECT_EQ(after, before);
+  auto const report = nlohmann::json::parse(readBytes("r.json"));
+  EXPECT_EQ(report["request"]["verb"], "restore");
+  EXPECT_EQ(report["summary"]["counts"]["failed"], 0);
+}
+
+TEST_F(Program, LeavesWhatOthersChangedUnlessForced) {
+  layOutSample();
+  ASSERT_EQ(
+      regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal", "journal"}), 0);
+  writeBytes("machine/C/Vortan/ssiSearchFolders", "mine\n");
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine"}), 1);
+  EXPECT_THAT(out, HasSubstr("  left as it is: file C:\\Vortan\\ssiSearchFolders"));
+  EXPECT_EQ(readBytes("machine/C/Vortan/ssiSearchFolders"), "mine\n");
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine", "--force", "--quiet"}), 0);
+  EXPECT_THAT(out, HasSubstr("1 restored by force"));
+  EXPECT_FALSE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+}
+
+TEST_F(Program, RefusesAJournalThatExists) {
+  layOutSample();
+  writeBytes("journal", "precious");
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--journal", "journal"}), 2);
+  EXPECT_EQ(err, "regplan: --journal: journal exists; a journal is never written over\n");
+  EXPECT_EQ(out, "");
+  EXPECT_EQ(readBytes("journal"), "precious");
+  EXPECT_FALSE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
+}
+
+TEST_F(Program, RefusesToRestoreFromWhatIsNoJournal) {
+  writeBytes("journal", "{}\n");
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine"}), 2);
+  EXPECT_THAT(err, StartsWith("regplan: journal: "));
+  EXPECT_EQ(regplan({"restore", "none", "--machine", "machine"}), 2);
+  EXPECT_EQ(err, "regplan: none: No such file or directory\n");
 }
 
 #if !defined(_WIN32)

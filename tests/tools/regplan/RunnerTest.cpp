@@ -1,9 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <sstream>
 #include <stdexcept>
 
 #include "install/cpputil/logger.hpp"
+#include "machine/overlay/overlay_machine.hpp"
+#include "machine/simulated/simulated_machine.hpp"
+#include "machine/watch/watched_machine.hpp"
 #include "tools/regplan/runner.hpp"
 #include "tools/regplan/views.hpp"
 
@@ -141,6 +148,104 @@ TEST_F(RunPlan, MessagesCannotObeyTheTerminal) {
   add("First", [] { say(u"a\x1b[2Jb\nc"); });
   run();
   EXPECT_THAT(output.str(), testing::HasSubstr("        a\\u001B[2Jb\\nc\n"));
+}
+
+/// Commands on a machine in memory, watched.
+class WatchedRun : public RunPlan {
+ protected:
+  WatchedRun() : folder_(std::filesystem::temp_directory_path() / uniqueName()) {
+    std::filesystem::create_directory(folder_);
+    simulated_.emplace(folder_);
+    overlay_.emplace(*simulated_);
+  }
+  ~WatchedRun() override {
+    overlay_.reset();
+    simulated_.reset();
+    std::filesystem::remove_all(folder_);
+  }
+
+  std::vector<CommandResult> watch(bool isPreview) {
+    CommandWatch observer(*overlay_, isPreview);
+    machine::watch::WatchedMachine watched(*overlay_, {&observer});
+    machine::ScopedMachine const scope(watched);
+    PlainView view(output);
+    return runPlan(plan, Operation::execute, view, std::chrono::steady_clock::now, &observer);
+  }
+
+  static void handOver() { machine::current().processes().shellExecute(u"C:\\none.exe", u"/s"); }
+  static void setVariable(std::u16string_view name) {
+    machine::current().environment().setVariable(name, u"x");
+  }
+
+ private:
+  static std::string uniqueName() {
+    return "regplan-runner-" + std::to_string(std::random_device()());
+  }
+
+  std::filesystem::path const folder_;
+  std::optional<machine::simulated::SimulatedMachine> simulated_;
+  std::optional<machine::overlay::OverlayMachine> overlay_;
+};
+
+TEST_F(WatchedRun, EachCommandHasItsOwnChanges) {
+  add("First", [] { setVariable(u"A"); });
+  add("Second", [] { setVariable(u"B"); });
+  add("Third", [] {});
+  auto const results = watch(false);
+  ASSERT_EQ(results.at(0).changes.size(), 1U);
+  EXPECT_EQ(results.at(0).changes[0].item.where, u"A");
+  ASSERT_EQ(results.at(1).changes.size(), 1U);
+  EXPECT_EQ(results.at(1).changes[0].item.where, u"B");
+  EXPECT_TRUE(results.at(2).changes.empty());
+}
+
+TEST_F(WatchedRun, AFailedCommandHasItsChangesToo) {
+  add("First", [] {
+    setVariable(u"A");
+    throw std::runtime_error("half-way");
+  });
+  EXPECT_EQ(watch(false).at(0).changes.size(), 1U);
+}
+
+TEST_F(WatchedRun, AHandOverInARunLeavesTheOutcome) {
+  add("First", [] { handOver(); });
+  add("Second", [] {
+    handOver();
+    say(u"Failed to do it");
+  });
+  auto const results = watch(false);
+  EXPECT_EQ(results.at(0).outcome, Outcome::done);
+  EXPECT_EQ(results.at(0).handOvers.size(), 1U);
+  EXPECT_EQ(results.at(1).outcome, Outcome::doneWithProblems);
+}
+
+TEST_F(WatchedRun, InAPreviewNothingAfterAHandOverIsAFailure) {
+  add("First", [] {
+    handOver();
+    say(u"Failed to do it");
+  });
+  add("Second", [] {
+    handOver();
+    throw std::runtime_error("it did not run");
+  });
+  auto const results = watch(true);
+  EXPECT_EQ(results.at(0).outcome, Outcome::handsOver);
+  EXPECT_FALSE(results.at(0).messages.at(0).isTrouble);
+  EXPECT_EQ(results.at(1).outcome, Outcome::handsOver);
+  EXPECT_EQ(results.at(1).messages.at(0).text, "it did not run");
+}
+
+TEST_F(WatchedRun, InAPreviewWhatComesBeforeAHandOverCounts) {
+  add("First", [] {
+    say(u"Failed to do it");
+    handOver();
+  });
+  add("Second", [] { say(u"Failed to do it"); });
+  add("Third", [] { throw std::runtime_error("x"); });
+  auto const results = watch(true);
+  EXPECT_EQ(results.at(0).outcome, Outcome::doneWithProblems);
+  EXPECT_EQ(results.at(1).outcome, Outcome::doneWithProblems) << "another command's hand-over";
+  EXPECT_EQ(results.at(2).outcome, Outcome::failed);
 }
 
 TEST(ReportsTrouble, KnowsTheBeginningsOfFailureLines) {

@@ -255,7 +255,7 @@ RunReport restore() {
   report.items = {
       {{Kind::registryValue, key, u"Version"}, Result::restored},
       {{Kind::registryKey, key, {}}, Result::restored},
-      {{Kind::file, u"C:\\Program Files\\Vortan\\R1\\ssiSearchFolders", {}}, Result::changedSince},
+      {{Kind::file, u"C:\\Program Files\\Vortan\\R1\\ssiSearchFolders", {}}, Result::left},
       {{Kind::task, u"Vortan\\Updater", {}}, Result::unchanged},
       {{Kind::shortcut, u"C:\\Users\\Public\\Desktop\\Vortan R1.lnk", {}}, Result::forced},
       {{Kind::folder, u"C:\\Program Files\\Brantix\\Host", {}},
@@ -264,6 +264,9 @@ RunReport restore() {
       {{Kind::service, u"BrantixServiceHost", {}},
        Result::failed,
        "remove service BrantixServiceHost: Access is denied. (5)"}};
+  report.items[0].change =
+      changed(Kind::registryValue, key, RegistryValue::ofText(u"25.1"), {}, u"Version");
+  report.damage = "line 12, at byte 4711: torn";
   report.handOvers = settings(Outcome::done).handOvers;
   report.duration = milliseconds(212);
   return report;

@@ -378,6 +378,10 @@ std::string registryHtml(std::span<Change const> changes) {
 
 }  // namespace
 
+std::string changeBodyHtml(Change const& change) {
+  return bodyHtml(change);
+}
+
 std::string itemHtml(Item const& item) {
   return codeHtml(itemName(item));
 }

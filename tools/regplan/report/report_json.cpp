@@ -60,8 +60,8 @@ std::string_view key(ItemOutcome outcome) {
       return "unchanged";
     case ItemOutcome::forced:
       return "forced";
-    case ItemOutcome::changedSince:
-      return "changedSince";
+    case ItemOutcome::left:
+      return "left";
     case ItemOutcome::notRestorable:
       return "notRestorable";
     case ItemOutcome::failed:
@@ -297,6 +297,10 @@ Json toJson(RestoredItem const& item) {
   Json json = itemJson(item.item);
   json["outcome"] = key(item.outcome);
   if (!item.reason.empty()) json["reason"] = wellFormed(item.reason);
+  if (item.change) {
+    json["found"] = std::visit(StateJson{}, item.change->before);
+    json["restoredTo"] = std::visit(StateJson{}, item.change->after);
+  }
   return json;
 }
 
@@ -323,8 +327,8 @@ Json summaryJson(RunReport const& report) {
   Json counts = Json::object();
   if (report.request.verb == Verb::restore) {
     for (auto const outcome :
-         {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::changedSince,
-          ItemOutcome::forced, ItemOutcome::restored, ItemOutcome::unchanged}) {
+         {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::left, ItemOutcome::forced,
+          ItemOutcome::restored, ItemOutcome::unchanged}) {
       counts[std::string(key(outcome))] = countOf(report, outcome);
     }
   } else {
@@ -346,6 +350,7 @@ std::string reportJson(RunReport const& report) {
   if (report.request.verb == Verb::restore) {
     json["items"] = listJson(report.items);
     json["handOvers"] = listJson(report.handOvers);
+    json["damage"] = orNull(report.damage);
   } else {
     Json commands = Json::array();
     for (CommandResult const& result : report.commands) {

@@ -49,7 +49,7 @@ Look lookOf(ItemOutcome outcome) {
       return good;
     case ItemOutcome::forced:
       return noted;
-    case ItemOutcome::changedSince:
+    case ItemOutcome::left:
     case ItemOutcome::notRestorable:
       return doubtful;
     case ItemOutcome::failed:
@@ -60,9 +60,9 @@ Look lookOf(ItemOutcome outcome) {
 
 constexpr std::array worstFirst = {Outcome::failed, Outcome::doneWithProblems, Outcome::handsOver,
                                    Outcome::done};
-constexpr std::array worstItemsFirst = {ItemOutcome::failed,       ItemOutcome::notRestorable,
-                                        ItemOutcome::changedSince, ItemOutcome::forced,
-                                        ItemOutcome::restored,     ItemOutcome::unchanged};
+constexpr std::array worstItemsFirst = {ItemOutcome::failed,   ItemOutcome::notRestorable,
+                                        ItemOutcome::left,     ItemOutcome::forced,
+                                        ItemOutcome::restored, ItemOutcome::unchanged};
 
 bool isRestore(RunReport const& report) {
   return report.request.verb == Verb::restore;
@@ -201,13 +201,22 @@ std::string handOverSummary(RunReport const& report) {
           (isRestore(report) ? handOverList(report.handOvers) : ""));
 }
 
+std::string damageHtml(RunReport const& report) {
+  if (report.damage.empty()) return {};
+  return element(
+      "div", classes("note"),
+      element("h3", "", "The journal is not whole") +
+          paragraph("", "What follows in it is not restored: " + html::text(report.damage)));
+}
+
 std::string summaryHtml(RunReport const& report) {
   std::string tiles =
       isRestore(report) ? outcomeTiles(report, worstItemsFirst) : outcomeTiles(report, worstFirst);
   if (!isRestore(report)) tiles += plainTile(changeCount(report), "change");
   if (handOverCount(report) > 0) tiles += plainTile(handOverCount(report), "hand-over");
   return element("h2", " id=\"summary-title\"", "Summary") +
-         element("ul", classes("tiles"), tiles) + worstHtml(report) + handOverSummary(report);
+         element("ul", classes("tiles"), tiles) + damageHtml(report) + worstHtml(report) +
+         handOverSummary(report);
 }
 
 // What was asked
@@ -382,7 +391,9 @@ std::string restoredHtml(RestoredItem const& item) {
   std::string line = badge(item.outcome) + " " +
                      element("span", classes("kind"), kindName(item.item.kind)) + " " +
                      itemHtml(item.item);
+  line = paragraph("item", line);
   if (!item.reason.empty()) line += paragraph("reason", html::text(item.reason));
+  if (item.change) line += changeBodyHtml(*item.change);
   return element("li", attributes, line);
 }
 

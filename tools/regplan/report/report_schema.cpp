@@ -156,14 +156,16 @@ Json outcomeSchema() {
 }
 
 Json restoredItemSchema() {
-  return object(
-      itemMembers(
-          {{"outcome", described("unchanged: was already as before the run; changedSince: left, "
-                                 "because it was changed since the run.",
-                                 oneOf({"restored", "unchanged", "forced", "changedSince",
-                                        "notRestorable", "failed"}))},
-           {"reason", text}}),
-      {"value", "reason"});
+  Json const outcome = described(
+      "unchanged: was already as before the run; left: not touched, because others changed it "
+      "since "
+      "or it is not empty.",
+      oneOf({"restored", "unchanged", "forced", "left", "notRestorable", "failed"}));
+  Json const members = {{"outcome", outcome},
+                        {"reason", text},
+                        {"found", described("How the restore found it.", reference("state"))},
+                        {"restoredTo", described("How it is again.", reference("state"))}};
+  return object(itemMembers(members), {"value", "reason", "found", "restoredTo"});
 }
 
 Json countsSchema() {
@@ -171,7 +173,7 @@ Json countsSchema() {
       {{"failed", count}, {"doneWithProblems", count}, {"handsOver", count}, {"done", count}});
   Json const ofItems = object({{"failed", count},
                                {"notRestorable", count},
-                               {"changedSince", count},
+                               {"left", count},
                                {"forced", count},
                                {"restored", count},
                                {"unchanged", count}});
@@ -268,6 +270,8 @@ std::string reportSchema() {
   Json ofRestore = head;
   ofRestore["items"] = listOf(reference("restoredItem"));
   ofRestore["handOvers"] = listOf(reference("handOver"));
+  ofRestore["damage"] = described(
+      "Where and why the journal could not be read on; null: it was read to its end.", textOrNull);
   return whole("Report of regplan", "What a preview, a run, an undo or a restore did.",
                {{"oneOf", {object(ofCommands), object(ofRestore)}}})
              .dump(2) +

@@ -14,7 +14,7 @@ using ItemOutcome = RestoredItem::Outcome;
 constexpr std::array outcomes = {Outcome::done, Outcome::handsOver, Outcome::doneWithProblems,
                                  Outcome::failed};
 constexpr std::array itemOutcomes = {ItemOutcome::restored,      ItemOutcome::unchanged,
-                                     ItemOutcome::forced,        ItemOutcome::changedSince,
+                                     ItemOutcome::forced,        ItemOutcome::left,
                                      ItemOutcome::notRestorable, ItemOutcome::failed};
 
 std::string countOfAll(std::size_t count, std::size_t all, std::string_view noun) {
@@ -83,8 +83,8 @@ std::string_view outcomeName(ItemOutcome outcome) {
       return "already as before";
     case ItemOutcome::forced:
       return "restored by force";
-    case ItemOutcome::changedSince:
-      return "left: changed since";
+    case ItemOutcome::left:
+      return "left as it is";
     case ItemOutcome::notRestorable:
       return "not restorable";
     case ItemOutcome::failed:
@@ -94,7 +94,7 @@ std::string_view outcomeName(ItemOutcome outcome) {
 }
 
 bool isLeft(ItemOutcome outcome) {
-  return outcome == ItemOutcome::changedSince || outcome == ItemOutcome::notRestorable;
+  return outcome == ItemOutcome::left || outcome == ItemOutcome::notRestorable;
 }
 
 std::size_t countOf(RunReport const& report, Outcome outcome) {

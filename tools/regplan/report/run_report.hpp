@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,17 +37,19 @@ struct RestoredItem {
     restored,       ///< is as it was before the run
     unchanged,      ///< was already as before the run
     forced,         ///< restored though it had been changed since the run
-    changedSince,   ///< left as it is, because it was changed since the run
+    left,           ///< not touched: changed since by others, or not empty
     notRestorable,  ///< the journal cannot bring it back
     failed,
   };
 
   machine::Item item;
   Outcome outcome = Outcome::restored;
-  std::string reason{};  ///< of a failure or of what cannot be restored
+  std::string reason{};  ///< where the outcome does not say all
+  /// Of what was restored: how it was found, and how it is again.
+  std::optional<machine::Change> change{};
 };
 
-/// "restored", "left: changed since" and so on.
+/// "restored", "left as it is" and so on.
 std::string_view outcomeName(RestoredItem::Outcome outcome);
 bool isLeft(RestoredItem::Outcome outcome);
 
@@ -55,6 +58,7 @@ struct RunReport {
   std::vector<CommandResult> commands{};       ///< of a preview, run or undo, in the plan's order
   std::vector<RestoredItem> items{};           ///< of a restore
   std::vector<machine::HandOver> handOvers{};  ///< of a restore: what no restore takes back
+  std::string damage{};  ///< of a restore: where the journal could not be read on; else empty
   std::chrono::steady_clock::duration duration{};
 };
 
