@@ -6,8 +6,16 @@ namespace machine {
 
 namespace {
 
+/// Of the Unicode Bidirectional Algorithm: such a character makes what follows it look like
+/// something else.
+bool changesDirection(char16_t unit) {
+  return unit == 0x061C || unit == 0x200E || unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) ||
+         (unit >= 0x2066 && unit <= 0x2069);
+}
+
 bool isControl(char16_t unit) {
-  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x2028 || unit == 0x2029;
+  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x2028 || unit == 0x2029 ||
+         changesDirection(unit);
 }
 
 UString escaped(char16_t unit) {

@@ -10,6 +10,10 @@ TEST(Printable, EscapesWhatATerminalObeys) {
   EXPECT_EQ(printable("\xE2\x80\xA8\xC2\x85"), "\\u2028\\u0085");
 }
 
+TEST(Printable, EscapesWhatTurnsTheWritingDirection) {
+  EXPECT_EQ(printable("a\xE2\x80\xAEgpj.exe\xE2\x81\xA6"), "a\\u202Egpj.exe\\u2066");
+}
+
 TEST(Printable, KeepsOtherTextAndReplacesIllFormedUtf8) {
   EXPECT_EQ(printable("\xC3\xA4 \xF0\x9F\x98\x80"), "\xC3\xA4 \xF0\x9F\x98\x80");
   EXPECT_EQ(printable("a\xFF"), "a\xEF\xBF\xBD");

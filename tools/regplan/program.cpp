@@ -207,7 +207,7 @@ std::string openLog(CommandLine const& given, View& view) {
       troubles.push_back(fl::i18n::ustring_to_utf8(message));
     });
     UString const file = logFile(given);
-    std::string const name = fl::i18n::ustring_to_utf8(file);
+    std::string name = fl::i18n::ustring_to_utf8(file);
     if (logger::set_destination(file)) {
       view.note("Log: " + printable(name));
       return name;

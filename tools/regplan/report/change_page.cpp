@@ -324,8 +324,8 @@ std::string typeName(ItemState const& state) {
 
 /// "REG_SZ", or "REG_SZ → REG_EXPAND_SZ".
 std::string typeText(Change const& change) {
-  std::string const before = typeName(change.before);
-  std::string const after = typeName(change.after);
+  std::string before = typeName(change.before);
+  std::string after = typeName(change.after);
   if (before.empty() || before == after) return after;
   return after.empty() ? before : before + " \xE2\x86\x92 " + after;
 }
