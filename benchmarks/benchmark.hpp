@@ -38,5 +38,6 @@ void rewritePath();
 void components();
 void createShortcuts();
 void unpack();
+void writeJournal();
 
 }  // namespace benchmarks

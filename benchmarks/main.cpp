@@ -18,7 +18,8 @@ int main(int argc, char** argv) {
                                {"rewrite-path", rewritePath},
                                {"components", components},
                                {"create-shortcuts", createShortcuts},
-                               {"unpack", unpack}};
+                               {"unpack", unpack},
+                               {"journal", writeJournal}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";
   try {
     for (Benchmark const& benchmark : all) {

@@ -5,6 +5,12 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/substituted_machine.hpp"
 
+#if !defined(_WIN32)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 namespace tests {
 
 namespace fs = std::filesystem;
@@ -117,6 +123,43 @@ TEST_F(JournalOfChanges, AFolderOfContentsThatIsThereAlreadyIsNotUsed) {
 }
 
 #if !defined(_WIN32)
+/// Files of this process grow no further, as on a full disk, while this object lives.
+class FullDisk {
+ public:
+  explicit FullDisk(std::uintmax_t size) {
+    ::getrlimit(RLIMIT_FSIZE, &previous_);
+    rlimit limit = previous_;
+    limit.rlim_cur = size;
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &previous_); }
+
+ private:
+  rlimit previous_{};
+  void (*signal_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
+
+TEST_F(JournalOfChanges, WithoutRoomForItNothingIsChangedAnyMore) {
+  {
+    simulated::SimulatedMachine machine(directory());
+    JournalWriter writer(journal(), machine, "");
+    watch::WatchedMachine watched(machine, {&writer});
+    watched.registry().setText(software(u"K"), u"", u"ours");
+    auto const before = machine.registry().value(software(u"K"), u"odd");
+    {
+      FullDisk const full(fs::file_size(journal()) + 100);
+      EXPECT_THROW(watched.registry().removeValue(software(u"K"), u"odd"), std::system_error);
+    }
+    EXPECT_THROW(watched.registry().removeValue(software(u"K"), u"odd"), std::runtime_error);
+    EXPECT_THROW(watched.processes().shellExecute(u"C:\\tool.exe", u""), std::runtime_error);
+    EXPECT_EQ(machine.registry().value(software(u"K"), u"odd"), before);
+  }
+  auto const report = restore();
+  EXPECT_TRUE(report.damage);
+  EXPECT_EQ(troubles(report), "");
+  expectStart();
+}
+
 TEST_F(JournalOfChanges, ALinkInItsPlaceIsNotFollowed) {
   auto const target = directory() / "target";
   fs::create_symlink(target, journal());
