@@ -1,5 +1,6 @@
 #include <fstream>
 
+#include "machine/overlay/overlay_machine.hpp"
 #include "machine/simulated/simulated_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
 #include "tests/support/faulty_machine.hpp"
@@ -63,6 +64,17 @@ class DecoratedUnderTest final : public SimulatedUnderTest {
   tests::FaultyMachine decorator_{SimulatedUnderTest::machine()};
 };
 
+/// What is written stays before the same machine.
+class OverlayUnderTest final : public SimulatedUnderTest {
+ public:
+  machine::Machine& machine() override { return overlay_; }
+  bool keepsFilesOnHost() override { return false; }
+  bool takesLongPaths() override { return true; }
+
+ private:
+  machine::overlay::OverlayMachine overlay_{SimulatedUnderTest::machine()};
+};
+
 template <typename UnderTest>
 Provider provider(std::string name) {
   return {std::move(name), [] { return std::make_unique<UnderTest>(); }};
@@ -74,3 +86,4 @@ Provider provider(std::string name) {
 
 INSTANTIATE_MACHINE_CONTRACT(Simulated, provider<SimulatedUnderTest>("simulated"));
 INSTANTIATE_MACHINE_CONTRACT(Decorated, provider<DecoratedUnderTest>("decorated"));
+INSTANTIATE_MACHINE_CONTRACT_WITHOUT_DOWNLOADS(Overlay, provider<OverlayUnderTest>("overlay"));
