@@ -76,7 +76,8 @@ class Sequence {
   bool oneIn(unsigned count) { return below(count) == 0; }
 
   UString name() {
-    constexpr std::array names{u"a", u"A", u"b", u"c.txt", u"C.TXT", u"\u00e4", u"\u00c4", u"z.lnk"};
+    constexpr std::array names{u"a",     u"A",      u"b",      u"c.txt",
+                               u"C.TXT", u"\u00e4", u"\u00c4", u"z.lnk"};
     return names[below(names.size())];
   }
 
