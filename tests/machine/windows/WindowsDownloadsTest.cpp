@@ -101,7 +101,7 @@ TEST_F(WindowsDownloads, WholeDownloadHasALimitToo) {
 TEST_F(WindowsDownloads, RedirectionOverHttpIsNotFollowed) {
   std::string const target = toUtf8(server.url("target"));
   server.answer("target", WebServer::whole("elsewhere"));
-  for (std::string const to :
+  for (std::string const& to :
        {target, std::string("https://127.0.0.1:1/"), std::string("file:///C:/Windows/win.ini")}) {
     server.answer("from", {"HTTP/1.1 302 Found\r\nLocation: " + to +
                                "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",

@@ -22,11 +22,11 @@ class WindowsServices : public ::testing::Test {
     services.remove(name);
   }
 
-  void set(UString const& program, std::vector<UString> const& arguments) {
+  void set(UString const& file, std::vector<UString> const& arguments) {
     ServiceDefinition definition;
     definition.displayName = u"Registration Services Test";
     definition.start = ServiceStart::manual;
-    definition.commandLine = command_line::join(program, arguments);
+    definition.commandLine = command_line::join(file, arguments);
     services.set(name, definition);
   }
 
