@@ -188,6 +188,12 @@ bool isSameEntry(Place const& a, Place const& b) {
           fs::equivalent(a.host, b.host, error));
 }
 
+bool isBelow(fs::path const& path, fs::path const& folder) {
+  return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
+             folder.end() &&
+         path != folder;
+}
+
 }  // namespace
 
 UString SimulatedFiles::absolute(std::u16string_view path) const {
@@ -289,6 +295,8 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
         ErrorCode::accessDenied);
     operation.require(target.isLink() || !isReadOnly(target.status), ErrorCode::accessDenied);
   }
+  // Hosts have different errors for it.
+  operation.require(!isBelow(target.host, source.host), ErrorCode::invalidParameter);
   // The entry was found under its old spelling.
   auto const spelled = toHostName(path_grammar::fileName(absolute(to)));
   std::error_code error;

@@ -424,6 +424,13 @@ TEST_P(FilesContract, RenameOfWhatIsMissingThrowsFileNotFound) {
             codeOf(ErrorCode::fileNotFound));
 }
 
+TEST_P(FilesContract, AFolderIsNotMovedIntoItself) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "x");
+  EXPECT_NE(errorOf([&] { files().rename(in(u"folder"), in(u"folder\\folder"), false); }), 0u);
+  EXPECT_EQ(list(in(u"folder")), "file");
+}
+
 TEST_P(FilesContract, RenameChangesTheCaseOfAName) {
   if (tests::isWine()) GTEST_SKIP() << "Wine takes both for the same name and is done";
   write(in(u"name"), "x");
