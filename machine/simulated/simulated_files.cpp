@@ -188,10 +188,14 @@ bool isSameEntry(Place const& a, Place const& b) {
           fs::equivalent(a.host, b.host, error));
 }
 
+/// Hosts that know no case may tell a path as it was asked for.
 bool isBelow(fs::path const& path, fs::path const& folder) {
-  return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
-             folder.end() &&
-         path != folder;
+  auto const isSame = [](fs::path const& a, fs::path const& b) {
+    return equalIgnoringCase(fromHostName(a), fromHostName(b));
+  };
+  auto const [end, rest] =
+      std::mismatch(folder.begin(), folder.end(), path.begin(), path.end(), isSame);
+  return end == folder.end() && rest != path.end();
 }
 
 }  // namespace
