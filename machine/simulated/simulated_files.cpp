@@ -188,6 +188,16 @@ bool isSameEntry(Place const& a, Place const& b) {
           fs::equivalent(a.host, b.host, error));
 }
 
+/// Hosts that know no case may tell a path as it was asked for.
+bool isBelow(fs::path const& path, fs::path const& folder) {
+  auto const isSame = [](fs::path const& a, fs::path const& b) {
+    return equalIgnoringCase(fromHostName(a), fromHostName(b));
+  };
+  auto const [end, rest] =
+      std::mismatch(folder.begin(), folder.end(), path.begin(), path.end(), isSame);
+  return end == folder.end() && rest != path.end();
+}
+
 }  // namespace
 
 UString SimulatedFiles::absolute(std::u16string_view path) const {
@@ -289,6 +299,8 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
         ErrorCode::accessDenied);
     operation.require(target.isLink() || !isReadOnly(target.status), ErrorCode::accessDenied);
   }
+  // Hosts have different errors for it.
+  operation.require(!isBelow(target.host, source.host), ErrorCode::invalidParameter);
   // The entry was found under its old spelling.
   auto const spelled = toHostName(path_grammar::fileName(absolute(to)));
   std::error_code error;

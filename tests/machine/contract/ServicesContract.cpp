@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::chrono::milliseconds patience = std::chrono::seconds(20);
 
-/// Wine keeps no recovery actions.
-std::optional<ServiceDefinition> asKept(std::optional<ServiceDefinition> definition) {
+/// What a provider that stands on Wine's services can tell: it loses the recovery actions.
+std::optional<ServiceDefinition> told(std::optional<ServiceDefinition> definition) {
   if (definition && tests::isWine()) definition->recovery = {};
   return definition;
 }
@@ -42,13 +42,13 @@ TEST_P(ServicesContract, AMissingServiceIsNoError) {
 
 TEST_P(ServicesContract, AServiceIsKeptAsItWasSet) {
   services().set(name(), definition());
-  EXPECT_EQ(asKept(services().definition(name())), asKept(definition()));
+  EXPECT_EQ(told(services().definition(name())), told(definition()));
   EXPECT_EQ(services().state(name()), ServiceState::stopped);
 }
 
 TEST_P(ServicesContract, NamesAreComparedWithoutRegardToCase) {
   services().set(name(), definition());
-  EXPECT_EQ(asKept(services().definition(u"REGISTRATIONcontracttest")), asKept(definition()));
+  EXPECT_EQ(told(services().definition(u"REGISTRATIONcontracttest")), told(definition()));
 }
 
 TEST_P(ServicesContract, SettingAgainReplacesTheDefinition) {
@@ -60,7 +60,7 @@ TEST_P(ServicesContract, SettingAgainReplacesTheDefinition) {
   changed.start = machine::ServiceStart::automatic;
   changed.recovery = {};
   services().set(name(), changed);
-  EXPECT_EQ(asKept(services().definition(name())), asKept(changed));
+  EXPECT_EQ(told(services().definition(name())), told(changed));
 }
 
 TEST_P(ServicesContract, AServiceIsStartedAndStopped) {

@@ -1,5 +1,6 @@
 #include <fstream>
 
+#include "machine/overlay/overlay_machine.hpp"
 #include "machine/simulated/simulated_machine.hpp"
 #include "machine/watch/change_recorder.hpp"
 #include "machine/watch/watched_machine.hpp"
@@ -75,6 +76,17 @@ class WatchedUnderTest final : public SimulatedUnderTest {
   machine::watch::WatchedMachine watched_{SimulatedUnderTest::machine(), {&recorder_}};
 };
 
+/// What is written stays before the same machine.
+class OverlayUnderTest final : public SimulatedUnderTest {
+ public:
+  machine::Machine& machine() override { return overlay_; }
+  bool keepsFilesOnHost() override { return false; }
+  bool takesLongPaths() override { return true; }
+
+ private:
+  machine::overlay::OverlayMachine overlay_{SimulatedUnderTest::machine()};
+};
+
 template <typename UnderTest>
 Provider provider(std::string name) {
   return {std::move(name), [] { return std::make_unique<UnderTest>(); }};
@@ -87,3 +99,4 @@ Provider provider(std::string name) {
 INSTANTIATE_MACHINE_CONTRACT(Simulated, provider<SimulatedUnderTest>("simulated"));
 INSTANTIATE_MACHINE_CONTRACT(Decorated, provider<DecoratedUnderTest>("decorated"));
 INSTANTIATE_MACHINE_CONTRACT(Watched, provider<WatchedUnderTest>("watched"));
+INSTANTIATE_MACHINE_CONTRACT_WITHOUT_DOWNLOADS(Overlay, provider<OverlayUnderTest>("overlay"));

@@ -1,3 +1,4 @@
+#include "machine/overlay/overlay_machine.hpp"
 #include "machine/windows/windows_machine.hpp"
 #include "tests/machine/contract/contract.hpp"
 #include "tests/machine/windows/test_programs.hpp"
@@ -10,7 +11,7 @@ namespace {
 
 using machine::UString;
 
-class WindowsUnderTest final : public MachineUnderTest {
+class WindowsUnderTest : public MachineUnderTest {
  public:
   ~WindowsUnderTest() override {
     machine_.registry().removeKey(key());
@@ -49,6 +50,20 @@ class WindowsUnderTest final : public MachineUnderTest {
   tests::WebServer server_;
 };
 
+/// What is written stays before the computer.
+class OverlayUnderTest final : public WindowsUnderTest {
+ public:
+  machine::Machine& machine() override { return overlay_; }
+  bool keepsFilesOnHost() override { return false; }
+
+ private:
+  machine::overlay::OverlayMachine overlay_{WindowsUnderTest::machine()};
+};
+
+Provider overlayProvider() {
+  return {"overlay over windows", [] { return std::make_unique<OverlayUnderTest>(); }};
+}
+
 Provider windowsProvider() {
   return {"windows", [] { return std::make_unique<WindowsUnderTest>(); }};
 }
@@ -58,3 +73,4 @@ Provider windowsProvider() {
 }  // namespace contract
 
 INSTANTIATE_MACHINE_CONTRACT(Windows, windowsProvider());
+INSTANTIATE_MACHINE_CONTRACT_WITHOUT_DOWNLOADS(OverlayOverWindows, overlayProvider());
