@@ -24,7 +24,7 @@ class StoppedProcess : public JournalTest {
     faulty.faults().failWhen(
         [&](auto operation, auto subject) {
           ++moment;
-          if (!chosen() || examined++ % (isWine() ? 29 : 1) != 0) return false;
+          if (!chosen() || examined++ % (isWine() ? 7 : 1) != 0) return false;
           machine.save();
           TemporaryFolder const copy;
           copyTree(directory(), copy.path() / "machine");
