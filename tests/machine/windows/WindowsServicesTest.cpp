@@ -24,7 +24,7 @@ class WindowsServices : public ::testing::Test {
 
   void set(UString const& file, std::vector<UString> const& arguments) {
     ServiceDefinition definition;
-    definition.displayName = u"Registration Services Test";
+    definition.displayName = name;
     definition.start = ServiceStart::manual;
     definition.commandLine = command_line::join(file, arguments);
     services.set(name, definition);
