@@ -1,5 +1,4 @@
 #include "tests/machine/contract/contract.hpp"
-#include "tests/support/wine.hpp"
 
 namespace contract {
 
@@ -11,9 +10,8 @@ namespace {
 
 constexpr std::chrono::milliseconds patience = std::chrono::seconds(20);
 
-/// Wine keeps no recovery actions.
-ServiceDefinition asKept(ServiceDefinition definition) {
-  if (tests::isWine()) definition.recovery = {};
+ServiceDefinition asKept(ServiceDefinition definition, MachineUnderTest& under) {
+  if (!under.keepsRecovery()) definition.recovery = {};
   return definition;
 }
 
@@ -42,13 +40,13 @@ TEST_P(ServicesContract, AMissingServiceIsNoError) {
 
 TEST_P(ServicesContract, AServiceIsKeptAsItWasSet) {
   services().set(name(), definition());
-  EXPECT_EQ(services().definition(name()), asKept(definition()));
+  EXPECT_EQ(services().definition(name()), asKept(definition(), under()));
   EXPECT_EQ(services().state(name()), ServiceState::stopped);
 }
 
 TEST_P(ServicesContract, NamesAreComparedWithoutRegardToCase) {
   services().set(name(), definition());
-  EXPECT_EQ(services().definition(u"REGISTRATIONcontracttest"), asKept(definition()));
+  EXPECT_EQ(services().definition(u"REGISTRATIONcontracttest"), asKept(definition(), under()));
 }
 
 TEST_P(ServicesContract, SettingAgainReplacesTheDefinition) {
@@ -60,7 +58,7 @@ TEST_P(ServicesContract, SettingAgainReplacesTheDefinition) {
   changed.start = machine::ServiceStart::automatic;
   changed.recovery = {};
   services().set(name(), changed);
-  EXPECT_EQ(services().definition(name()), asKept(changed));
+  EXPECT_EQ(services().definition(name()), asKept(changed, under()));
 }
 
 TEST_P(ServicesContract, AServiceIsStartedAndStopped) {

@@ -3,6 +3,7 @@
 #include "tests/machine/windows/test_programs.hpp"
 #include "tests/machine/windows/web_server.hpp"
 #include "tests/support/temporary_folder.hpp"
+#include "tests/support/wine.hpp"
 
 namespace contract {
 
@@ -35,6 +36,7 @@ class WindowsUnderTest final : public MachineUnderTest {
   }
   UString module() override { return tests::testProgram(u"automation_server.dll"); }
   UString serviceProgram() override { return tests::testProgram(u"service_host.exe"); }
+  bool keepsRecovery() override { return !tests::isWine(); }
   UString publish(std::string_view name, std::string_view content) override {
     server_.answer(std::string(name), tests::WebServer::whole(content));
     return server_.url(name);
