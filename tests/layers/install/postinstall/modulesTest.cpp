@@ -16,6 +16,9 @@ class RecordedModules : public machine::Modules {
     arguments = texts;
     return result;
   }
+  bool admitBundles(std::u16string_view, std::vector<machine::UString> const&) override {
+    return false;
+  }
 
   machine::UString module;
   std::string entryPoint;
