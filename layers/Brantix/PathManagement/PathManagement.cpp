@@ -13,6 +13,7 @@ namespace Brantix::PathManagement {
 
 namespace vfs = foundation::storage::vfs;
 using fl::i18n::UString;
+namespace grammar = machine::path_grammar;
 
 namespace {
 
@@ -36,9 +37,11 @@ AbsoluteIRI GetIRIFromString(UString const& folder) {
   if (isFileIRI(folder)) {
     return CanonicalAbsoluteIRI(AbsoluteIRI(folder));
   }
+  if (grammar::isAbsolute(folder)) {
+    return CanonicalAbsoluteIRI::ofWindowsPath(folder);
+  }
   auto const currentFolder = machine::current().files().currentDirectory();
-  return CanonicalAbsoluteIRI::ofWindowsPath(
-      machine::path_grammar::absolute(folder, currentFolder));
+  return CanonicalAbsoluteIRI::ofWindowsPath(grammar::absolute(folder, currentFolder));
 }
 
 std::shared_ptr<IPathdefGenerator> CreatePathdefGenerator(CanonicalAbsoluteIRI&& root) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "fl/filesystem/verbatim.hpp"
 #include "foundation/storage/vfs/CanonicalAbsoluteIRI.hpp"
 #include "foundation/storage/vfs/Exception.hpp"
 #include "foundation/storage/vfs/Folder.hpp"
@@ -39,6 +38,12 @@ std::vector<UString> foldersAmong(std::vector<vfs::FolderEntry> const& entries) 
   return names;
 }
 
+/// The form in which no name of a folder is taken for another one on its way to an IRI. `path` is
+/// canonical: the current folder, which fl::filesystem::verbatim asks for, is of no account.
+UString verbatim(UString const& path) {
+  return path.starts_with(u"\\\\") ? u"\\\\?\\UNC" + path.substr(1) : u"\\\\?\\" + path;
+}
+
 bool losesOnlyItsFolder(vfs::ErrorCode code) {
   return code == vfs::ErrorCode::permissionDenied || code == vfs::ErrorCode::resourceNotFound ||
          code == vfs::ErrorCode::invalidLocation;
@@ -49,8 +54,7 @@ bool losesOnlyItsFolder(vfs::ErrorCode code) {
 void addToolboxFolders(vfs::AbsoluteIRI const& toolbox, vfs::StorageSystemReference const& storage,
                        std::vector<vfs::AbsoluteIRI>& entries,
                        foundation::core::except::Notification& notification) {
-  // Verbatim, so that no name is taken for another one on its way to an IRI.
-  std::vector<UString> pending{fl::filesystem::verbatim(windowsPath(toolbox))};
+  std::vector<UString> pending{verbatim(windowsPath(toolbox))};
   while (!pending.empty()) {
     UString const path = std::move(pending.back());
     pending.pop_back();
