@@ -86,7 +86,7 @@ UString programOf(UString const& commandLine, Files& files) {
 
 bool isName(std::u16string_view name) {
   return !name.empty() && name.size() <= longestName &&
-         name.find_first_of(u"/\\") == std::u16string_view::npos;
+         name.find_first_of(std::u16string_view(u"/\\\0", 3)) == std::u16string_view::npos;
 }
 
 }  // namespace

@@ -105,7 +105,7 @@ class Download {
       failWithLastError();
     }
     auto const text = [](wchar_t const* start, DWORD length) {
-      return UString(unitsOf(start), length);
+      return UString(unitsOf(start).substr(0, length));
     };
     return {text(parts.lpszHostName, parts.dwHostNameLength), parts.nPort,
             parts.nScheme == INTERNET_SCHEME_HTTPS,
@@ -147,7 +147,7 @@ class Download {
                              WINHTTP_NO_HEADER_INDEX)) {
       return std::nullopt;
     }
-    std::string const text = toUtf8(UString(unitsOf(digits), size / sizeof(wchar_t)));
+    std::string const text = toUtf8(unitsOf(digits).substr(0, size / sizeof(wchar_t)));
     Number value = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     return error == std::errc() && end == text.data() + text.size() ? std::optional(value)

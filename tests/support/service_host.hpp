@@ -41,7 +41,7 @@ class ServiceHostTest : public MachineTest {
   /// A program that can run as the service.
   std::string program() {
 #if defined(_WIN32)
-    return readFile(testProgram(u"tiny_service.exe"));
+    return readFile(testProgram(u"service_host.exe"));
 #else
     return "a program";
 #endif

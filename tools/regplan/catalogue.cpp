@@ -8,9 +8,11 @@
 #include "registration/commands/Add3pJavaPathEntriesToMetadataFile.hpp"
 #include "registration/commands/AddJavaPathEntriesToMetadataFile.hpp"
 #include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
+#include "registration/commands/BrantixServiceHostSetupCommand.hpp"
 #include "registration/commands/CreateDesktopShortcuts.hpp"
 #include "registration/commands/CreateStartMenuShortcuts.hpp"
 #include "registration/commands/CreateSymlink.hpp"
+#include "registration/commands/GenerateJavaClassPath.hpp"
 #include "registration/commands/InstallDotNetAssemblyFiles.hpp"
 #include "registration/commands/InstallationsRegistryCommand.hpp"
 #include "registration/commands/LaunchCppMicroServicesCacheExecutable.hpp"
@@ -123,6 +125,12 @@ std::span<CommandDescription const> commandCatalogue() {
        "ssiSearchFolders; undo does the same with the files that are there then.",
        {},
        withoutArguments<AddVTPathEntriesToMetadataFile>},
+      {"BrantixServiceHostSetupCommand",
+       "Installs the service host as a Windows service and starts it, from the packages below the "
+       "installation root or, with the feature DownloadLatestBsh, from a newer published one; undo "
+       "does nothing. Acts when isServiceHostRequested.",
+       {},
+       withoutArguments<BrantixServiceHostSetupCommand>},
       {"CreateDesktopShortcuts",
        "Makes a shortcut to a program on the desktop; undo removes it. Acts when "
        "isDesktopShortcutRequested.",
@@ -154,6 +162,11 @@ std::span<CommandDescription const> commandCatalogue() {
         {"linkName", text, optional,
          "File name, without extension, that a link's target gets; empty: the link's own."}},
        symlink},
+      {"GenerateJavaClassPath",
+       "Has the class path service, of the bundles below the bundle root, generate the product's "
+       "Java class path from javaClassPath; undo does the same with what is there then.",
+       {},
+       withoutArguments<GenerateJavaClassPath>},
       {"InstallDotNetAssemblyFiles",
        "Installs .NET assemblies into the global assembly cache with the product's GACInstaller, "
        "when .NET Framework 4 is there; undo leaves them.",

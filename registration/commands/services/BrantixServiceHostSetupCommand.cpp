@@ -1,6 +1,5 @@
 #include "registration/commands/BrantixServiceHostSetupCommand.hpp"
 
-#include <regex>
 #include <stdexcept>
 #include <string>
 
@@ -239,9 +238,8 @@ UString BrantixServiceHostSetupCommand::getDownloadedBshInstallerOrPkgZipName(
   if (!fl::filesystem::exists(folder)) {
     return {};
   }
-  static std::regex const isZip("\\.zip$");
   for (UString const& name : fl::filesystem::entry_names(folder)) {
-    if (std::regex_search(fl::i18n::to_string(name), isZip)) {
+    if (name.ends_with(u".zip")) {
       return name;
     }
   }

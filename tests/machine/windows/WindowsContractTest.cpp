@@ -34,7 +34,7 @@ class WindowsUnderTest final : public MachineUnderTest {
     return start;
   }
   UString module() override { return tests::testProgram(u"automation_server.dll"); }
-  UString serviceProgram() override { return tests::testProgram(u"tiny_service.exe"); }
+  UString serviceProgram() override { return tests::testProgram(u"service_host.exe"); }
   UString publish(std::string_view name, std::string_view content) override {
     server_.answer(std::string(name), tests::WebServer::whole(content));
     return server_.url(name);

@@ -31,7 +31,7 @@ class WindowsServices : public ::testing::Test {
   }
 
   UString const name = u"RegistrationServicesTest";
-  UString const program = tests::testProgram(u"tiny_service.exe");
+  UString const program = tests::testProgram(u"service_host.exe");
   WindowsMachine machine;
   Services& services = machine.services();
 };

@@ -1,4 +1,4 @@
-// tiny_service NAME [slow]: a service that does nothing until it is told to stop. A slow one never
+// service_host NAME [slow]: a service that does nothing until it is told to stop. A slow one never
 // says that it runs.
 #include <windows.h>
 
@@ -43,7 +43,7 @@ void WINAPI run(DWORD, wchar_t** arguments) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  wchar_t name[] = L"tiny_service";
+  wchar_t name[] = L"service_host";
   stopped = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   if (count > 2 && std::wcscmp(arguments[2], L"slow") == 0) {
     slow = true;
