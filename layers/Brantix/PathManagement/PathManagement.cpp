@@ -25,7 +25,8 @@ bool isFileIRI(UString const& text) {
 /// The same for all spellings of one location.
 UString keyOf(AbsoluteIRI const& iri) {
   try {
-    return machine::foldCase(CanonicalAbsoluteIRI(iri).text());
+    return machine::foldCase(iri.isKnownToBeCanonical() ? iri.text()
+                                                        : CanonicalAbsoluteIRI(iri).text());
   } catch (vfs::Exception const&) {
     return iri.text();
   }

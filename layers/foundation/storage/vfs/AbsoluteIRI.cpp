@@ -50,6 +50,9 @@ AbsoluteIRI::AbsoluteIRI(UString text) : text_(std::move(text)) {
   }
 }
 
+AbsoluteIRI::AbsoluteIRI(Canonical canonical)
+    : text_(std::move(canonical.text)), isKnownToBeCanonical_(true) {}
+
 std::u16string_view AbsoluteIRI::scheme() const {
   return std::u16string_view(text_).substr(0, text_.find(u':'));
 }

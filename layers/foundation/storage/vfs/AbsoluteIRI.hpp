@@ -25,10 +25,22 @@ class REGISTRATION_API AbsoluteIRI {
   /// Without the colon, as written: `File:///C:/a` -> `File`.
   std::u16string_view scheme() const;
 
-  bool operator==(AbsoluteIRI const&) const = default;
+  /// Came as a CanonicalAbsoluteIRI; another may be in that form too. Spares the work of finding
+  /// out.
+  bool isKnownToBeCanonical() const noexcept { return isKnownToBeCanonical_; }
+
+  bool operator==(AbsoluteIRI const& other) const { return text_ == other.text_; }
+
+ protected:
+  /// An IRI that is in canonical form.
+  struct Canonical {
+    UString text;
+  };
+  explicit AbsoluteIRI(Canonical canonical);
 
  private:
   UString text_;
+  bool isKnownToBeCanonical_ = false;
 };
 
 }  // namespace foundation::storage::vfs

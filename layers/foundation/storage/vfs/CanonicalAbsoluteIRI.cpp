@@ -97,8 +97,21 @@ UString spelledPath(FileIRI const& parts, std::u16string_view location) {
   return path;
 }
 
-bool isForbiddenInNames(char16_t unit) {
-  return unit < 0x20 || std::u16string_view(u"<>:\"/\\|?*").find(unit) != UString::npos;
+constexpr bool isForbiddenInNames(char16_t unit) {
+  switch (unit) {
+    case u'<':
+    case u'>':
+    case u':':
+    case u'"':
+    case u'/':
+    case u'\\':
+    case u'|':
+    case u'?':
+    case u'*':
+      return true;
+    default:
+      return unit < 0x20;
+  }
 }
 
 bool isWellFormed(std::u16string_view text) {
@@ -199,6 +212,15 @@ UString canonicalText(std::u16string_view path) {
   return text;
 }
 
+/// The reverse of canonicalText.
+UString pathOfCanonical(std::u16string_view text) {
+  std::u16string_view const onDrive = u"file:///";
+  text.remove_prefix(text.starts_with(onDrive) ? onDrive.size() : std::size_t{5});
+  UString path(text);
+  std::replace(path.begin(), path.end(), u'/', u'\\');
+  return decoded(path, path);
+}
+
 AbsoluteIRI continued(AbsoluteIRI const& iri, UString const& relative) {
   return relative.empty() ? iri : AbsoluteIRI(iri.text() + u"/" + relative);
 }
@@ -226,17 +248,22 @@ UString withoutVerbatimPrefix(UString const& path) {
 }  // namespace
 
 CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(AbsoluteIRI const& iri, UString const& relative)
-    : CanonicalAbsoluteIRI(Checked{canonicalText(windowsPath(continued(iri, relative)))}) {}
+    : CanonicalAbsoluteIRI(Canonical{iri.isKnownToBeCanonical() && relative.empty()
+                                         ? iri.text()
+                                         : canonicalText(windowsPath(continued(iri, relative)))}) {}
 
-CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(Checked checked)
-    : AbsoluteIRI(std::move(checked.text)) {}
+CanonicalAbsoluteIRI::CanonicalAbsoluteIRI(Canonical canonical)
+    : AbsoluteIRI(std::move(canonical)) {}
 
 CanonicalAbsoluteIRI CanonicalAbsoluteIRI::ofWindowsPath(UString const& path) {
   return CanonicalAbsoluteIRI(
-      Checked{canonicalText(canonicalPath(withoutVerbatimPrefix(path), path))});
+      Canonical{canonicalText(canonicalPath(withoutVerbatimPrefix(path), path))});
 }
 
 UString windowsPath(AbsoluteIRI const& iri) {
+  if (iri.isKnownToBeCanonical()) {
+    return pathOfCanonical(iri.text());
+  }
   return canonicalPath(spelledPath(partsOf(iri), iri.text()), iri.text());
 }
 

@@ -31,10 +31,7 @@ class REGISTRATION_API CanonicalAbsoluteIRI : public AbsoluteIRI {
   static CanonicalAbsoluteIRI ofWindowsPath(UString const& path);
 
  private:
-  struct Checked {
-    UString text;
-  };
-  explicit CanonicalAbsoluteIRI(Checked checked);
+  explicit CanonicalAbsoluteIRI(Canonical canonical);
 };
 
 /// The Windows path that a file IRI names: `file:///c:/a%20b/` -> `C:\a b`,

@@ -83,8 +83,9 @@ TEST(CanonicalAbsoluteIRI, EveryLegalNameComesBack) {
         u"C:\\...a", u"C:\\$root", u"C:\\[x]{y}", u"C:\\\u00a0\u3000", u"C:\\e\u0301\u00e9",
         u"C:\\\uFFFD\uFEFF\u200F", u"C:\\\U0010FFFD", u"\\\\srv@ssl\\share$\\\u00e4",
         u"\\\\s\u00e4rver\\share name\\x"}) {
-    EXPECT_EQ(windowsPath(CanonicalAbsoluteIRI::ofWindowsPath(path)), path)
-        << fl::i18n::ustring_to_utf8(path);
+    auto const iri = CanonicalAbsoluteIRI::ofWindowsPath(path);
+    EXPECT_EQ(windowsPath(iri), path) << fl::i18n::ustring_to_utf8(path);
+    EXPECT_EQ(windowsPath(AbsoluteIRI(iri.text())), path) << fl::i18n::ustring_to_utf8(path);
   }
 }
 
@@ -92,6 +93,7 @@ TEST(CanonicalAbsoluteIRI, IsItsOwnCanonicalForm) {
   for (auto const* path : {u"C:\\", u"C:\\100% \u00e4\u202e#", u"\\\\srv@SSL\\share\\a"}) {
     auto const iri = CanonicalAbsoluteIRI::ofWindowsPath(path);
     EXPECT_EQ(CanonicalAbsoluteIRI(iri), iri);
+    EXPECT_EQ(CanonicalAbsoluteIRI(AbsoluteIRI(iri.text())), iri);
   }
 }
 
