@@ -16,7 +16,7 @@ namespace vfs = foundation::storage::vfs;
 class FileOfAnotherProgram : public tests::MachineTest {};
 
 TEST_F(FileOfAnotherProgram, ThatIsReadOnlyIsReadAndNotReplaced) {
-  if (tests::isWine()) GTEST_SKIP() << "Wine replaces a read-only file by a rename";
+  if (tests::isWine()) GTEST_SKIP() << "Wine run by root writes to read-only files";
   writeFile(at(u"file"), "old");
   auto const path = machine::toWide(at(u"file"));
   ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));

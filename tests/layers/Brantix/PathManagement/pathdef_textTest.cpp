@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
+
 #include "Brantix/PathManagement/pathdef_text.hpp"
 #include "Brantix/PathManagement/text_lines.hpp"
 #include "tests/support/iri_printing.hpp"
@@ -186,6 +189,24 @@ TEST_F(PathdefText, AnEmptyTextHasNoEntries) {
   EXPECT_TRUE(read("").empty());
   EXPECT_TRUE(read("\n\n# x\n").empty());
   EXPECT_TRUE(warnings().empty());
+}
+
+TEST_F(PathdefText, WhateverIsReadComesBackFromWhatIsWritten) {
+  constexpr std::string_view pieces[] = {
+      "\"", "$root", "\n\"$root\\", "\n\"C:\\", "\\",  "C:",       "/",    "..",
+      ".",  "\xFF",  "\n\"",        " ",        "%5C", "\xC3\xA4", "\"\n", "a"};
+  std::mt19937 random(20);  // NOLINT(cert-msc51-cpp): the same texts every time
+  std::size_t entries = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::string text = "pathdef 1\n";
+    for (int piece = 0; piece < 60; ++piece) {
+      text += pieces[random() % std::size(pieces)];
+    }
+    auto const paths = read(text);
+    entries += paths.size();
+    ASSERT_EQ(read(written(paths)), paths) << text;
+  }
+  EXPECT_GT(entries, 500u);
 }
 
 TEST_F(PathdefText, OfManyWrongLinesTheFirstAreTold) {

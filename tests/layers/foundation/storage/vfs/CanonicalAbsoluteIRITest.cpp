@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <random>
+
 #include "foundation/storage/vfs/CanonicalAbsoluteIRI.hpp"
 #include "tests/support/iri_printing.hpp"
 
@@ -95,6 +98,29 @@ TEST(CanonicalAbsoluteIRI, IsItsOwnCanonicalForm) {
     EXPECT_EQ(CanonicalAbsoluteIRI(iri), iri);
     EXPECT_EQ(CanonicalAbsoluteIRI(AbsoluteIRI(iri.text())), iri);
   }
+}
+
+TEST(CanonicalAbsoluteIRI, OfWhateverIsItsOwnCanonicalForm) {
+  constexpr std::u16string_view pieces[] = {
+      u"/",      u"//",  u"..",  u".", u"%2E", u"%2f", u"C:",     u"c:",   u"a", u"%C3%A4",
+      u"\u00e4", u"%20", u"srv", u"@", u"%41", u"%FF", u"\u202e", u"/C:/", u"/x"};
+  std::mt19937 random(3987);  // NOLINT(cert-msc51-cpp): the same texts every time
+  int named = 0;
+  for (int round = 0; round < 20'000; ++round) {
+    UString text = round % 2 == 0 ? u"file:///C:/" : u"file://";
+    for (auto count = random() % 8; count > 0; --count) {
+      text += pieces[random() % std::size(pieces)];
+    }
+    try {
+      UString const once = canonical(text);
+      ++named;
+      ASSERT_EQ(canonical(once), once) << fl::i18n::ustring_to_utf8(text);
+      ASSERT_EQ(ofPath(windowsPath(AbsoluteIRI(text))), once) << fl::i18n::ustring_to_utf8(text);
+    } catch (Exception const& failure) {
+      ASSERT_EQ(failure.getErrorCode(), ErrorCode::invalidLocation);
+    }
+  }
+  EXPECT_GT(named, 1000);
 }
 
 TEST(CanonicalAbsoluteIRI, ARelativePartContinuesIt) {
