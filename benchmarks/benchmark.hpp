@@ -31,6 +31,7 @@ struct Benchmark {
 void walkTree();
 void addPathEntries();
 void mergeJavaClassPath();
+void pathDefinition();
 void testExistence();
 void appendMessage();
 void setRegistryKeys();

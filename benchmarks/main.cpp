@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
   constexpr Benchmark all[] = {{"walk", walkTree},
                                {"add-path-entries", addPathEntries},
                                {"java-class-path", mergeJavaClassPath},
+                               {"path-definition", pathDefinition},
                                {"existence", testExistence},
                                {"append-message", appendMessage},
                                {"set-registry-keys", setRegistryKeys},

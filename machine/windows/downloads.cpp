@@ -42,11 +42,15 @@ class Download {
   std::uint32_t run(Downloads::Sink const& sink) {
     send(addressOf());
     require(WinHttpReceiveResponse(request_.get(), nullptr) != FALSE);
-    std::uint32_t const status = number(WINHTTP_QUERY_STATUS_CODE).value_or(0);
-    if (status == HTTP_STATUS_OK) {
+    auto const status = number(WINHTTP_QUERY_STATUS_CODE);
+    if (!status) {
+      SetLastError(ERROR_WINHTTP_INVALID_SERVER_RESPONSE);
+      failWithLastError();
+    }
+    if (*status == HTTP_STATUS_OK) {
       pass(sink);
     }
-    return status;
+    return *status;
   }
 
  private:
@@ -61,7 +65,7 @@ class Download {
   /// The texts of these codes are not the system's but the library's.
   [[noreturn]] void failWithLastError() const {
     DWORD const code = GetLastError();
-    if (code == ERROR_WINHTTP_TIMEOUT) {
+    if (code == ERROR_WINHTTP_TIMEOUT || code == WSAETIMEDOUT) {
       fail(ERROR_TIMEOUT);
     }
     if (code >= WINHTTP_ERROR_BASE && code <= WINHTTP_ERROR_LAST) {
@@ -125,6 +129,8 @@ class Download {
                                       WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES,
                                       address.isSecure ? WINHTTP_FLAG_SECURE : 0));
     require(request_ != nullptr);
+    // The time-outs above are for what comes at once; this one is for the whole of the headers.
+    set(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(silence));
     set(WINHTTP_OPTION_REDIRECT_POLICY, address.isSecure
                                             ? WINHTTP_OPTION_REDIRECT_POLICY_DISALLOW_HTTPS_TO_HTTP
                                             : WINHTTP_OPTION_REDIRECT_POLICY_NEVER);

@@ -13,6 +13,7 @@
 #include "registration/commands/CreateStartMenuShortcuts.hpp"
 #include "registration/commands/CreateSymlink.hpp"
 #include "registration/commands/GenerateJavaClassPath.hpp"
+#include "registration/commands/GeneratePathDef.hpp"
 #include "registration/commands/InstallDotNetAssemblyFiles.hpp"
 #include "registration/commands/InstallationsRegistryCommand.hpp"
 #include "registration/commands/LaunchCppMicroServicesCacheExecutable.hpp"
@@ -167,6 +168,11 @@ std::span<CommandDescription const> commandCatalogue() {
        "Java class path from javaClassPath; undo does the same with what is there then.",
        {},
        withoutArguments<GenerateJavaClassPath>},
+      {"GeneratePathDef",
+       "Writes the search-path definition file, pathdef.vsc, from the one that is there, from "
+       "ssiSearchFolders and from the toolbox folders; undo does the same with what is there then.",
+       {},
+       withoutArguments<GeneratePathDef>},
       {"InstallDotNetAssemblyFiles",
        "Installs .NET assemblies into the global assembly cache with the product's GACInstaller, "
        "when .NET Framework 4 is there; undo leaves them.",

@@ -1,7 +1,6 @@
 #include "foundation/cppmicroservices/framework.hpp"
 
 #include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include "cppmicroservices/FrameworkFactory.h"
 #include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
+#include "machine/process_end.hpp"
 
 namespace foundation::cppmicroservices {
 
@@ -109,13 +109,13 @@ std::vector<Bundle> installAndStart(Path const& folder) {
   for (Bundle& bundle : bundles) {
     bundle.Start();
     // Once more, so that it happens before this bundle's own static objects go.
-    std::atexit(stopBundles);
+    machine::atProcessEnd(stopBundles);
   }
   return bundles;
 }
 
 Framework getFramework() {
-  [[maybe_unused]] static int const registered = (theFramework(), std::atexit(stopBundles));
+  [[maybe_unused]] static int const registered = (theFramework(), machine::atProcessEnd(stopBundles), 0);
   return theFramework();
 }
 

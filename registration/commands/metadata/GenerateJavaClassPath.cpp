@@ -3,6 +3,7 @@
 #include "foundation/classpath/ClassPathService.hpp"
 #include "install/cpputil/logger.hpp"
 #include "registration/commands/component_service.hpp"
+#include "registration/commands/start_bundles.hpp"
 #include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
@@ -48,9 +49,7 @@ void GenerateJavaClassPath::log_message(UString const& message) const {
 
 void GenerateJavaClassPath::invokeClassPathService() const {
   using foundation::classpath::ClassPathService;
-  Path const folder =
-      Path(options.getBundleRootPath()).make_native() / u"bin" / u"win64" / u"classpath_services";
-  foundation::cppmicroservices::installAndStart(folder);
+  startBundles(options, u"classpath_services");
   componentService<ClassPathService>()->generateClassPath(options.getRootPath());
 }
 

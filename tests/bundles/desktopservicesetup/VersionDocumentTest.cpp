@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "bundles/desktopservicesetup/implementation/version_document.hpp"
 
 namespace desktopservicesetup {
@@ -58,6 +61,14 @@ TEST(VersionDocument, TellsVersionAndDownloads) {
   EXPECT_EQ(document.installer.size, 1u);
   EXPECT_EQ(document.package.size, 4294967295u);
   EXPECT_EQ(document.package.sha256, hash);
+}
+
+TEST(VersionDocument, IsWhatTheReadmeShows) {
+  std::ifstream file(SHOWN_VERSION_DOCUMENT);
+  auto const document = parseVersionDocument(std::string(std::istreambuf_iterator<char>(file), {}));
+  EXPECT_EQ(document.serviceHostVersion, "25.2.0.1");
+  EXPECT_EQ(document.installer.size, 262u);
+  EXPECT_EQ(document.package.url, "https://downloads.example/brantixservicehost.zip");
 }
 
 TEST(VersionDocument, RefusesDownloadsThatAreNotDescribedWell) {

@@ -44,6 +44,8 @@ class MachineUnderTest {
   virtual std::filesystem::path hostPath(std::u16string_view path) = 0;
   /// False where the host keeps a provider from paths longer than 260 units.
   virtual bool takesLongPaths() { return true; }
+  /// False where the host keeps no recovery actions of a service.
+  virtual bool keepsRecovery() { return true; }
 };
 
 struct Provider {

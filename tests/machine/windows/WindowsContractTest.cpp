@@ -4,6 +4,7 @@
 #include "tests/machine/windows/test_programs.hpp"
 #include "tests/machine/windows/web_server.hpp"
 #include "tests/support/temporary_folder.hpp"
+#include "tests/support/wine.hpp"
 
 namespace contract {
 
@@ -36,6 +37,7 @@ class WindowsUnderTest : public MachineUnderTest {
   }
   UString module() override { return tests::testProgram(u"automation_server.dll"); }
   UString serviceProgram() override { return tests::testProgram(u"service_host.exe"); }
+  bool keepsRecovery() override { return !tests::isWine(); }
   UString publish(std::string_view name, std::string_view content) override {
     server_.answer(std::string(name), tests::WebServer::whole(content));
     return server_.url(name);
@@ -55,6 +57,7 @@ class OverlayUnderTest final : public WindowsUnderTest {
  public:
   machine::Machine& machine() override { return overlay_; }
   bool keepsFilesOnHost() override { return false; }
+  bool keepsRecovery() override { return true; }
 
  private:
   machine::overlay::OverlayMachine overlay_{WindowsUnderTest::machine()};

@@ -121,6 +121,7 @@ TEST_F(WindowsDownloads, ServerThatIsNotThereIsAnError) {
 }
 
 TEST_F(WindowsDownloads, ServerOfPlainTextProvesNothingToHttps) {
+  limits.silence = milliseconds(200);
   server.answer("file", WebServer::whole("x"));
   EXPECT_NE(errorOf(u"https" + server.url("file").substr(4)), 0u);
   EXPECT_EQ(body, "");

@@ -24,13 +24,15 @@ class WindowsServices : public ::testing::Test {
 
   void set(UString const& file, std::vector<UString> const& arguments) {
     ServiceDefinition definition;
-    definition.displayName = u"Registration Services Test";
+    definition.displayName = name;
     definition.start = ServiceStart::manual;
     definition.commandLine = command_line::join(file, arguments);
     services.set(name, definition);
   }
 
-  UString const name = u"RegistrationServicesTest";
+  /// A name for each test: a service that another one removed may still be ending.
+  UString const name =
+      toUtf16(testing::UnitTest::GetInstance()->current_test_info()->name()).substr(0, 80);
   UString const program = tests::testProgram(u"service_host.exe");
   WindowsMachine machine;
   Services& services = machine.services();

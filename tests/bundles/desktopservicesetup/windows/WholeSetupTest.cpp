@@ -24,11 +24,15 @@ class WholeServiceHostSetup : public tests::ServiceHostTest {
         at(u"bin\\win64\\desktopservicesetup\\install\\desktopservicesetup\\implementation");
     makeDirectory(folder);
     std::filesystem::path const bundle = SETUP_BUNDLE;
-    std::filesystem::copy_file(bundle,
-                               std::filesystem::path(machine::toWide(folder)) / bundle.filename());
+    bundle_ = std::filesystem::path(machine::toWide(folder)) / bundle.filename();
+    std::filesystem::copy_file(bundle, bundle_);
     machine().environment().setVariable(variable, u"1");
   }
-  ~WholeServiceHostSetup() override { machine().environment().removeVariable(variable); }
+  ~WholeServiceHostSetup() override {
+    machine().environment().removeVariable(variable);
+    // A DLL that is loaded cannot be deleted, but it can be moved out of the test's folder.
+    std::filesystem::rename(bundle_, std::filesystem::temp_directory_path() / "loaded_bundle.dll");
+  }
 
   Lines execute() {
     registration::utility::Options::Values values;
@@ -58,6 +62,9 @@ class WholeServiceHostSetup : public tests::ServiceHostTest {
   }
 
   tests::WebServer server;
+
+ private:
+  std::filesystem::path bundle_;
 };
 
 // One test, for a framework's bundle stays where it was first found.

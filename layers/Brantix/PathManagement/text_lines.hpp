@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "foundation/core/except/Notification.hpp"
+
+namespace Brantix::PathManagement {
+
+/// Reads UTF-8 text line by line, each without what the classic locale calls space or blank at both
+/// ends. Lines that turn out wrong are warnings; of many wrong ones only the first are told.
+class TextLines {
+ public:
+  /// `file`: where the text was read. All must outlive this object.
+  TextLines(std::string_view text, fl::i18n::UString const& file,
+            foundation::core::except::Notification& notification);
+
+  /// Moves to the next line that is neither empty nor a comment ("#") and holds UTF-8; false at the
+  /// end.
+  bool next();
+  fl::i18n::UString const& line() const { return line_; }
+  /// Warns about the current line. `reason` is UTF-8.
+  void warn(std::string_view reason);
+
+  static constexpr std::size_t warningsTold = 1000;
+
+ private:
+  std::string_view takeLine();
+
+  std::string_view rest_;
+  fl::i18n::UString const& file_;
+  foundation::core::except::Notification& notification_;
+  fl::i18n::UString line_;
+  std::size_t number_ = 0;
+  std::size_t warnings_ = 0;
+};
+
+}  // namespace Brantix::PathManagement
