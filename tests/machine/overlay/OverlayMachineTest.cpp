@@ -142,6 +142,7 @@ class ManyFiles final : public Files {
   bool removeFile(std::u16string_view path) override { refuse(path); }
   bool removeDirectory(std::u16string_view path) override { refuse(path); }
   void rename(std::u16string_view path, std::u16string_view, bool) override { refuse(path); }
+  void setReadOnly(std::u16string_view path, bool) override { refuse(path); }
   UString currentDirectory() override { return u"C:\\"; }
   bool setCurrentDirectory(std::u16string_view path) override { refuse(path); }
   std::optional<FileVersion> fileVersion(std::u16string_view) override { return std::nullopt; }

@@ -3,39 +3,24 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "machine/simulated/simulated_machine.hpp"
-#include "tests/tools/regplan/program_fixture.hpp"
+#include "tests/tools/regplan/full_plan.hpp"
 #include "tools/regplan/catalogue.hpp"
 
 namespace regplan {
 namespace {
 
-namespace fs = std::filesystem;
 using golden::Tree;
-
-fs::path const goldenFolder = fs::path(REGPLAN_GOLDEN) / "full-plan";
 
 constexpr char const* logName = "C/ProgramData/Vortan/registration.log";
 constexpr char const* installationsName = "C/ProgramData/Brantix/Installations/installations.json";
 
-/// A plan of every command, run and undone on a machine where each has something to do. What the
-/// machine holds then is compared whole. What the golden folder "machine" gave it is left out while
-/// it is unchanged, and appears as an empty file when it is gone.
-class FullPlan : public ProgramTest {
+/// Run and undone. What the machine holds then is compared whole. What the golden folder "machine"
+/// gave it is left out while it is unchanged, and appears as an empty file when it is gone.
+class FullPlan : public FullPlanTest {
  protected:
-  FullPlan() {
-    golden::writeTree("machine", given_);
-    golden::writeBytes("plan.json", golden::readBytes(goldenFolder / "plan.json"));
-    machine::simulated::SimulatedMachine machine("machine");
-    machine.registry().setValue({machine::RegistryRoot::localMachine,
-                                 u"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full"},
-                                u"Install", machine::RegistryValue::ofDword(1));
-    machine.save();
-  }
-
   Tree effect() const {
     Tree tree = golden::readTree("machine");
-    for (auto const& [name, bytes] : given_) {
+    for (auto const& [name, bytes] : given()) {
       if (tree[name] == bytes) tree.erase(name);
     }
     tree[logName] = logWithoutTimes(tree[logName]);
@@ -49,8 +34,6 @@ class FullPlan : public ProgramTest {
     for (auto& record : document["installations"]) record["added"] = "(time)";
     installations = document.dump(2) + "\n";
   }
-
-  Tree const given_ = golden::readTree(goldenFolder / "machine");
 };
 
 TEST_F(FullPlan, HasEveryCommand) {
@@ -65,10 +48,10 @@ TEST_F(FullPlan, HasEveryCommand) {
 TEST_F(FullPlan, LeavesTheGoldenMachineAfterRunAndAfterUndo) {
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine"}), 0);
   expectGolden("full-plan/run.txt", out);
-  golden::expectTree(goldenFolder / "after-run", effect());
+  golden::expectTree(goldenFolder() / "after-run", effect());
   EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine"}), 0);
   expectGolden("full-plan/undo.txt", out);
-  golden::expectTree(goldenFolder / "after-undo", effect());
+  golden::expectTree(goldenFolder() / "after-undo", effect());
 }
 
 }  // namespace
