@@ -8,7 +8,8 @@ namespace machine {
 
 /// What this process's standard output goes to. A console shows it as UTF-8 and obeys escape
 /// sequences (ECMA-48) for as long as the object lives; nothing changes where the output goes
-/// elsewhere.
+/// elsewhere. Once it was made, a reader that goes away makes writing fail, and does not end the
+/// process.
 class REGISTRATION_API Console {
  public:
   Console();

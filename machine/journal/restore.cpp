@@ -119,8 +119,8 @@ class Restoring {
       step.outcome = Outcome::notRestorable;
       step.reason = "links are not put back";
     } else if (entry.item.kind == Item::Kind::variable && !expected) {
-      step.outcome = Outcome::notRestorable;
-      step.reason = "it was a variable of another process";
+      step.outcome = Outcome::already;
+      step.reason = "it is gone with the process that it belonged to";
     } else if (!expected && !force_) {
       step.outcome = Outcome::left;
       step.reason = "it was changed since";

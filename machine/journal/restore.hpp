@@ -12,7 +12,7 @@ namespace machine::journal {
 struct RestoreStep {
   enum class Outcome {
     restored,       ///< it is again as it was before its first change
-    already,        ///< it was so before
+    already,        ///< it was so before, or is gone with the process that it belonged to
     left,           ///< not touched: changed since by others, or not empty, see `reason`
     forced,         ///< restored though others had changed it
     notRestorable,  ///< nothing that could be put back, see `reason`
@@ -51,7 +51,7 @@ struct RestoreReport {
 ///   `force`.
 /// - Of a service the definition counts for whether others changed it; whether it runs is put back
 ///   too, waiting up to half a minute.
-/// - Variables are put back while the process that set them lives.
+/// - Variables are put back while the process that set them lives; with it they are gone.
 /// - Links that were moved or removed, and what was written through them, are not restored.
 /// - Folders of tasks, made on the way, stay: nothing tells whether they were there before.
 ///

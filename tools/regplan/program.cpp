@@ -328,6 +328,10 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
   view->begin(report.request, plan->commands.size());
   {
     LogScope const log;
+    if (journal) {
+      view->note("Journal: " + printable(given.journal) +
+                 ", from which \"regplan restore\" takes the changes back");
+    }
     bool const isLogged = verb != Verb::preview && !given.noLog;
     if (isLogged) report.request.log = openLog(given, *view);
     perform(*plan, given, journal.get(), report, *view, surroundings);

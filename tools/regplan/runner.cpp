@@ -58,11 +58,11 @@ class CommandRun {
     auto const start = now();
     try {
       perform(*planned_.command, operation);
-      if (isBeyondForesight() && result_.outcome == Outcome::done) {
-        result_.outcome = Outcome::handsOver;
-      }
     } catch (...) {
       endWith(currentExceptionText());
+    }
+    if (isBeyondForesight() && result_.outcome == Outcome::done) {
+      result_.outcome = Outcome::handsOver;
     }
     result_.duration = now() - start;
     if (watch_) watch_->end(result_);
@@ -73,20 +73,18 @@ class CommandRun {
   bool isBeyondForesight() const { return watch_ && watch_->isBeyondForesight(); }
 
   void hear(std::string const& text) {
-    bool const isTrouble = reportsTrouble(text) && !isBeyondForesight();
+    // It would tell of what the foreign code was to do and did not, as of a success or a failure.
+    if (isBeyondForesight()) return;
+    bool const isTrouble = reportsTrouble(text);
     if (isTrouble) result_.outcome = Outcome::doneWithProblems;
     result_.messages.push_back({text, isTrouble});
     observer_.message(result_.messages.back());
   }
 
   void endWith(std::string const& reason) {
-    if (isBeyondForesight()) {
-      hear(reason);
-      if (result_.outcome == Outcome::done) result_.outcome = Outcome::handsOver;
-    } else {
-      result_.outcome = Outcome::failed;
-      result_.reason = reason;
-    }
+    if (isBeyondForesight()) return;
+    result_.outcome = Outcome::failed;
+    result_.reason = reason;
   }
 
   PlannedCommand const& planned_;

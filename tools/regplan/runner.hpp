@@ -16,7 +16,7 @@ enum class Operation { execute, undo };
 
 enum class Outcome {
   done,
-  handsOver,         ///< in a preview: what it does from its first hand-over on is not known
+  handsOver,  ///< in a preview: whether it ends well from its first hand-over on is not known
   doneWithProblems,  ///< ended normally, but a message told of trouble
   failed,            ///< an exception left the command
 };
@@ -71,7 +71,7 @@ std::string formatDuration(std::chrono::steady_clock::duration duration);
 class CommandWatch final : public machine::ChangeObserver {
  public:
   /// `machine` is the one that the WatchedMachine watches. In a preview foreign code does not run,
-  /// so what a command meets after its first hand-over says nothing about a run.
+  /// so what a command meets and logs after its first hand-over says nothing about a run.
   CommandWatch(machine::Machine& machine, bool isPreview);
 
   void begin(RunObserver& observer);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "machine/printable.hpp"
 #include "tools/regplan/report/report_json.hpp"
@@ -57,7 +58,13 @@ std::string outcomeLine(CommandResult const& result) {
 }
 
 std::string handOverLine(machine::HandOver const& handOver) {
-  return std::string(handOverNote) + ": " + printable(toUtf8(handOverText(handOver)));
+  return "hands over to foreign code, whose changes are not listed and not restorable: " +
+         printable(toUtf8(handOverText(handOver)));
+}
+
+/// What a restore tells at its end.
+std::string handedOverLine(machine::HandOver const& handOver) {
+  return "not restorable, foreign code: " + printable(toUtf8(handOverText(handOver)));
 }
 
 std::string restoredLine(RestoredItem const& item) {
@@ -152,7 +159,10 @@ void PlainView::started(std::size_t number, std::size_t total, std::string const
 }
 
 void PlainView::message(Message const& message) {
-  if (detail_ != Detail::quiet) output_ << messageIndent << printable(message.text) << std::endl;
+  // In a preview a command's "Successfully done" is not true.
+  bool const isTold = isPreview_ ? detail_ == Detail::verbose || message.isTrouble : true;
+  if (isTold && detail_ != Detail::quiet)
+    output_ << messageIndent << printable(message.text) << std::endl;
 }
 
 void PlainView::handingOver(machine::HandOver const& handOver) {
@@ -183,6 +193,9 @@ void PlainView::restored(RestoredItem const& item) {
 }
 
 void PlainView::end(RunReport const& report) {
+  for (machine::HandOver const& handOver : report.handOvers) {
+    output_ << "  " << handedOverLine(handOver) << std::endl;
+  }
   if (detail_ != Detail::quiet) output_ << "\n";
   output_ << summary(report) << std::endl;
 }
@@ -291,15 +304,13 @@ void TerminalView::started(std::size_t, std::size_t total, std::string const& na
 }
 
 void TerminalView::message(Message const& message) {
-  if (detail_ == Detail::verbose) {
-    line(std::string(detailIndent) + printable(message.text));
-  } else if (detail_ == Detail::normal && message.isTrouble) {
-    line(std::string(detailIndent) + coloured(yellow, printable(message.text)));
-  }
+  if (detail_ == Detail::quiet || (detail_ == Detail::normal && !message.isTrouble)) return;
+  std::string const text = printable(message.text);
+  details_.push_back(message.isTrouble ? coloured(yellow, text) : text);
 }
 
 void TerminalView::handingOver(machine::HandOver const& handOver) {
-  if (showsChanges(isPreview_, detail_)) line(std::string(detailIndent) + handOverLine(handOver));
+  if (showsChanges(isPreview_, detail_)) details_.push_back(coloured(cyan, handOverLine(handOver)));
 }
 
 void TerminalView::finished(CommandResult const& result) {
@@ -310,11 +321,13 @@ void TerminalView::finished(CommandResult const& result) {
          rightAligned(formatDuration(result.duration), 10) + " " + result.name);
   }
   if (result.outcome == Outcome::failed) {
-    line(std::string(detailIndent) + coloured(red, printable(result.reason)));
+    details_.push_back(coloured(red, printable(result.reason)));
   }
-  if (!showsChanges(isPreview_, detail_)) return;
-  for (machine::Change const& change : result.changes) {
-    line(std::string(detailIndent) + changeLine(change));
+  if (showsChanges(isPreview_, detail_)) {
+    for (machine::Change const& change : result.changes) details_.push_back(changeLine(change));
+  }
+  for (std::string const& detail : std::exchange(details_, {})) {
+    line(std::string(detailIndent) + detail);
   }
 }
 
@@ -328,6 +341,9 @@ void TerminalView::restored(RestoredItem const& item) {
 
 void TerminalView::end(RunReport const& report) {
   eraseLive();
+  for (machine::HandOver const& handOver : report.handOvers) {
+    line("  " + coloured(yellow, handedOverLine(handOver)));
+  }
   std::string const text = summary(report);
   if (detail_ != Detail::quiet) output_ << "\n";
   output_ << (hasFailures(report) ? coloured(red, text) : text) << std::endl;
@@ -381,6 +397,9 @@ void EventView::restored(RestoredItem const& item) {
 }
 
 void EventView::end(RunReport const& report) {
+  for (machine::HandOver const& handOver : report.handOvers) {
+    write(output_, {{"event", "handOver"}, {"handOver", toJson(handOver)}});
+  }
   write(output_, {{"event", "summary"},
                   {"request", requestJson(report.request)},
                   {"summary", summaryJson(report)}});

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "tools/regplan/report/run_report.hpp"
 
@@ -23,7 +24,7 @@ class View : public RunObserver {
 
 enum class Detail {
   quiet,    ///< failures and the summary
-  normal,   ///< log messages too; in a preview also what it would change
+  normal,   ///< log messages too; in a preview, of those the troubles, and what it would change
   verbose,  ///< everything
 };
 
@@ -90,6 +91,7 @@ class TerminalView final : public View {
   std::size_t total_ = 0;
   std::size_t done_ = 0;
   std::string running_;
+  std::vector<std::string> details_;  ///< of the command that runs: they stand below its line
 };
 
 /// For programs: one event a line, see eventSchema. Notes go to `errors`.

@@ -266,18 +266,23 @@ TEST_F(Program, APreviewSaysWhereForeignCodeTakesOver) {
   writeBytes("machine/C/Windows/System32/regsvr32.exe", "MZ");
   writeBytes("machine/C/Vortan/a.dll", "MZ");
   EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
-  EXPECT_THAT(out,
-              HasSubstr("hands over to foreign code: what it does is not in this list: program "
-                        "opened by the shell C:\\Windows\\System32\\regsvr32.exe"));
+  EXPECT_THAT(
+      out,
+      HasSubstr(
+          "hands over to foreign code, whose changes are not listed and not restorable: program "
+          "opened by the shell C:\\Windows\\System32\\regsvr32.exe"));
   EXPECT_THAT(out, HasSubstr("\n      hands over to foreign code in 0.015 s\n"));
-  EXPECT_THAT(out, HasSubstr("2 commands: 1 done, 1 hands over to foreign code, in 0.030 s\n"));
+  EXPECT_THAT(out,
+              HasSubstr("2 commands: 1 done, 1 hands over to foreign code, in 0.030 s; 1 change "
+                        "foreseen, none made\n"));
 }
 
 TEST_F(Program, APreviewShowsACommandsOwnFailures) {
   writeBytes("plan.json", R"({ "options": { "metadataRootPath": "C:\\missing" },
     "commands": [ { "command": "AddVTPathEntriesToMetadataFile" } ] })");
   EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
-  EXPECT_THAT(out, HasSubstr("1 command: 1 done with problems, in 0.015 s\n"));
+  EXPECT_THAT(out, HasSubstr("1 command: 1 done with problems, in 0.015 s; 0 changes "
+                             "foreseen, none made\n"));
 }
 
 TEST_F(Program, WritesReportsOfARun) {

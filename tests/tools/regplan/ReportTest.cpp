@@ -394,14 +394,32 @@ TEST(PlainViews, OfARunShowsChangesOnlyWhenVerbose) {
                                  "52,428,800 bytes -> 52,430,102 bytes\n"));
   EXPECT_THAT(verbose, HasSubstr("Session Manager\\Environment\\Path: adds C:\\Program "
                                  "Files\\Vortan\\R1\\bin\n"));
-  EXPECT_THAT(verbose, HasSubstr("hands over to foreign code: what it does is not in this list: "
-                                 "module fileassoc.dll SetAssociations\n"));
+  EXPECT_THAT(verbose, HasSubstr("hands over to foreign code, whose changes are not listed and not "
+                                 "restorable: module fileassoc.dll SetAssociations\n"));
 }
 
 TEST(PlainViews, OfAPreviewShowsWhatWouldChange) {
   std::string const shown = plain(samples::preview(), Detail::normal);
   EXPECT_THAT(shown, HasSubstr("        + registry key HKEY_LOCAL_MACHINE\\SOFTWARE\\Brantix\n"));
   EXPECT_THAT(shown, HasSubstr("      hands over to foreign code in 0.233 s\n"));
+}
+
+TEST(PlainViews, OfAPreviewShowNoMessageThatTellsOfSuccess) {
+  RunReport report = samples::preview();
+  report.commands.at(0).messages = {{"Successfully set it"}, {"Failed to set it", true}};
+  std::string const shown = plain(report, Detail::normal);
+  EXPECT_THAT(shown, Not(HasSubstr("Successfully set it")));
+  EXPECT_THAT(shown, HasSubstr("Failed to set it"));
+  EXPECT_THAT(plain(report, Detail::verbose), HasSubstr("Successfully set it"));
+}
+
+TEST(PlainViews, OfARestoreTellWhatForeignCodeWasNotTakenBack) {
+  RunReport report = samples::restore();
+  report.handOvers = {{machine::HandOver::Kind::program, u"C:\\tool.exe", u"-i"}};
+  for (Detail const detail : {Detail::quiet, Detail::normal}) {
+    EXPECT_THAT(plain(report, detail),
+                HasSubstr("  not restorable, foreign code: program C:\\tool.exe -i\n"));
+  }
 }
 
 TEST(PlainViews, NoTextObeysTheTerminal) {
@@ -446,6 +464,14 @@ TEST(TerminalViews, LeaveALineForEachCommand) {
   EXPECT_THAT(shown, HasSubstr("  hands over    0.233 s SetFileAssociations\n"));
   EXPECT_THAT(shown, Not(HasSubstr("running")));
   EXPECT_THAT(shown, Not(HasSubstr("[#")));
+}
+
+TEST(TerminalViews, DetailsStandBelowTheirCommand) {
+  std::string const shown = screen(onTerminal(samples::preview(), Detail::normal));
+  auto const command = shown.find("SetFileAssociations\n");
+  auto const detail = shown.find("hands over to foreign code, whose changes");
+  ASSERT_NE(detail, std::string::npos);
+  EXPECT_LT(command, detail);
 }
 
 TEST(TerminalViews, ShowHowFarItIs) {

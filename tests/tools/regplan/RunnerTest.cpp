@@ -230,9 +230,9 @@ TEST_F(WatchedRun, InAPreviewNothingAfterAHandOverIsAFailure) {
   });
   auto const results = watch(true);
   EXPECT_EQ(results.at(0).outcome, Outcome::handsOver);
-  EXPECT_FALSE(results.at(0).messages.at(0).isTrouble);
+  EXPECT_EQ(results.at(0).messages, std::vector<Message>());
   EXPECT_EQ(results.at(1).outcome, Outcome::handsOver);
-  EXPECT_EQ(results.at(1).messages.at(0).text, "it did not run");
+  EXPECT_EQ(results.at(1).reason, "");
 }
 
 TEST_F(WatchedRun, InAPreviewWhatComesBeforeAHandOverCounts) {

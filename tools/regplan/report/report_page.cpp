@@ -191,14 +191,11 @@ std::string handOverSummary(RunReport const& report) {
   std::size_t const count = handOverCount(report);
   if (count == 0) return {};
   std::string const where = isRestore(report) ? "" : " The commands below name each.";
-  return element(
-      "div", classes("note"),
-      element("h3", "", "Foreign code") +
-          paragraph("", counted(count, "hand-over") +
-                            " to foreign code: what it does is not in this list, and no restore "
-                            "takes it back." +
-                            where) +
-          (isRestore(report) ? handOverList(report.handOvers) : ""));
+  return element("div", classes("note"),
+                 element("h3", "", "Foreign code") +
+                     paragraph("", counted(count, "hand-over") + " " + std::string(handOverNote) +
+                                       "." + where) +
+                     (isRestore(report) ? handOverList(report.handOvers) : ""));
 }
 
 std::string damageHtml(RunReport const& report) {
@@ -339,8 +336,7 @@ std::string handOversHtml(CommandResult const& result) {
   if (result.handOvers.empty()) return {};
   return element("div", classes("note"),
                  element("h4", "", "Foreign code") +
-                     paragraph("", "This command " + std::string(handOverNote) +
-                                       ", and no restore takes it back.") +
+                     paragraph("", "This command hands over " + std::string(handOverNote) + ".") +
                      handOverList(result.handOvers));
 }
 

@@ -285,8 +285,10 @@ std::string eventSchema() {
             {{"number", number}, {"total", count}, {"command", text}}),
       event("message", "The command wrote a line to the installation log.",
             {{"number", number}, {"message", reference("message")}}),
-      event("handOver", "The command gives the word to code of others.",
-            {{"number", number}, {"handOver", reference("handOver")}}),
+      event("handOver",
+            "The command gives the word to code of others; without a number, at the end of a "
+            "restore: what it does not take back.",
+            {{"number", number}, {"handOver", reference("handOver")}}, {"number"}),
       event("change", "The command changed something. Told when it has ended, before that.",
             {{"number", number}, {"change", reference("change")}}),
       event("finished", "A command has ended.",

@@ -35,12 +35,22 @@ std::string restoreHeadline(RunReport const& report) {
   return countOfAll(all, all, "item") + (all == 1 ? " is" : " are") + " as before the run";
 }
 
+std::string countOf(std::size_t count, ItemOutcome outcome) {
+  return std::to_string(count) + " " + std::string(outcomeName(outcome));
+}
+
+std::string countOf(std::size_t count, Outcome outcome) {
+  bool const handOver = outcome == Outcome::handsOver && count > 1;
+  return std::to_string(count) + " " +
+         (handOver ? "hand over to foreign code" : std::string(outcomeName(outcome)));
+}
+
 template <typename Outcomes>
 std::string counts(RunReport const& report, Outcomes const& kinds) {
   std::string text;
   for (auto const outcome : kinds) {
     std::size_t const count = countOf(report, outcome);
-    if (count > 0) text += std::to_string(count) + " " + std::string(outcomeName(outcome)) + ", ";
+    if (count > 0) text += countOf(count, outcome) + ", ";
   }
   return text;
 }
@@ -145,8 +155,12 @@ std::string summary(RunReport const& report) {
   std::size_t const all = isRestore ? report.items.size() : report.commands.size();
   std::string const text = counted(all, isRestore ? "item" : "command") + ": ";
   if (all == 0) return text + "nothing to do";
+  std::string const foreseen =
+      report.request.verb == Verb::preview
+          ? "; " + counted(changeCount(report), "change") + " foreseen, none made"
+          : "";
   return text + (isRestore ? counts(report, itemOutcomes) : counts(report, outcomes)) + "in " +
-         formatDuration(report.duration);
+         formatDuration(report.duration) + foreseen;
 }
 
 machine::UString handOverText(machine::HandOver const& handOver) {

@@ -72,14 +72,15 @@ bool hasFailures(RunReport const& report);
 /// The result in one sentence, the worst first: "1 of 3 commands failed", "All 3 commands done".
 std::string headline(RunReport const& report);
 
-/// "3 commands: 2 done, 1 failed, in 0.120 s"; of a restore "5 items: 4 restored, ...".
+/// "3 commands: 2 done, 1 failed, in 0.120 s"; of a preview also how many changes it lists; of a
+/// restore "5 items: 4 restored, ...".
 std::string summary(RunReport const& report);
 
 /// "program C:\x\setup.exe -i": the hand-over in one line, not yet fit to print.
 machine::UString handOverText(machine::HandOver const& handOver);
 
-/// What every report says of hand-overs.
+/// What every page says of hand-overs.
 inline constexpr std::string_view handOverNote =
-    "hands over to foreign code: what it does is not in this list";
+    "to foreign code: what it does is not in this list, and no restore takes it back";
 
 }  // namespace regplan
