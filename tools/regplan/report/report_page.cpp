@@ -342,7 +342,9 @@ std::string handOversHtml(CommandResult const& result) {
 
 std::string changesOf(CommandResult const& result, Verb verb) {
   std::string const title = verb == Verb::preview ? "Would change" : "Changes";
-  if (result.changes.empty()) return paragraph("none", "No changes.");
+  if (result.changes.empty()) {
+    return paragraph("none", result.handOvers.empty() ? "No changes." : "No changes of its own.");
+  }
   return element("h4", "",
                  title + " " +
                      element("span", classes("count"), std::to_string(result.changes.size()))) +
