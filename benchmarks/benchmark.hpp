@@ -40,5 +40,6 @@ void components();
 void createShortcuts();
 void unpack();
 void writeJournal();
+void previewMemory();
 
 }  // namespace benchmarks

@@ -20,7 +20,8 @@ int main(int argc, char** argv) {
                                {"components", components},
                                {"create-shortcuts", createShortcuts},
                                {"unpack", unpack},
-                               {"journal", writeJournal}};
+                               {"journal", writeJournal},
+                               {"preview", previewMemory}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";
   try {
     for (Benchmark const& benchmark : all) {

@@ -1,4 +1,5 @@
-// A picture of a report's top and its first commands: node picture.mjs REPORT PICTURE.
+// A picture of a report's summary and its first commands, without what was asked and the filters
+// between them: node picture.mjs REPORT PICTURE.
 import { resolve } from "node:path";
 import { pathToFileURL } from "node:url";
 import { chromium } from "playwright-core";
@@ -14,5 +15,9 @@ const page = await browser.newPage({
   colorScheme: "light",
 });
 await page.goto(pathToFileURL(resolve(report)).href);
+await page.evaluate(() => {
+  const asked = [...document.querySelectorAll("h2")].find((title) => title.textContent === "What was asked");
+  for (const part of [asked.closest("section"), document.querySelector("#filters")]) part.hidden = true;
+});
 await page.screenshot({ path: picture });
 await browser.close();
