@@ -1,0 +1,175 @@
+#!/usr/bin/env python3
+"""The sample's whole plan on Windows' own interfaces, as Wine provides them:
+check_sample_machine.py BUILD WORK
+
+A preview changes nothing and lists what the run then does; a restore takes the run back, also one
+that was killed. What foreign code leaves is known by name (FOREIGN) and is all that may stay.
+"""
+import importlib.machinery
+import importlib.util
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+loader = importlib.machinery.SourceFileLoader("snapshot", str(ROOT / "sample/snapshot"))
+snapshot = importlib.util.module_from_spec(importlib.util.spec_from_loader("snapshot", loader))
+loader.exec_module(snapshot)
+
+# What the sample's programs and modules leave: the COM class that regsvr32 registers, and the
+# records that the others keep of what they were given.
+FOREIGN = re.compile(
+    r"CLSID\\\{5B0F6C1E-7D3A-4E52-9A1B-36C4D27F08E1\}|HKEY_LOCAL_MACHINE\\Software\\Classes\\CLSID$"
+    r"|/(automation_server|settings_tool|manifest_cache|GACInstaller)\.txt\b")
+# What Wine writes anew at each start, of displays, and when its task scheduler is first used.
+WINE = re.compile(r"\\Control\\(Class\\\{4D36E96[8E]-|Video\\)|\\Enum\\DISPLAY\\"
+                  r'|\\Services\\Schedule: "Start"=|tasks/Brantix$')
+# What Wine's scheduler does not keep of a task.
+FORGOTTEN = ("arguments", "workingFolder", "startsAtLogon", "highestRunLevel", "group")
+# At so many of a run's records it is killed.
+KILLS = 6
+PATIENCE = 120  # seconds; nothing here takes a tenth of it
+
+
+class Machine:
+    def __init__(self, build, work):
+        self.build = build
+        self.work = work
+        self.prefix = work / "prefix"
+        self.environment = dict(os.environ, WINEPREFIX=str(self.prefix))
+        self.install = self.prefix / "drive_c/install"
+        with open(work / "make-machine.log", "w") as log:
+            subprocess.run([ROOT / "sample/make-machine", build, self.prefix], check=True,
+                           stdout=log, stderr=log, timeout=5 * PATIENCE)
+
+    def command(self, *arguments):
+        return [str(ROOT / "scripts/wine"), str(self.build / "bin/regplan.exe"), *arguments]
+
+    def regplan(self, *arguments, expected=0):
+        done = subprocess.run(self.command(*arguments), env=self.environment, text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=PATIENCE)
+        if done.returncode != expected:
+            sys.exit(f"regplan {' '.join(arguments)}: exit code {done.returncode}\n{done.stdout}")
+        return done.stdout
+
+    def snapshot(self):
+        """How it is now; its programs end with that."""
+        subprocess.run([ROOT / "scripts/stop-wine", self.prefix], check=True, timeout=PATIENCE)
+        return set(snapshot.snapshot(self.prefix))
+
+    def report(self, name):
+        return json.loads((self.install / name).read_text(encoding="utf-8"))
+
+    def wait_for_started_programs(self):
+        """Three steps start a program and do not wait for it."""
+        end = time.monotonic() + PATIENCE
+        product = self.prefix / "drive_c/Program Files/Vortan/R1"
+        records = [product / "bin/win64/settings_tool.txt",
+                   product / "toolbox/zembric/bin/win64/v4.0/GACInstaller.txt"]
+        while not all(record.exists() for record in records) and time.monotonic() < end:
+            time.sleep(0.1)
+
+    def run_killed_at(self, journal, records):
+        """Kills a run when its journal has so many records; tells how many it then has."""
+        run = subprocess.Popen(self.command("run", r"C:\install\plan.json", "--no-log", "--journal",
+                                            rf"C:\install\{journal}"),
+                               env=self.environment, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL)
+        file = self.install / journal
+        end = time.monotonic() + PATIENCE
+        while run.poll() is None and time.monotonic() < end:
+            if file.exists() and file.read_bytes().count(b"\n") >= records:
+                os.kill(run.pid, signal.SIGKILL)
+                break
+        run.wait(PATIENCE)
+        return file.read_bytes().count(b"\n"), run.returncode
+
+
+def complain_unless(condition, what, details=""):
+    if not condition:
+        sys.exit(f"{what}\n{details}")
+
+
+def difference(before, after):
+    own = lambda line: not FOREIGN.search(line) and not WINE.search(line)
+    gone = [f"- {line}" for line in sorted(filter(own, before - after))]
+    new = [f"+ {line}" for line in sorted(filter(own, after - before))]
+    return "\n".join(gone + new)
+
+
+def comparable(changes):
+    """Without what must differ: the record of the installation tells when it was made."""
+    text = re.sub(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z", "a moment", json.dumps(changes))
+    changes = json.loads(text)
+    for change in changes:
+        for state in (change["before"], change["after"]):
+            if state and "a moment" in (state.get("text") or ""):
+                del state["sha256"]
+            if state and state["state"] == "task":
+                for name in FORGOTTEN:
+                    del state[name]
+    return changes
+
+
+def compare_preview_with_run(preview, run):
+    for foreseen, done in zip(preview["commands"], run["commands"], strict=True):
+        name = foreseen["command"]
+        complain_unless(foreseen["handOvers"] == done["handOvers"], f"{name}: other hand-overs",
+                        f"{foreseen['handOvers']}\n{done['handOvers']}")
+        expected = comparable(foreseen["changes"])
+        found = comparable(done["changes"])
+        if any(given["kind"] == "bundles" for given in done["handOvers"]):
+            # The sample's bundles change things through the library; a preview starts none.
+            found = found[:len(expected)]
+        complain_unless(expected == found, f"{name}: the preview is not what the run did",
+                        json.dumps([expected, found], indent=1))
+
+
+def main(build, work):
+    build, work = pathlib.Path(build), pathlib.Path(work)
+    work.mkdir(parents=True, exist_ok=True)
+    machine = Machine(build, work)
+    plan = r"C:\install\plan.json"
+    # What Windows itself does at a first start is done with it.
+    machine.regplan("validate", plan)
+    start = machine.snapshot()
+
+    machine.regplan("preview", plan, "--report", r"C:\install\preview.json")
+    left = difference(start, machine.snapshot())
+    complain_unless(not left, "the preview changed something:", left)
+
+    machine.regplan("run", plan, "--no-log", "--journal", r"C:\install\whole.journal", "--report",
+                    r"C:\install\run.json")
+    machine.wait_for_started_programs()
+    run = machine.report("run.json")
+    troubles = [command for command in run["commands"] if command["outcome"] != "done"]
+    complain_unless(not troubles, "the run had troubles:", json.dumps(troubles, indent=1))
+    compare_preview_with_run(machine.report("preview.json"), run)
+    complain_unless(difference(start, machine.snapshot()), "the run changed nothing")
+    print(machine.regplan("restore", r"C:\install\whole.journal"))
+    left = difference(start, machine.snapshot())
+    complain_unless(not left, "not restored after the run:", left)
+
+    records = (machine.install / "whole.journal").read_bytes().count(b"\n")
+    for kill in range(KILLS):
+        wanted = 2 + kill * (records - 2) // KILLS
+        journal = f"killed-{kill}.journal"
+        written, code = machine.run_killed_at(journal, wanted)
+        print(f"killed at {written} of {records} records (exit code {code})")
+        complain_unless(code == -signal.SIGKILL, f"the run was not killed at record {wanted}")
+        machine.regplan("restore", rf"C:\install\{journal}")
+        left = difference(start, machine.snapshot())
+        complain_unless(not left, f"not restored after the kill at {written} records:", left)
+    print("the preview was right, and every run was taken back")
+
+
+if __name__ == "__main__":
+    try:
+        main(*sys.argv[1:])
+    finally:
+        subprocess.run([ROOT / "scripts/stop-wine", pathlib.Path(sys.argv[2]) / "prefix"])
