@@ -24,6 +24,8 @@ file(GLOB machine_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/machine/*.hpp)
 install(FILES ${machine_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/machine)
 install(FILES ${PROJECT_SOURCE_DIR}/layers/install/cppinstrset/instructionset.schema.json
   ${PROJECT_SOURCE_DIR}/tools/regplan/regplan.schema.json
+  ${PROJECT_SOURCE_DIR}/tools/regplan/report.schema.json
+  ${PROJECT_SOURCE_DIR}/tools/regplan/event.schema.json
   DESTINATION ${CMAKE_INSTALL_DATADIR}/registration_commands)
 
 if(WIN32)

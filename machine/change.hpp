@@ -110,6 +110,9 @@ class ChangeObserver {
   /// Comes before each operation that may change the item; what it throws keeps the operation from
   /// happening.
   virtual void aboutToChange(Item const& item) = 0;
+  /// Comes once all items of an operation were announced, right before it; what it throws keeps the
+  /// operation from happening.
+  virtual void allAnnounced() {}
   /// Comes after the operation announced for the item has ended, with success or with an exception.
   /// A file that is written to has ended when it is closed, so that others may be announced before.
   virtual void changed(Item const& item) = 0;

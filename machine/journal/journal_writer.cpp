@@ -2,6 +2,7 @@
 
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "machine/error.hpp"
 #include "machine/journal/content_store.hpp"
@@ -27,10 +28,10 @@ class JournalWriter::State {
     requireWhole();
     auto const identity = identityOf(item);
     if (known_.contains(identity)) {
-      writeToDisk({{"again", toJson(item)}});
+      write({{"again", toJson(item)}});
     } else {
       auto const before = toJson(keptImage(item));
-      writeToDisk({{"about", toJson(item)}, {"before", before}});
+      write({{"about", toJson(item)}, {"before", before}});
     }
     ++known_[identity];
   }
@@ -51,10 +52,16 @@ class JournalWriter::State {
 
   void aboutToHandOver(HandOver const& handOver) {
     requireWhole();
-    writeToDisk({{"handOver", toJson(handOver)}});
+    write({{"handOver", toJson(handOver)}});
+    flush();
   }
 
-  void flush() { lines_.flush(); }
+  /// After a failure nothing tells what is on the disk.
+  void flush() {
+    bool const wasBroken = std::exchange(broken_, true);
+    lines_.flush();
+    broken_ = wasBroken;
+  }
 
  private:
   /// How the item is now, its content kept.
@@ -77,18 +84,11 @@ class JournalWriter::State {
     broken_ = false;
   }
 
-  void writeToDisk(Record const& record) {
-    write(record);
-    broken_ = true;
-    lines_.flush();
-    broken_ = false;
-  }
-
   Machine& machine_;
   LineWriter lines_;
   ContentStore store_;
   std::map<UString, int> known_;  ///< by identity: announcements that have not ended
-  bool broken_ = false;           ///< a line may be there in part
+  bool broken_ = false;           ///< a line may be there in part, or not on the disk
 };
 
 JournalWriter::JournalWriter(std::filesystem::path const& file, Machine& machine,
@@ -109,6 +109,10 @@ void JournalWriter::aboutToChange(Item const& item) {
 
 void JournalWriter::changed(Item const& item) {
   state_->changed(item);
+}
+
+void JournalWriter::allAnnounced() {
+  state_->flush();
 }
 
 void JournalWriter::aboutToHandOver(HandOver const& handOver) {

@@ -33,6 +33,7 @@ class REGISTRATION_API JournalWriter final : public ChangeObserver {
   JournalWriter& operator=(JournalWriter const&) = delete;
 
   void aboutToChange(Item const& item) override;
+  void allAnnounced() override;
   void changed(Item const& item) override;
   void aboutToHandOver(HandOver const& handOver) override;
 

@@ -11,6 +11,8 @@ Announcement::Announcement(ObserverList const& observers, std::vector<Item> item
       ++announced_;
       for (auto* const observer : observers_) observer->aboutToChange(item);
     }
+    if (items_.empty()) return;
+    for (auto* const observer : observers_) observer->allAnnounced();
   } catch (...) {
     try {
       end();

@@ -229,6 +229,28 @@ TEST_F(WatchedMachineTest, WhatAnObserverThrowsKeepsTheOperationFromHappening) {
   EXPECT_EQ(text.find("C:\\\\a"), std::string::npos);
 }
 
+TEST_F(WatchedMachineTest, OnceAllItemsAreAnnouncedTheOperationCanStillBeRefused) {
+  struct Counting final : ChangeObserver {
+    void aboutToChange(Item const&) override { ++items; }
+    void allAnnounced() override {
+      ++operations;
+      if (operations == 2) throw SystemError("write", u"journal", ErrorCode::diskFull);
+    }
+    void changed(Item const&) override {}
+    void aboutToHandOver(HandOver const&) override {}
+    int items = 0;
+    int operations = 0;
+  } counting;
+  WatchedMachine watched(inner_, {&counting});
+  watched.registry().setText(key(u"SOFTWARE\\A\\B"), u"N", u"text");
+  EXPECT_EQ(counting.items, 3);
+  EXPECT_EQ(counting.operations, 1);
+  EXPECT_THROW(watched.registry().setText(key(u"SOFTWARE\\A\\B"), u"N", u"other"), SystemError);
+  EXPECT_EQ(inner_.registry().value(key(u"SOFTWARE\\A\\B"), u"N"), RegistryValue::ofText(u"text"));
+  watched.registry().removeValue(key(u"SOFTWARE\\A\\B"), u"missing");
+  EXPECT_EQ(counting.operations, 2);
+}
+
 TEST_F(WatchedMachineTest, WhatAnObserverThrowsAfterwardsComesOut) {
   struct Failing final : ChangeObserver {
     void aboutToChange(Item const&) override {}
