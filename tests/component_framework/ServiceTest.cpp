@@ -83,7 +83,7 @@ TEST_F(ServiceTest, AContextThatIsNotValidRefusesEverything) {
   EXPECT_FALSE(none);
   auto const held = offer("a");
   auto stale = context();
-  framework.Stop();
+  stopFramework();
   EXPECT_FALSE(stale);
   for (auto* context : {&none, &stale}) {
     constexpr auto text = "The bundle context is no longer valid";

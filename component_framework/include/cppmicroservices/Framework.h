@@ -3,10 +3,11 @@
 #include <chrono>
 
 #include "cppmicroservices/Bundle.h"
-#include "cppmicroservices/FrameworkEvent.h"
 #include "cppmicroservices/GlobalConfig.h"
 
 namespace cppmicroservices {
+
+class FrameworkEvent;
 
 /// A framework, itself the bundle with the id 0. Start initializes it when that is still to do and
 /// starts the bundles that were active when it was last stopped. Stop stops the active bundles, the
