@@ -122,8 +122,10 @@ TEST_F(ServiceTest, ANewRankingMovesAService) {
 }
 
 TEST_F(ServiceTest, ARankingThatIsNoIntIsRefused) {
-  EXPECT_THROW(offer("a", {{Constants::SERVICE_RANKING, std::string("5")}}), std::invalid_argument);
-  EXPECT_EQ(found(), "");
+  auto registration = offer("a");
+  EXPECT_THROW(registration.SetProperties({{Constants::SERVICE_RANKING, std::string("5")}}),
+               std::invalid_argument);
+  EXPECT_EQ(found(), "a");
 }
 
 TEST_F(ServiceTest, PropertyNamesThatDifferInCaseOnlyAreRefused) {
@@ -141,8 +143,8 @@ TEST_F(ServiceTest, AFilterSelectsByProperties) {
 }
 
 TEST_F(ServiceTest, PropertiesOfTheFrameworkAreItsOwn) {
-  auto const reference =
-      offer("a", {{"Service.Id", std::string("mine")}, {"kind", std::string("x")}}).GetReference();
+  EXPECT_THROW(offer("a", {{"Service.Id", std::string("mine")}}), std::runtime_error);
+  auto const reference = offer("a", {{"kind", std::string("x")}}).GetReference();
   EXPECT_EQ(reference.GetProperty("service.id").Type(), typeid(long));
   EXPECT_EQ(reference.GetProperty("SERVICE.SCOPE").ToString(), "singleton");
   EXPECT_EQ(reference.GetProperty("kind").ToString(), "x");
