@@ -302,9 +302,7 @@ TEST_F(BundleTest, AStoppedFrameworkForgetsItsBundles) {
   EXPECT_EQ(bundle.GetState(), Bundle::STATE_INSTALLED);
   EXPECT_EQ(context().GetBundles().size(), 1u) << "the framework";
   EXPECT_EQ(greetings(), 0u);
-  Bundle again = install("good/greeting");
-  EXPECT_NE(again, bundle);
-  again.Start();
+  install("good/greeting").Start();
   EXPECT_EQ(greetings(), 1u);
 }
 
