@@ -28,7 +28,7 @@ std::string linesFrom(Path const& metadataFile) {
   std::set<UString> seen;
   metadata::readList(
       metadata::javaClassPathFormat, metadataFile, fail, [&](std::string const& line) {
-        auto const entry = fl::i18n::utf8_to_ustring(line);
+        auto entry = fl::i18n::utf8_to_ustring(line);
         if (fl::filesystem::exists(entry) && seen.insert(machine::foldCase(entry)).second) {
           lines += line + '\n';
         }

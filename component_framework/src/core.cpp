@@ -256,8 +256,8 @@ CoreBundleContext::Service CoreBundleContext::registerService(BundleContextPriva
   }
   std::lock_guard const lock(registry_);
   // Asked under the lock: a bundle that is being stopped leaves no service behind.
-  auto const registered = std::make_shared<RegisteredService>(shared_from_this(), context.bundle(),
-                                                              service, properties, nextService_);
+  auto registered = std::make_shared<RegisteredService>(shared_from_this(), context.bundle(),
+                                                        service, properties, nextService_);
   ++nextService_;
   insertInOrder(services_, registered);
   for (auto const& interfaceId : registered->interfaceIds()) {

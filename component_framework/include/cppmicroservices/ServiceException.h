@@ -19,6 +19,7 @@ class US_Framework_EXPORT ServiceException : public std::runtime_error {
     FACTORY_RECURSION = 6
   };
 
+  // NOLINTNEXTLINE(google-explicit-constructor): as in CppMicroServices
   ServiceException(std::string const& message, Type const& type = UNSPECIFIED);
   ServiceException(ServiceException const&);
   ServiceException& operator=(ServiceException const&);

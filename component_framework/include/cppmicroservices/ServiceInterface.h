@@ -52,13 +52,16 @@ template <class... Interfaces>
 class MakeInterfaceMap {
  public:
   template <class Implementation>
+  // NOLINTNEXTLINE(google-explicit-constructor): as in CppMicroServices
   MakeInterfaceMap(std::shared_ptr<Implementation> const& object)
       : map_(std::make_shared<InterfaceMap>()) {
     (map_->emplace(us_service_interface_iid<Interfaces>(),
                    std::static_pointer_cast<Interfaces>(object)),
      ...);
   }
+  // NOLINTNEXTLINE(google-explicit-constructor): as in CppMicroServices
   operator InterfaceMapPtr() { return map_; }
+  // NOLINTNEXTLINE(google-explicit-constructor): as in CppMicroServices
   operator InterfaceMapConstPtr() { return map_; }
 
  private:

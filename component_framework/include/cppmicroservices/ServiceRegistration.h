@@ -16,6 +16,7 @@ class ServiceRegistration : public ServiceRegistrationBase {
 
  private:
   friend class BundleContext;
+  // NOLINTNEXTLINE(google-explicit-constructor): as in CppMicroServices
   ServiceRegistration(ServiceRegistrationBase const& base) : ServiceRegistrationBase(base) {}
 };
 

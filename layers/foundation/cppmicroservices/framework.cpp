@@ -115,7 +115,8 @@ std::vector<Bundle> installAndStart(Path const& folder) {
 }
 
 Framework getFramework() {
-  [[maybe_unused]] static int const registered = (theFramework(), machine::atProcessEnd(stopBundles), 0);
+  [[maybe_unused]] static int const registered =
+      (theFramework(), machine::atProcessEnd(stopBundles), 0);
   return theFramework();
 }
 

@@ -386,7 +386,7 @@ class DirectoryReader {
     entry.crc = header.crc;
     entry.packed_size = header.packedSize;
     entry.size = header.size;
-    auto const problem = checkLocalHeader(header, entry);
+    auto problem = checkLocalHeader(header, entry);
     entry.is_directory = entry.name.ends_with('/');
     if (entry.is_directory) {
       entry.name.pop_back();

@@ -81,7 +81,7 @@ std::string problemOfZipName(std::string_view name) {
     rest.remove_suffix(1);
   }
   for (auto slash = rest.find(u'/'); slash != rest.npos; slash = rest.find(u'/')) {
-    auto const problem = problemOfComponent(rest.substr(0, slash));
+    auto problem = problemOfComponent(rest.substr(0, slash));
     if (!problem.empty()) {
       return problem;
     }
