@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -27,18 +28,20 @@ constexpr int rounds = 5;
 constexpr int services = 1'000;
 constexpr int lookUps = 10'000;
 
+std::string bundleBytes() {
+  std::ifstream stream(BENCHMARK_BUNDLE, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string const version = "1.0.000";
+
 /// Copies of one bundle that differ in their versions, so that each can be installed. A DLL that is
 /// loaded once stays loaded: each round needs files of its own.
 class Copies {
  public:
   explicit Copies(std::string const& name) {
-    std::ifstream stream(BENCHMARK_BUNDLE, std::ios::binary);
-    std::string bytes(std::istreambuf_iterator<char>(stream), {});
-    std::string const version = "1.0.000";
+    auto bytes = bundleBytes();
     auto const at = bytes.find(version);
-    if (at == std::string::npos) {
-      throw std::runtime_error("no version in " BENCHMARK_BUNDLE);
-    }
     for (int round = 0; round <= rounds; ++round) {
       auto const folder = hostPath(workFolder()) / (name + std::to_string(round));
       std::filesystem::create_directories(folder);
@@ -67,6 +70,10 @@ cppmicroservices::Framework startedFramework() {
 }
 
 void startBundles() {
+  if (bundleBytes().find(version) == std::string::npos) {
+    std::printf("  50 bundles: not measured, the framework keeps manifests compressed\n");
+    return;
+  }
   Copies ours("ours");
   Copies bare("bare");
   std::vector<cppmicroservices::Framework> frameworks;

@@ -4,8 +4,12 @@ include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 set(targets registration_commands)
-if(NOT CppMicroServices_FOUND)
-  # The component framework of this tree goes with the library.
+# The component framework goes with the library, the one of this tree or an installed one's DLL.
+if(CppMicroServices_FOUND)
+  install(IMPORTED_RUNTIME_ARTIFACTS CppMicroServices
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+else()
   list(APPEND targets CppMicroServices)
 endif()
 set_target_properties(registration_commands PROPERTIES INSTALL_RPATH $ORIGIN)

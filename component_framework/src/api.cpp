@@ -4,6 +4,7 @@
 #include "core.hpp"
 #include "cppmicroservices/Constants.h"
 #include "cppmicroservices/Framework.h"
+#include "cppmicroservices/FrameworkEvent.h"
 #include "cppmicroservices/FrameworkFactory.h"
 #include "cppmicroservices/ServiceObjects.h"
 
@@ -338,13 +339,28 @@ ServiceReferenceU BundleContext::GetServiceReference(std::string const& interfac
   return all.empty() ? ServiceReferenceU() : all.front();
 }
 
-std::shared_ptr<void> BundleContext::GetService(ServiceReferenceBase const& reference) {
+namespace {
+
+/// Throws when the service cannot be had through the context.
+void requireBoth(std::shared_ptr<BundleContextPrivate> const& context,
+                 ServiceReferenceBase const& reference) {
   if (!reference) {
     throw std::invalid_argument(
         "Default constructed ServiceReference is not a valid input to GetService()");
   }
-  require(d).bundle();
+  require(context).bundle();
+}
+
+}  // namespace
+
+std::shared_ptr<void> BundleContext::GetService(ServiceReferenceBase const& reference) {
+  requireBoth(d, reference);
   return objectOf(*reference.service_, reference.interfaceId_);
+}
+
+InterfaceMapConstPtr BundleContext::GetService(ServiceReferenceU const& reference) {
+  requireBoth(d, reference);
+  return reference.service_->interfaces();
 }
 
 // Bundle

@@ -40,7 +40,7 @@ std::string InstalledBundle::described() const {
   return "Bundle " + symbolicName + " (location=" + location + ")";
 }
 
-void InstalledBundle::start(std::uint32_t options) {
+void InstalledBundle::start(std::uint32_t) {
   std::lock_guard const lock(operation_);
   if (state_ == Bundle::STATE_UNINSTALLED) {
     throw std::logic_error(described() + " is uninstalled");
@@ -51,9 +51,6 @@ void InstalledBundle::start(std::uint32_t options) {
   }
   if (state_ == Bundle::STATE_STOPPING) {
     throw std::runtime_error(described() + ", start called from BundleActivator::Stop");
-  }
-  if ((options & Bundle::START_TRANSIENT) == 0) {
-    startsWithFramework_ = true;
   }
   if (state_ == Bundle::STATE_ACTIVE || state_ == Bundle::STATE_STARTING) {
     return;
@@ -98,16 +95,13 @@ void InstalledBundle::activate() {
   activator_->Start(MakeBundleContext(context().get()));
 }
 
-void InstalledBundle::stop(std::uint32_t options) {
+void InstalledBundle::stop(std::uint32_t) {
   std::lock_guard const lock(operation_);
   if (state_ == Bundle::STATE_UNINSTALLED) {
     throw std::logic_error(described() + " is uninstalled");
   }
   if (state_ == Bundle::STATE_STARTING) {
     throw std::logic_error(described() + ", stop called from BundleActivator::Start");
-  }
-  if ((options & Bundle::STOP_TRANSIENT) == 0) {
-    startsWithFramework_ = false;
   }
   if (state_ != Bundle::STATE_ACTIVE) {
     return;
@@ -141,6 +135,19 @@ void InstalledBundle::end() {
   state_ = Bundle::STATE_RESOLVED;
 }
 
+void InstalledBundle::stopWithFramework() {
+  std::lock_guard const lock(operation_);
+  if (state_ == Bundle::STATE_UNINSTALLED) {
+    return;
+  }
+  try {
+    stop(0);
+  } catch (std::exception const&) {
+    // The others are stopped all the same.
+  }
+  state_ = Bundle::STATE_INSTALLED;
+}
+
 void InstalledBundle::uninstall() {
   std::lock_guard const lock(operation_);
   try {
@@ -169,19 +176,9 @@ void SystemBundle::init() {
 void SystemBundle::start(std::uint32_t) {
   std::lock_guard const lock(operation_);
   init();
-  if (state_ != Bundle::STATE_STARTING) {
-    return;
+  if (state_ == Bundle::STATE_STARTING) {
+    state_ = Bundle::STATE_ACTIVE;
   }
-  for (auto const& bundle : core()->installedBundles()) {
-    if (bundle->startsWithFramework()) {
-      try {
-        bundle->start(0);
-      } catch (std::exception const&) {
-        // One bundle's trouble does not keep the others from starting.
-      }
-    }
-  }
-  state_ = Bundle::STATE_ACTIVE;
 }
 
 void SystemBundle::stop(std::uint32_t) {
@@ -195,12 +192,9 @@ void SystemBundle::stop(std::uint32_t) {
   state_ = Bundle::STATE_STOPPING;
   auto const bundles = core()->installedBundles();
   for (auto bundle = bundles.rbegin(); bundle != bundles.rend(); ++bundle) {
-    try {
-      (*bundle)->stop(Bundle::STOP_TRANSIENT);
-    } catch (std::exception const&) {
-      // The others are stopped all the same.
-    }
+    (*bundle)->stopWithFramework();
   }
+  core()->forgetAll();
   release();
   {
     std::lock_guard const waiting(waiting_);
@@ -210,7 +204,7 @@ void SystemBundle::stop(std::uint32_t) {
 }
 
 void SystemBundle::uninstall() {
-  throw std::runtime_error("Bundle uninstall of system bundle is not allowed.");
+  throw std::runtime_error("Cannot uninstall a system bundle.");
 }
 
 bool SystemBundle::isRunning() const {

@@ -34,6 +34,15 @@ int rankingIn(AnyMap const& properties) {
   return *ranking;
 }
 
+AnyMap headersIn(std::string const& manifest, std::string const& location) {
+  try {
+    return parsedManifest(manifest);
+  } catch (std::exception const& failure) {
+    throw std::runtime_error("Parsing of manifest.json for bundle at " + location +
+                             " failed: " + failure.what());
+  }
+}
+
 std::string symbolicNameIn(AnyMap const& headers, std::string const& location) {
   auto const found = headers.find(Constants::BUNDLE_SYMBOLICNAME);
   if (found == headers.end()) {
@@ -49,18 +58,24 @@ std::string symbolicNameIn(AnyMap const& headers, std::string const& location) {
   return *name;
 }
 
-BundleVersion versionIn(AnyMap const& headers, std::string const& location) {
+BundleVersion versionIn(AnyMap const& headers, std::string const& bundle) {
   auto const found = headers.find(Constants::BUNDLE_VERSION);
   if (found == headers.end()) {
     return BundleVersion::EmptyVersion();
   }
+  auto const refusal = [&](std::string const& reason) {
+    return std::invalid_argument("The Json value for " + Constants::BUNDLE_VERSION + " for " +
+                                 bundle + " is not valid: The version identifier " + reason);
+  };
   auto const* text = any_cast<std::string>(&found->second);
   if (text == nullptr) {
-    throw std::invalid_argument("The Json value for " + Constants::BUNDLE_VERSION +
-                                " (location=" + location +
-                                ") is not valid: The version identifier must be a string");
+    throw refusal("must be a string");
   }
-  return BundleVersion(*text);
+  try {
+    return BundleVersion(*text);
+  } catch (std::invalid_argument const& failure) {
+    throw refusal(std::string("is invalid: ") + failure.what());
+  }
 }
 
 }  // namespace
@@ -129,15 +144,16 @@ bool RegisteredService::precedes(RegisteredService const& other) const {
 }
 
 AnyMap RegisteredService::complete(ServiceProperties const& properties) const {
+  auto all = properties;
+  all.insert_or_assign(Constants::OBJECTCLASS, interfaceIds_);
+  all.insert_or_assign(Constants::SERVICE_ID, id_);
+  all.insert_or_assign(Constants::SERVICE_SCOPE, Constants::SCOPE_SINGLETON);
   AnyMap completed;
-  for (auto const& [name, value] : properties) {
+  for (auto const& [name, value] : all) {
     if (!completed.emplace(name, value).second) {
       throw std::runtime_error("Properties contain case variants of the key: " + name);
     }
   }
-  completed.insert_or_assign(Constants::OBJECTCLASS, interfaceIds_);
-  completed.insert_or_assign(Constants::SERVICE_ID, id_);
-  completed.insert_or_assign(Constants::SERVICE_SCOPE, Constants::SCOPE_SINGLETON);
   return completed;
 }
 
@@ -179,10 +195,11 @@ std::shared_ptr<InstalledBundle> CoreBundleContext::read(std::string const& loca
     throw std::runtime_error("Could not init zip archive for bundle at " + location);
   }
   try {
-    AnyMap const headers = parsedManifest(*manifest);
-    auto bundle = std::make_shared<InstalledBundle>(shared_from_this(), nextBundle_, location,
-                                                    symbolicNameIn(headers, location),
-                                                    versionIn(headers, location), headers);
+    AnyMap const headers = headersIn(*manifest, location);
+    auto const name = symbolicNameIn(headers, location);
+    auto const version = versionIn(headers, "bundle " + name + " (location=" + location + ")");
+    auto bundle = std::make_shared<InstalledBundle>(shared_from_this(), nextBundle_, location, name,
+                                                    version, headers);
     refuseDuplicate(*bundle);
     return bundle;
   } catch (std::exception const& failure) {
@@ -206,6 +223,12 @@ void CoreBundleContext::refuseDuplicate(InstalledBundle const& bundle) const {
 void CoreBundleContext::forget(InstalledBundle const& bundle) {
   std::lock_guard const lock(registry_);
   std::erase_if(bundles_, [&](auto const& installed) { return installed.get() == &bundle; });
+}
+
+void CoreBundleContext::forgetAll() {
+  std::vector<std::shared_ptr<InstalledBundle>> forgotten;  // not destroyed under the lock
+  std::lock_guard const lock(registry_);
+  forgotten.swap(bundles_);
 }
 
 std::vector<std::shared_ptr<BundlePrivate>> CoreBundleContext::bundles() const {

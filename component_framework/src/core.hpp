@@ -123,7 +123,8 @@ class InstalledBundle final : public BundlePrivate {
   void start(std::uint32_t options) override;
   void stop(std::uint32_t options) override;
   void uninstall() override;
-  bool startsWithFramework() const { return startsWithFramework_; }
+  /// Stops it, whatever its activator throws, and leaves it as it was installed.
+  void stopWithFramework();
 
  private:
   using Destroy = void(BundleActivator*);
@@ -138,7 +139,6 @@ class InstalledBundle final : public BundlePrivate {
   std::optional<Library> library_;
   SetContext* setContext_ = nullptr;
   std::unique_ptr<BundleActivator, Destroy*> activator_{nullptr, nullptr};
-  std::atomic<bool> startsWithFramework_ = false;
 };
 
 /// The framework as a bundle.
@@ -168,6 +168,7 @@ class CoreBundleContext : public std::enable_shared_from_this<CoreBundleContext>
 
   std::vector<std::shared_ptr<BundlePrivate>> install(std::string const& location);
   void forget(InstalledBundle const& bundle);
+  void forgetAll();
   /// In the order of their ids.
   std::vector<std::shared_ptr<BundlePrivate>> bundles() const;
   std::vector<std::shared_ptr<InstalledBundle>> installedBundles() const;

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cppmicroservices {
@@ -122,38 +123,57 @@ std::filesystem::path pathOf(std::string const& utf8) {
   return std::u8string(utf8.begin(), utf8.end());
 }
 
+/// Empty for null and for a whole number that is no int; headers and lists leave those out.
 Any toAny(nlohmann::json const& value);
 
 AnyMap toAnyMap(nlohmann::json const& object) {
   AnyMap map;
   for (auto const& [name, value] : object.items()) {
-    map.insert_or_assign(name, toAny(value));
+    if (auto any = toAny(value); !any.Empty()) {
+      map.insert_or_assign(name, std::move(any));
+    }
   }
   return map;
 }
 
+std::vector<Any> toList(nlohmann::json const& array) {
+  std::vector<Any> list;
+  for (auto const& element : array) {
+    if (auto any = toAny(element); !any.Empty()) {
+      list.push_back(std::move(any));
+    }
+  }
+  return list;
+}
+
+/// A "%" before a text stands for a translation, which there is none of.
+std::string toText(nlohmann::json const& value) {
+  auto text = value.get<std::string>();
+  return text.starts_with('%') ? text.substr(1) : text;
+}
+
 Any toAny(nlohmann::json const& value) {
   if (value.is_string()) {
-    return value.get<std::string>();
+    return toText(value);
   }
   if (value.is_boolean()) {
     return value.get<bool>();
   }
-  if (value.is_number_integer()) {
+  if (value.is_number_unsigned() && std::in_range<int>(value.get<std::uint64_t>())) {
     return value.get<int>();
   }
-  if (value.is_number()) {
+  if (value.is_number_integer() && !value.is_number_unsigned() &&
+      std::in_range<int>(value.get<std::int64_t>())) {
+    return value.get<int>();
+  }
+  if (value.is_number_float()) {
     return value.get<double>();
   }
   if (value.is_object()) {
     return toAnyMap(value);
   }
   if (value.is_array()) {
-    std::vector<Any> list;
-    for (auto const& element : value) {
-      list.push_back(toAny(element));
-    }
-    return list;
+    return toList(value);
   }
   return {};
 }

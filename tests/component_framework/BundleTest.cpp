@@ -4,6 +4,7 @@
 #include <sstream>
 #include <thread>
 
+#include "cppmicroservices/FrameworkEvent.h"
 #include "tests/component_framework/framework_fixture.hpp"
 
 namespace component_tests {
@@ -13,9 +14,9 @@ using cppmicroservices::Any;
 using cppmicroservices::any_cast;
 using cppmicroservices::AnyMap;
 using cppmicroservices::Bundle;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
 using Events = std::vector<std::string>;
 
 class BundleTest : public FrameworkTest {};
@@ -37,11 +38,12 @@ TEST_F(BundleTest, HeadersKeepTheirTypes) {
   EXPECT_EQ(any_cast<std::string>(vendor.at("name")), "Brantix");
   EXPECT_EQ(any_cast<int>(vendor.at("founded")), 1984);
   EXPECT_EQ(any_cast<double>(vendor.at("share")), 0.5);
+  EXPECT_EQ(vendor.count("wealth"), 0u) << "no int";
+  EXPECT_EQ(vendor.at("slogan").ToString(), "slogan") << "without the mark of a translation";
   auto const words = any_cast<std::vector<Any>>(headers.at("words"));
-  ASSERT_EQ(words.size(), 3u);
+  ASSERT_EQ(words.size(), 2u) << "null is left out";
   EXPECT_EQ(words[0].ToString(), "a");
   EXPECT_TRUE(any_cast<bool>(words[1]));
-  EXPECT_TRUE(words[2].Empty());
   EXPECT_THROW(any_cast<int>(words[0]), cppmicroservices::BadAnyCastException);
 }
 
@@ -113,15 +115,9 @@ TEST_F(BundleTest, ASecondBundleOfTheSameNameAndVersionIsRefused) {
 }
 
 TEST_F(BundleTest, TwoVersionsOfOneBundleLiveSideBySide) {
-  tests::TemporaryFolder const folder;
-  auto bytes = content(bundleFile("good/greeting"));
-  auto const version = bytes.find("1.2.3.beta");
-  ASSERT_NE(version, std::string::npos);
-  bytes.replace(version, 10, "1.2.4.beta");
-  auto const other = folder.path() / (std::string("other") + BUNDLE_SUFFIX);
-  write(other, bytes);
   Bundle const first = install("good/greeting");
-  auto const second = context().InstallBundles(utf8(other)).at(0);
+  Bundle const second = install("newer_greeting/newer_greeting");
+  EXPECT_EQ(second.GetSymbolicName(), first.GetSymbolicName());
   EXPECT_GT(second.GetVersion().Compare(first.GetVersion()), 0);
 }
 
@@ -149,7 +145,8 @@ TEST_F(BundleTest, WhatIsNoDllIsRefused) {
 TEST_F(BundleTest, AManifestThatIsNoJsonIsRefused) {
   auto const text = installFailure(bundleFile("broken_manifest/broken_manifest"));
   EXPECT_THAT(text, StartsWith("Failed to install bundle library at "));
-  EXPECT_THAT(text, HasSubstr("parse error"));
+  EXPECT_THAT(text, HasSubstr("Parsing of manifest.json for bundle "));
+  EXPECT_THAT(text, HasSubstr(" failed: "));
 }
 
 TEST_F(BundleTest, AManifestWithoutANameIsRefused) {
@@ -158,82 +155,9 @@ TEST_F(BundleTest, AManifestWithoutANameIsRefused) {
 }
 
 TEST_F(BundleTest, AManifestWithABadVersionIsRefused) {
-  EXPECT_THAT(installFailure(bundleFile("bad_version/bad_version")),
-              HasSubstr("invalid version: 1.x"));
-}
-
-/// A PE file that is nothing but headers and one section named ".bundle".
-std::string peFile(std::string_view manifest) {
-  std::string file(64 + 24 + 40, '\0');
-  file.replace(0, 2, "MZ");
-  file[60] = 64;
-  file.replace(64, 4, std::string_view("PE\0\0", 4));
-  file[64 + 6] = 1;  // one section, no optional header
-  file.replace(88, 7, ".bundle");
-  auto const put = [&](std::size_t at, std::size_t value) {
-    for (int i = 0; i < 4; ++i) {
-      file[at++] = static_cast<char>(value >> 8 * i);
-    }
-  };
-  put(88 + 8, manifest.size());
-  put(88 + 16, manifest.size());
-  put(88 + 20, file.size());
-  return file + std::string(manifest);
-}
-
-TEST_F(BundleTest, TheManifestIsFoundInAPeFileOnEveryHost) {
-  tests::TemporaryFolder const folder;
-  auto const file = folder.path() / "small.dll";
-  write(file, peFile(R"({"bundle.symbolic_name": "small"})"));
-  EXPECT_EQ(context().InstallBundles(utf8(file)).at(0).GetSymbolicName(), "small");
-}
-
-TEST_F(BundleTest, ANestingThatWouldExhaustTheStackIsRefused) {
-  tests::TemporaryFolder const folder;
-  auto const file = folder.path() / "deep.dll";
-  write(file, peFile("{\"a\":" + std::string(500'000, '[')));
-  EXPECT_THAT(installFailure(file), HasSubstr("nested too deeply"));
-}
-
-TEST_F(BundleTest, AManifestBeyondEverySizeIsNone) {
-  tests::TemporaryFolder const folder;
-  auto const file = folder.path() / "large.dll";
-  write(file, peFile(std::string(2 << 20, ' ')));
-  EXPECT_THAT(installFailure(file), StartsWith("Could not init zip archive"));
-}
-
-TEST_F(BundleTest, NoCutAndNoChangedHeaderByteDoesHarm) {
-  tests::TemporaryFolder const folder;
-  auto const file = folder.path() / (std::string("damaged") + BUNDLE_SUFFIX);
-  std::vector<std::string> const originals{content(bundleFile("passive/passive")),
-                                           peFile(R"({"bundle.symbolic_name": "small"})")};
-  for (auto const& original : originals) {
-    auto const tryOut = [&](std::string const& bytes) {
-      write(file, bytes);
-      try {
-        context().InstallBundles(utf8(file)).at(0).Uninstall();
-      } catch (std::runtime_error const&) {
-      }
-    };
-    auto const step = std::max<std::size_t>(original.size() / 60, 1);
-    for (std::size_t length = 0; length < original.size(); length += step) {
-      tryOut(original.substr(0, length));
-    }
-    for (std::size_t at = 0; at < std::min<std::size_t>(original.size(), 130); ++at) {
-      for (char const value : {'\xFF', '\x01'}) {
-        auto changed = original;
-        changed[at] = value;
-        tryOut(changed);
-      }
-    }
-    auto const table = original.size() - std::min<std::size_t>(original.size(), 2048);
-    for (std::size_t at = table; at < original.size(); at += 16) {
-      auto changed = original;
-      changed[at] = '\xFF';
-      tryOut(changed);
-    }
-  }
-  EXPECT_EQ(context().GetBundles().size(), 1u);
+  auto const text = installFailure(bundleFile("bad_version/bad_version"));
+  EXPECT_THAT(text, HasSubstr("The Json value for bundle.version for bundle bad_version "));
+  EXPECT_THAT(text, HasSubstr("is not valid: The version identifier is invalid: "));
 }
 
 TEST_F(BundleTest, AnActivatorThatThrowsOnStartLeavesTheBundleStopped) {
@@ -264,8 +188,9 @@ TEST_F(BundleTest, AMissingActivatorFailsTheStart) {
 TEST_F(BundleTest, ADllThatCannotBeLoadedFailsTheStart) {
   tests::TemporaryFolder const folder;
   auto const file = folder.path() / (std::string("hollow") + BUNDLE_SUFFIX);
-  write(file, peFile(R"({"bundle.symbolic_name": "hollow", "bundle.activator": true})"));
+  write(file, content(bundleFile("good/greeting")));
   auto bundle = context().InstallBundles(utf8(file)).at(0);
+  write(file, "no DLL any more");
   EXPECT_THAT(failure([&] { bundle.Start(); }), HasSubstr("hollow"));
   EXPECT_EQ(bundle.GetState(), Bundle::STATE_RESOLVED);
 }
@@ -273,8 +198,9 @@ TEST_F(BundleTest, ADllThatCannotBeLoadedFailsTheStart) {
 TEST_F(BundleTest, WithoutTheActivatorHeaderNothingIsLoaded) {
   tests::TemporaryFolder const folder;
   auto const file = folder.path() / (std::string("idle") + BUNDLE_SUFFIX);
-  write(file, peFile(R"({"bundle.symbolic_name": "idle"})"));
+  write(file, content(bundleFile("passive/passive")));
   auto bundle = context().InstallBundles(utf8(file)).at(0);
+  std::filesystem::remove(file);
   bundle.Start();
   EXPECT_EQ(bundle.GetState(), Bundle::STATE_ACTIVE);
 }
@@ -345,45 +271,49 @@ TEST(FrameworkTestAlone, IsABundleOfItsOwn) {
   framework.Stop();
 }
 
-TEST_F(BundleTest, TheFrameworkStopsItsBundlesTheLastInstalledFirst) {
-  install("good/second_greeting").Start();
-  install("good/greeting").Start();
-  install("passive/passive").Start();
-  framework.Stop();
-  EXPECT_EQ(journal->events, (Events{"start second_greeting", "start greeting", "stop greeting",
-                                     "stop second_greeting"}));
+TEST_F(BundleTest, TheFrameworkStopsItsBundles) {
+  Bundle const second = install("good/second_greeting");
+  Bundle const first = install("good/greeting");
+  for (Bundle bundle : {second, first, install("passive/passive")}) {
+    bundle.Start();
+  }
+  stopFramework();
+  EXPECT_THAT(journal->events, UnorderedElementsAre("start second_greeting", "start greeting",
+                                                    "stop greeting", "stop second_greeting"));
+  EXPECT_EQ(first.GetState(), Bundle::STATE_INSTALLED);
 }
 
 TEST_F(BundleTest, AStopThatThrowsDoesNotKeepTheOthersFromStopping) {
-  Bundle const greeting = install("good/greeting");
+  Bundle greeting = install("good/greeting");
   Bundle throwing = install("throws_in_stop/throws_in_stop");
-  Bundle(greeting).Start();
+  greeting.Start();
   throwing.Start();
-  framework.Stop();
-  EXPECT_EQ(throwing.GetState(), Bundle::STATE_RESOLVED);
+  stopFramework();
+  EXPECT_EQ(throwing.GetState(), Bundle::STATE_INSTALLED);
   EXPECT_EQ(journal->events.back(), "stop greeting");
 }
 
-TEST_F(BundleTest, AStoppedFrameworkStartsItsBundlesAgain) {
-  Bundle running = install("good/greeting");
-  Bundle stopped = install("good/second_greeting");
-  running.Start();
-  stopped.Start();
-  stopped.Stop();
-  framework.Stop();
-  EXPECT_THROW(running.Start(), std::runtime_error);
+TEST_F(BundleTest, AStoppedFrameworkForgetsItsBundles) {
+  Bundle bundle = install("good/greeting");
+  bundle.Start();
+  stopFramework();
+  EXPECT_THROW(bundle.Start(), std::runtime_error);
   framework.Start();
-  EXPECT_EQ(running.GetState(), Bundle::STATE_ACTIVE);
-  EXPECT_EQ(stopped.GetState(), Bundle::STATE_RESOLVED);
+  EXPECT_EQ(bundle.GetState(), Bundle::STATE_INSTALLED);
+  EXPECT_EQ(context().GetBundles().size(), 1u) << "the framework";
+  EXPECT_EQ(greetings(), 0u);
+  install("good/greeting").Start();
+  EXPECT_EQ(greetings(), 1u);
 }
 
 TEST(BundleVersion, ReadsAndComparesFieldByField) {
   using cppmicroservices::BundleVersion;
-  EXPECT_EQ(BundleVersion("1").ToString(), "1.0.0");
-  EXPECT_EQ(BundleVersion("1.2.3.rc-1_b").GetQualifier(), "rc-1_b");
-  EXPECT_LT(BundleVersion("1.9").Compare(BundleVersion("1.10")), 0);
-  EXPECT_EQ(BundleVersion("1.0"), BundleVersion(1, 0, 0));
-  for (auto const* text : {"", "1.", "x", "1.2.3.a.b", "-1", "1..2", "4294967296", " 1"}) {
+  using namespace std::string_literals;
+  EXPECT_EQ(BundleVersion("1"s).ToString(), "1.0.0");
+  EXPECT_EQ(BundleVersion("1.2.3.rc-1_b"s).GetQualifier(), "rc-1_b");
+  EXPECT_LT(BundleVersion("1.9"s).Compare(BundleVersion("1.10"s)), 0);
+  EXPECT_EQ(BundleVersion("1.0"s), BundleVersion(1, 0, 0));
+  for (auto const* text : {"x", "1.x", "1.2.3.a.b", "1.2.3.a b", "4294967296"}) {
     EXPECT_THROW(BundleVersion{std::string(text)}, std::invalid_argument) << text;
   }
   EXPECT_EQ(BundleVersion::ParseVersion(""), BundleVersion::EmptyVersion());

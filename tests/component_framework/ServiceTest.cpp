@@ -83,7 +83,7 @@ TEST_F(ServiceTest, AContextThatIsNotValidRefusesEverything) {
   EXPECT_FALSE(none);
   auto const held = offer("a");
   auto stale = context();
-  framework.Stop();
+  stopFramework();
   EXPECT_FALSE(stale);
   for (auto* context : {&none, &stale}) {
     constexpr auto text = "The bundle context is no longer valid";
@@ -122,8 +122,10 @@ TEST_F(ServiceTest, ANewRankingMovesAService) {
 }
 
 TEST_F(ServiceTest, ARankingThatIsNoIntIsRefused) {
-  EXPECT_THROW(offer("a", {{Constants::SERVICE_RANKING, std::string("5")}}), std::invalid_argument);
-  EXPECT_EQ(found(), "");
+  auto registration = offer("a");
+  EXPECT_THROW(registration.SetProperties({{Constants::SERVICE_RANKING, std::string("5")}}),
+               std::invalid_argument);
+  EXPECT_EQ(found(), "a");
 }
 
 TEST_F(ServiceTest, PropertyNamesThatDifferInCaseOnlyAreRefused) {
@@ -141,8 +143,8 @@ TEST_F(ServiceTest, AFilterSelectsByProperties) {
 }
 
 TEST_F(ServiceTest, PropertiesOfTheFrameworkAreItsOwn) {
-  auto const reference =
-      offer("a", {{"Service.Id", std::string("mine")}, {"kind", std::string("x")}}).GetReference();
+  EXPECT_THROW(offer("a", {{"Service.Id", std::string("mine")}}), std::runtime_error);
+  auto const reference = offer("a", {{"kind", std::string("x")}}).GetReference();
   EXPECT_EQ(reference.GetProperty("service.id").Type(), typeid(long));
   EXPECT_EQ(reference.GetProperty("SERVICE.SCOPE").ToString(), "singleton");
   EXPECT_EQ(reference.GetProperty("kind").ToString(), "x");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +13,7 @@
 
 #include "cppmicroservices/BundleContext.h"
 #include "cppmicroservices/Framework.h"
+#include "cppmicroservices/FrameworkEvent.h"
 #include "cppmicroservices/FrameworkFactory.h"
 #include "cppmicroservices/ServiceObjects.h"
 #include "tests/component_framework/bundles/interfaces.hpp"
@@ -62,7 +64,12 @@ class FrameworkTest : public ::testing::Test {
     framework.Start();
     std::ignore = context().RegisterService<Journal>(journal);
   }
-  ~FrameworkTest() override { framework.Stop(); }
+  ~FrameworkTest() override { stopFramework(); }
+
+  void stopFramework() {
+    framework.Stop();
+    framework.WaitForStop(std::chrono::milliseconds::zero());
+  }
 
   cppmicroservices::BundleContext context() { return framework.GetBundleContext(); }
   cppmicroservices::Bundle install(std::string const& name) {

@@ -31,7 +31,7 @@ class US_Framework_EXPORT Bundle {
     STATE_STOPPING = 0x10,
     STATE_ACTIVE = 0x20
   };
-  /// Leaves alone whether the bundle is started again when its framework is.
+  /// Without effect here: a framework that was stopped starts no bundle by itself.
   enum StartOptions : std::uint32_t { START_TRANSIENT = 0x1, START_ACTIVATION_POLICY = 0x2 };
   enum StopOptions : std::uint32_t { STOP_TRANSIENT = 0x1 };
 

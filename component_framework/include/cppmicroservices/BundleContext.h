@@ -46,8 +46,9 @@ class US_Framework_EXPORT BundleContext {
 
   /// Throws std::invalid_argument for an empty map, a null object, or a service.ranking that is no
   /// int; std::runtime_error for property names that differ in case only.
-  ServiceRegistrationU RegisterService(InterfaceMapConstPtr const& service,
-                                       ServiceProperties const& properties = ServiceProperties());
+  [[nodiscard]] ServiceRegistrationU RegisterService(
+      InterfaceMapConstPtr const& service,
+      ServiceProperties const& properties = ServiceProperties());
   template <class I1, class... Interfaces, class Implementation>
   ServiceRegistration<I1, Interfaces...> RegisterService(
       std::shared_ptr<Implementation> const& object,
@@ -77,6 +78,8 @@ class US_Framework_EXPORT BundleContext {
   /// The service's object; null when it is unregistered. Throws std::invalid_argument for a
   /// reference to nothing.
   std::shared_ptr<void> GetService(ServiceReferenceBase const& reference);
+  /// Its objects by interface id.
+  InterfaceMapConstPtr GetService(ServiceReferenceU const& reference);
   template <class S>
   std::shared_ptr<S> GetService(ServiceReference<S> const& reference) {
     ServiceReferenceBase const& base = reference;

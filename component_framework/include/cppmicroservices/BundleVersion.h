@@ -13,6 +13,10 @@ class US_Framework_EXPORT BundleVersion {
   BundleVersion(unsigned major, unsigned minor, unsigned micro, std::string qualifier = {});
   /// Throws std::invalid_argument for a text that is no version.
   BundleVersion(std::string const& text);  // NOLINT: so in the framework's interface
+  /// A literal makes no version, and a version stays what it is: so in the framework's interface.
+  explicit BundleVersion(char const* text) = delete;
+  BundleVersion(BundleVersion const&) = default;
+  BundleVersion& operator=(BundleVersion const&) = delete;
   static BundleVersion EmptyVersion();
   static BundleVersion ParseVersion(std::string const& text);
 

@@ -3,15 +3,16 @@
 #include <chrono>
 
 #include "cppmicroservices/Bundle.h"
-#include "cppmicroservices/FrameworkEvent.h"
 #include "cppmicroservices/GlobalConfig.h"
 
 namespace cppmicroservices {
 
-/// A framework, itself the bundle with the id 0. Start initializes it when that is still to do and
-/// starts the bundles that were active when it was last stopped. Stop stops the active bundles, the
-/// last installed first, and returns when that is done; what an activator throws then is dropped.
-/// It cannot be uninstalled (std::runtime_error).
+class FrameworkEvent;
+
+/// A framework, itself the bundle with the id 0. Start initializes it when that is still to do.
+/// Stop stops the active bundles and forgets all; what an activator throws then is dropped. Who
+/// needs that done waits with WaitForStop: Stop may return before. It cannot be uninstalled
+/// (std::runtime_error).
 class US_Framework_EXPORT Framework : public Bundle {
  public:
   /// Throws std::logic_error when `bundle` is no framework.
