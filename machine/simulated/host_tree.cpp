@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "machine/path_grammar.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/path_grammar.hpp"
 
 namespace machine::simulated {
 

@@ -63,8 +63,9 @@ constexpr char const* footer =
     "Exit codes:\n"
     "  0  every command ran to its end, with or without problems; everything that a\n"
     "     journal tells is as it was\n"
-    "  1  at least one command failed: an exception left it; something was not restored;\n"
-    "     or a report or the simulated machine could not be saved\n"
+    "  1  at least one command failed: an exception left it; something was not restored,\n"
+    "     or the journal is not whole; or a report or the simulated machine could not be\n"
+    "     saved\n"
     "  2  the command line, the plan or the journal was refused; nothing was changed";
 
 struct CommandLine {
@@ -410,7 +411,8 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   }
   view->end(report);
   bool const complete = writeReports(files, report, surroundings.errors);
-  return result.allRestored() && complete ? allRan : commandFailed;
+  bool const isAllBack = result.allRestored() && !result.damage;
+  return isAllBack && complete ? allRan : commandFailed;
 }
 
 template <typename Action>

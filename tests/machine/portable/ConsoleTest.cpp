@@ -1,10 +1,10 @@
-#include "machine/console.hpp"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+
+#include "machine/console.hpp"
 
 namespace machine {
 namespace {

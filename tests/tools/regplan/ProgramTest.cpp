@@ -377,6 +377,18 @@ TEST_F(Program, LeavesWhatOthersChangedUnlessForced) {
   EXPECT_FALSE(fs::exists("machine/C/Vortan/ssiSearchFolders"));
 }
 
+TEST_F(Program, SaysThatAJournalIsCutOff) {
+  layOutSample();
+  ASSERT_EQ(
+      regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal", "journal"}), 0);
+  fs::resize_file("journal", fs::file_size("journal") - 5);
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine", "--quiet"}), 1);
+  EXPECT_EQ(out, "6 items: 6 restored, in 0.015 s; the journal is not whole\n");
+  EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine"}), 1);
+  EXPECT_THAT(out,
+              HasSubstr("The journal is not whole, what follows in it is not restored: record "));
+}
+
 TEST_F(Program, RefusesAJournalThatExists) {
   layOutSample();
   writeBytes("journal", "precious");

@@ -78,6 +78,8 @@ TEST(Headline, OfARestoreTellsWhatWasLeft) {
   report.items.pop_back();
   EXPECT_EQ(headline(report), "2 of 6 items left as they are");
   report.items.resize(2);
+  EXPECT_EQ(headline(report), "The journal is not whole: 2 items are as before the run");
+  report.damage.clear();
   EXPECT_EQ(headline(report), "All 2 items are as before the run");
   report.items.clear();
   EXPECT_EQ(headline(report), "Nothing to restore");
@@ -86,7 +88,7 @@ TEST(Headline, OfARestoreTellsWhatWasLeft) {
 TEST(Summary, OfARestoreCountsItems) {
   EXPECT_EQ(summary(samples::restore()),
             "7 items: 2 restored, 1 already as before, 1 restored by force, 1 left as it is, "
-            "1 not restorable, 1 failed, in 0.212 s");
+            "1 not restorable, 1 failed, in 0.212 s; the journal is not whole");
 }
 
 // JSON

@@ -73,6 +73,8 @@ Look lookOf(RunReport const& report) {
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
   for (auto const outcome : worstItemsFirst) {
+    bool const isGood = outcome == ItemOutcome::restored || outcome == ItemOutcome::unchanged;
+    if (isGood && !report.damage.empty()) return lookOf(ItemOutcome::left);
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
   return good;

@@ -25,14 +25,17 @@ std::string countOfAll(std::size_t count, std::size_t all, std::string_view noun
 
 std::string restoreHeadline(RunReport const& report) {
   std::size_t const all = report.items.size();
-  if (all == 0) return "Nothing to restore";
+  bool const isDamaged = !report.damage.empty();
+  if (all == 0) return isDamaged ? "The journal is not whole" : "Nothing to restore";
   std::size_t const failed = countOf(report, ItemOutcome::failed);
   if (failed > 0) return countOfAll(failed, all, "item") + " could not be restored";
   auto const left = static_cast<std::size_t>(std::ranges::count_if(
       report.items, [](RestoredItem const& item) { return isLeft(item.outcome); }));
   if (left > 0)
     return countOfAll(left, all, "item") + " left as " + (left == 1 ? "it is" : "they are");
-  return countOfAll(all, all, "item") + (all == 1 ? " is" : " are") + " as before the run";
+  std::string const areBefore = (all == 1 ? " is" : " are") + std::string(" as before the run");
+  if (isDamaged) return "The journal is not whole: " + counted(all, "item") + areBefore;
+  return countOfAll(all, all, "item") + areBefore;
 }
 
 std::string countOf(std::size_t count, ItemOutcome outcome) {
@@ -154,13 +157,15 @@ std::string summary(RunReport const& report) {
   bool const isRestore = report.request.verb == Verb::restore;
   std::size_t const all = isRestore ? report.items.size() : report.commands.size();
   std::string const text = counted(all, isRestore ? "item" : "command") + ": ";
-  if (all == 0) return text + "nothing to do";
+  if (all == 0)
+    return text + (report.damage.empty() ? "nothing to do" : "the journal is not whole");
   std::string const foreseen =
       report.request.verb == Verb::preview
           ? "; " + counted(changeCount(report), "change") + " foreseen, none made"
           : "";
   return text + (isRestore ? counts(report, itemOutcomes) : counts(report, outcomes)) + "in " +
-         formatDuration(report.duration) + foreseen;
+         formatDuration(report.duration) + foreseen +
+         (report.damage.empty() ? "" : "; the journal is not whole");
 }
 
 machine::UString handOverText(machine::HandOver const& handOver) {
