@@ -132,6 +132,8 @@ ItemState stateOf(Machine& machine, Item const& item, std::size_t shownBytes) {
       return stateFrom(machine.environment().variable(item.where));
     case Item::Kind::task:
       return stateFrom(machine.tasks().task(item.where));
+    case Item::Kind::taskFolder:
+      return machine.tasks().folderExists(item.where) ? ItemState(Existing{}) : ItemState();
     case Item::Kind::service:
       return stateOfService(machine.services(), item.where);
   }

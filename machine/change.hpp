@@ -21,12 +21,13 @@ struct Item {
     registryValue,  ///<
     variable,       ///< of this process's environment
     task,           ///<
+    taskFolder,     ///< of the task scheduler
     service,        ///<
   };
 
   Kind kind = Kind::file;
   /// An absolute path; a key with its root, "HKEY_LOCAL_MACHINE\SOFTWARE\..."; or the name of the
-  /// variable, task or service. In the spelling of who changed it first.
+  /// variable, task, task folder or service. In the spelling of who changed it first.
   UString where;
   UString value;  ///< a registry value's name, empty for the default value; else empty
 
@@ -58,7 +59,7 @@ struct FileContent {
   bool operator==(FileContent const&) const = default;
 };
 
-/// A folder or key that exists.
+/// A folder, key or task folder that exists.
 struct Existing {
   bool operator==(Existing const&) const = default;
 };

@@ -184,6 +184,8 @@ class ForwardingTasks : public Tasks {
   }
   bool stopAndDisable(std::u16string_view name) override { return inner_.stopAndDisable(name); }
   bool remove(std::u16string_view name) override { return inner_.remove(name); }
+  bool folderExists(std::u16string_view name) override { return inner_.folderExists(name); }
+  bool removeFolder(std::u16string_view name) override { return inner_.removeFolder(name); }
 
  protected:
   Tasks& inner() { return inner_; }

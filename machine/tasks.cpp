@@ -38,6 +38,15 @@ bool isTaskName(std::u16string_view name) {
   }
 }
 
+std::vector<UString> taskFolders(std::u16string_view name) {
+  std::vector<UString> folders;
+  if (!isTaskName(name)) return folders;
+  for (auto end = name.find(u'\\'); end != name.npos; end = name.find(u'\\', end + 1)) {
+    folders.emplace_back(name.substr(0, end));
+  }
+  return folders;
+}
+
 void requireTask(std::u16string_view name, TaskDefinition const& definition) {
   bool const carried = isXmlText(definition.application) && isXmlText(definition.arguments) &&
                        isXmlText(definition.workingFolder) && isXmlText(definition.description) &&

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "machine/api.hpp"
 #include "machine/unicode.hpp"
@@ -49,12 +50,28 @@ class Tasks {
   virtual bool stopAndDisable(std::u16string_view name) = 0;
   /// False when there is no such task. Running instances run on, and the task's folders stay.
   virtual bool remove(std::u16string_view name) = 0;
+  /// Whether there is a task folder of this name, which is one as a task's.
+  virtual bool folderExists(std::u16string_view name) = 0;
+  /// False when there is no such folder. One with tasks or folders in it is refused
+  /// (directoryNotEmpty).
+  virtual bool removeFolder(std::u16string_view name) = 0;
 };
 
 /// Whether a name is a task's: one or more components with a backslash between them, each such as a
 /// file may be named (tasks are files below the system's task folder): not "." or "..", no blank or
 /// dot at its end, no control character, none of <>:"/|?*, well-formed UTF-16.
 REGISTRATION_API bool isTaskName(std::u16string_view name);
+
+/// The folders that a task of this name lies in, from above; none for what is no task's name.
+REGISTRATION_API std::vector<UString> taskFolders(std::u16string_view name);
+
+/// Whether a map by folded names has one below this folder's.
+template <class Map>
+bool hasNamesBelow(Map const& map, std::u16string_view folder) {
+  auto const start = foldCase(folder) + u'\\';
+  auto const next = map.lower_bound(start);
+  return next != map.end() && next->first.starts_with(start);
+}
 
 /// What every provider asks before it makes a task, as its SystemError (invalidParameter): a task's
 /// name, a program, and texts that XML can carry.

@@ -16,13 +16,14 @@ namespace {
 template <class Value, std::size_t Size>
 using Names = std::array<std::pair<Value, char const*>, Size>;
 
-constexpr Names<Item::Kind, 8> itemKinds{{{Item::Kind::file, "file"},
+constexpr Names<Item::Kind, 9> itemKinds{{{Item::Kind::file, "file"},
                                           {Item::Kind::folder, "folder"},
                                           {Item::Kind::shortcut, "shortcut"},
                                           {Item::Kind::registryKey, "key"},
                                           {Item::Kind::registryValue, "value"},
                                           {Item::Kind::variable, "variable"},
                                           {Item::Kind::task, "task"},
+                                          {Item::Kind::taskFolder, "taskFolder"},
                                           {Item::Kind::service, "service"}}};
 
 constexpr Names<HandOver::Kind, 4> handOverKinds{{{HandOver::Kind::program, "program"},

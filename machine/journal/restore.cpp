@@ -150,6 +150,8 @@ class Restoring {
       case Item::Kind::task:
         putTask(entry.item.where, entry.before);
         return true;
+      case Item::Kind::taskFolder:
+        return putTaskFolder(entry.item.where, entry.before.state);
       case Item::Kind::service:
         putService(entry.item.where, entry.before.state, now.state);
         return true;
@@ -171,10 +173,15 @@ class Restoring {
     return true;
   }
 
-  /// False when it is not empty.
   bool removeFolder(UString const& path) {
+    return unlessNotEmpty([&] { machine_.files().removeDirectory(path); });
+  }
+
+  /// False when `remove` finds something in the folder.
+  template <class Remove>
+  bool unlessNotEmpty(Remove const& remove) {
     try {
-      machine_.files().removeDirectory(path);
+      remove();
       return true;
     } catch (SystemError const& error) {
       if (!error.is(ErrorCode::directoryNotEmpty)) throw;
@@ -269,6 +276,12 @@ class Restoring {
     } else {
       machine_.tasks().registerDocument(name, before.taskDocument.value());
     }
+  }
+
+  /// False when it has to go and is not empty.
+  bool putTaskFolder(UString const& name, ItemState const& before) {
+    if (!isNothing(before)) throw std::runtime_error("task folders are made with a task only");
+    return unlessNotEmpty([&] { machine_.tasks().removeFolder(name); });
   }
 
   void putService(UString const& name, ItemState const& before, ItemState const& now) {

@@ -1,5 +1,7 @@
 #include "machine/overlay/overlay_parts.hpp"
 
+#include <algorithm>
+
 #include "machine/path_grammar.hpp"
 #include "machine/service_rules.hpp"
 #include "machine/task_xml.hpp"
@@ -90,7 +92,7 @@ std::optional<TaskDefinition> OverlayTasks::task(std::u16string_view name) {
 
 void OverlayTasks::createOrReplace(std::u16string_view name, TaskDefinition const& definition) {
   requireTask(name, definition);
-  changed_[foldCase(name)] = Task{definition, taskXml(definition)};
+  set(name, {definition, taskXml(definition)});
 }
 
 std::optional<UString> OverlayTasks::document(std::u16string_view name) {
@@ -104,7 +106,7 @@ void OverlayTasks::registerDocument(std::u16string_view name, std::u16string_vie
   if (!isTaskName(name) || !definition) {
     throw SystemError("register the task", name, ErrorCode::invalidParameter);
   }
-  changed_[foldCase(name)] = Task{*definition, UString(document)};
+  set(name, {*definition, UString(document)});
 }
 
 bool OverlayTasks::stopAndDisable(std::u16string_view name) {
@@ -119,6 +121,34 @@ bool OverlayTasks::stopAndDisable(std::u16string_view name) {
 bool OverlayTasks::remove(std::u16string_view name) {
   if (!task(name)) return false;
   changed_[foldCase(name)] = std::nullopt;
+  return true;
+}
+
+void OverlayTasks::set(std::u16string_view name, Task task) {
+  for (auto const& folder : taskFolders(name)) {
+    if (!folderExists(folder)) folders_.emplace(foldCase(folder), folder);
+  }
+  changed_[foldCase(name)] = std::move(task);
+}
+
+bool OverlayTasks::folderExists(std::u16string_view name) {
+  return folders_.contains(foldCase(name)) || inner_.folderExists(name);
+}
+
+bool OverlayTasks::removeFolder(std::u16string_view name) {
+  constexpr auto operation = "remove the task folder";
+  auto const made = folders_.find(foldCase(name));
+  if (made == folders_.end()) {
+    if (!inner_.folderExists(name)) return false;
+    throw SystemError(operation, name, ErrorCode::notSupported);
+  }
+  bool const hasTasks = std::ranges::any_of(changed_, [&](auto const& task) {
+    return task.second && task.first.starts_with(made->first + u'\\');
+  });
+  if (hasTasks || hasNamesBelow(folders_, name)) {
+    throw SystemError(operation, name, ErrorCode::directoryNotEmpty);
+  }
+  folders_.erase(made);
   return true;
 }
 

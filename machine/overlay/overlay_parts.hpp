@@ -73,6 +73,7 @@ class OverlayModules final : public Modules {
   simulated::SimulatedModules search_;
 };
 
+/// Refuses to remove task folders of the inner scheduler: what is in them is not known.
 class OverlayTasks final : public Tasks {
  public:
   explicit OverlayTasks(Tasks& inner) : inner_(inner) {}
@@ -83,8 +84,10 @@ class OverlayTasks final : public Tasks {
   void registerDocument(std::u16string_view name, std::u16string_view document) override;
   bool stopAndDisable(std::u16string_view name) override;
   bool remove(std::u16string_view name) override;
+  bool folderExists(std::u16string_view name) override;
+  bool removeFolder(std::u16string_view name) override;
 
-  std::size_t names() const { return changed_.size(); }
+  std::size_t names() const { return changed_.size() + folders_.size(); }
 
  private:
   struct Task {
@@ -92,8 +95,11 @@ class OverlayTasks final : public Tasks {
     UString document;
   };
 
+  void set(std::u16string_view name, Task task);
+
   Tasks& inner_;
   std::map<UString, std::optional<Task>> changed_;
+  std::map<UString, UString> folders_;  // made here
 };
 
 /// A service that is started runs at once when its program exists, and one that is stopped has

@@ -49,6 +49,13 @@ SimulatedTasks::SimulatedTasks(JsonValue const& document) {
       record.refuse("is no task");
     }
   }
+  if (!document.has("folders")) return;
+  for (auto const& folder : document.member("folders").elements()) {
+    auto const name = toUtf16(folder.text());
+    if (!isTaskName(name)) folder.refuse("is no task folder's name");
+    for (auto const& above : taskFolders(name)) makeFolder(above);
+    makeFolder(name);
+  }
 }
 
 SimulatedTasks::Task* SimulatedTasks::find(std::u16string_view name) {
@@ -59,6 +66,7 @@ SimulatedTasks::Task* SimulatedTasks::find(std::u16string_view name) {
 SimulatedTasks::Task& SimulatedTasks::made(std::u16string_view name) {
   auto& task = tasks_[foldCase(name)];
   if (task.name.empty()) task.name = name;
+  for (auto const& folder : taskFolders(name)) makeFolder(folder);
   return task;
 }
 
@@ -101,6 +109,20 @@ bool SimulatedTasks::remove(std::u16string_view name) {
   return tasks_.erase(foldCase(name)) != 0;
 }
 
+bool SimulatedTasks::folderExists(std::u16string_view name) {
+  return folders_.contains(foldCase(name));
+}
+
+bool SimulatedTasks::removeFolder(std::u16string_view name) {
+  auto const found = folders_.find(foldCase(name));
+  if (found == folders_.end()) return false;
+  if (hasNamesBelow(tasks_, name) || hasNamesBelow(folders_, name)) {
+    throw SystemError("remove the task folder", name, ErrorCode::directoryNotEmpty);
+  }
+  folders_.erase(found);
+  return true;
+}
+
 nlohmann::json SimulatedTasks::recordOf(Task const& task) {
   nlohmann::json record;
   for (auto const& [name, member] : texts) record[name] = toUtf8(task.definition.*member);
@@ -112,7 +134,9 @@ nlohmann::json SimulatedTasks::recordOf(Task const& task) {
 nlohmann::json SimulatedTasks::toJson() const {
   auto tasks = nlohmann::json::object();
   for (auto const& [folded, task] : tasks_) tasks[toUtf8(task.name)] = recordOf(task);
-  return {{"tasks", std::move(tasks)}};
+  nlohmann::json json = {{"tasks", std::move(tasks)}};
+  for (auto const& [folded, name] : folders_) json["folders"].push_back(toUtf8(name));
+  return json;
 }
 
 }  // namespace machine::simulated

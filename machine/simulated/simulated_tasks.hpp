@@ -22,9 +22,12 @@ class SimulatedTasks final : public Tasks {
   void registerDocument(std::u16string_view name, std::u16string_view document) override;
   bool stopAndDisable(std::u16string_view name) override;
   bool remove(std::u16string_view name) override;
+  bool folderExists(std::u16string_view name) override;
+  bool removeFolder(std::u16string_view name) override;
 
   /// {"tasks": {"Maker\\Updater": {"application": "...", ..., "enabled": true}}};
-  /// "document" too for a task that is more than its definition.
+  /// "document" too for a task that is more than its definition; "folders": [...] beside "tasks"
+  /// when there are task folders.
   nlohmann::json toJson() const;
 
  private:
@@ -37,8 +40,10 @@ class SimulatedTasks final : public Tasks {
   static nlohmann::json recordOf(Task const& task);
   Task* find(std::u16string_view name);
   Task& made(std::u16string_view name);
+  void makeFolder(UString const& name) { folders_.try_emplace(foldCase(name), name); }
 
-  std::map<UString, Task> tasks_;  // by folded name
+  std::map<UString, Task> tasks_;       // by folded name
+  std::map<UString, UString> folders_;  // the same; the names
 };
 
 }  // namespace machine::simulated

@@ -280,10 +280,12 @@ class WatchedTasks final : public ForwardingTasks {
       : ForwardingTasks(watch.machine.tasks()), watch_(watch) {}
 
   void createOrReplace(std::u16string_view name, TaskDefinition const& definition) override {
-    announcing(watch_.observers, items(name), [&] { inner().createOrReplace(name, definition); });
+    announcing(watch_.observers, itemsMade(name),
+               [&] { inner().createOrReplace(name, definition); });
   }
   void registerDocument(std::u16string_view name, std::u16string_view document) override {
-    announcing(watch_.observers, items(name), [&] { inner().registerDocument(name, document); });
+    announcing(watch_.observers, itemsMade(name),
+               [&] { inner().registerDocument(name, document); });
   }
   bool stopAndDisable(std::u16string_view name) override {
     if (!inner().task(name)) return inner().stopAndDisable(name);
@@ -293,10 +295,24 @@ class WatchedTasks final : public ForwardingTasks {
     if (!inner().task(name)) return inner().remove(name);
     return announcing(watch_.observers, items(name), [&] { return inner().remove(name); });
   }
+  bool removeFolder(std::u16string_view name) override {
+    if (!inner().folderExists(name)) return inner().removeFolder(name);
+    return announcing(watch_.observers, {{Item::Kind::taskFolder, UString(name), {}}},
+                      [&] { return inner().removeFolder(name); });
+  }
 
  private:
   static std::vector<Item> items(std::u16string_view name) {
     return {{Item::Kind::task, UString(name), {}}};
+  }
+  /// The task, behind the folders that are made with it.
+  std::vector<Item> itemsMade(std::u16string_view name) {
+    std::vector<Item> made;
+    for (auto const& folder : taskFolders(name)) {
+      if (!inner().folderExists(folder)) made.push_back({Item::Kind::taskFolder, folder, {}});
+    }
+    made.push_back({Item::Kind::task, UString(name), {}});
+    return made;
   }
   Watch const& watch_;
 };

@@ -48,10 +48,10 @@ bool meansNoSuchTask(HRESULT result) {
          result == HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
 }
 
-/// Where a name's folder ends: `\` and `Maker\Updater` -> `\Maker`.
-UString folderPath(std::u16string_view name) {
+/// The folder that a task of this name lies in; empty for the topmost.
+std::u16string_view folderOf(std::u16string_view name) {
   auto const separator = name.rfind(u'\\');
-  return u"\\" + UString(name.substr(0, separator == name.npos ? 0 : separator));
+  return name.substr(0, separator == name.npos ? 0 : separator);
 }
 
 std::u16string_view lastComponent(std::u16string_view name) {
@@ -85,9 +85,9 @@ class Scheduler {
   }
 
   /// Null when there is no such folder.
-  UniqueCom<ITaskFolder> folder() const {
+  UniqueCom<ITaskFolder> folder(std::u16string_view name) const {
     ITaskFolder* found = nullptr;
-    HRESULT const result = service_->GetFolder(toBstr(folderPath(name_)).get(), &found);
+    HRESULT const result = service_->GetFolder(toBstr(u"\\" + UString(name)).get(), &found);
     if (meansNoSuchTask(result)) {
       return nullptr;
     }
@@ -104,14 +104,20 @@ class Scheduler {
     return definition;
   }
 
+  UniqueCom<ITaskFolder> topmostFolder() const {
+    ITaskFolder* found = nullptr;
+    require(service_->GetFolder(toBstr(u"\\").get(), &found));
+    return UniqueCom<ITaskFolder>(found);
+  }
+
   UniqueCom<ITaskFolder> folderMadeWhenMissing() const {
-    auto existing = folder();
+    auto existing = folder(folderOf(name_));
     return existing ? std::move(existing) : makeFolders();
   }
 
   /// Null when there is no such task.
   UniqueCom<IRegisteredTask> task() const {
-    auto const in = folder();
+    auto const in = folder(folderOf(name_));
     if (!in) {
       return nullptr;
     }
@@ -126,13 +132,11 @@ class Scheduler {
 
  private:
   UniqueCom<ITaskFolder> makeFolders() const {
-    ITaskFolder* root = nullptr;
-    require(service_->GetFolder(toBstr(u"\\").get(), &root));
-    UniqueCom<ITaskFolder> const owner(root);
-    for (auto end = name_.find(u'\\'); end != name_.npos; end = name_.find(u'\\', end + 1)) {
-      makeFolder(*root, name_.substr(0, end));
+    auto const root = topmostFolder();
+    for (auto const& path : taskFolders(name_)) {
+      makeFolder(*root, path);
     }
-    auto made = folder();
+    auto made = folder(folderOf(name_));
     if (!made) {
       throw SystemError(operation_, name_, ErrorCode::pathNotFound);
     }
@@ -386,7 +390,7 @@ class WindowsTasks final : public Tasks {
       return false;
     }
     Scheduler const scheduler("remove the task", name);
-    auto const folder = scheduler.folder();
+    auto const folder = scheduler.folder(folderOf(name));
     if (!folder) {
       return false;
     }
@@ -395,6 +399,22 @@ class WindowsTasks final : public Tasks {
       return false;
     }
     scheduler.require(result);
+    return true;
+  }
+
+  bool folderExists(std::u16string_view name) override {
+    return isTaskName(name) && Scheduler("look for the task folder", name).folder(name);
+  }
+
+  bool removeFolder(std::u16string_view name) override {
+    if (!isTaskName(name)) {
+      return false;
+    }
+    Scheduler const scheduler("remove the task folder", name);
+    if (!scheduler.folder(name)) {
+      return false;
+    }
+    scheduler.require(scheduler.topmostFolder()->DeleteFolder(toBstr(name).get(), 0));
     return true;
   }
 };

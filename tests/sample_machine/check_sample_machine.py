@@ -28,7 +28,7 @@ FOREIGN = re.compile(
     r"|/(automation_server|settings_tool|manifest_cache|GACInstaller)\.txt\b")
 # What Wine writes anew at each start, of displays, and when its task scheduler is first used.
 WINE = re.compile(r"\\Control\\(Class\\\{4D36E96[8E]-|Video\\)|\\Enum\\DISPLAY\\"
-                  r'|\\Services\\Schedule: "Start"=|tasks/Brantix$')
+                  r'|\\Services\\Schedule: "Start"=')
 # What Wine's scheduler does not keep of a task.
 FORGOTTEN = ("arguments", "workingFolder", "startsAtLogon", "highestRunLevel", "group")
 # At so many of a run's records it is killed.

@@ -375,6 +375,14 @@ class FaultyTasks final : public machine::ForwardingTasks {
     faults_.check("remove", name);
     return inner().remove(name);
   }
+  bool folderExists(std::u16string_view name) override {
+    faults_.check("folderExists", name);
+    return inner().folderExists(name);
+  }
+  bool removeFolder(std::u16string_view name) override {
+    faults_.check("removeFolder", name);
+    return inner().removeFolder(name);
+  }
 
  private:
   Faults& faults_;

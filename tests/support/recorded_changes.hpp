@@ -23,8 +23,8 @@ class RecordedChanges final : public machine::ChangeObserver {
 
  private:
   static std::string nameOf(machine::Item const& item) {
-    static constexpr char const* kinds[] = {"file",  "folder",   "shortcut", "key",
-                                            "value", "variable", "task",     "service"};
+    static constexpr char const* kinds[] = {"file",     "folder", "shortcut",    "key",    "value",
+                                            "variable", "task",   "task folder", "service"};
     auto const name =
         std::string(kinds[static_cast<int>(item.kind)]) + ' ' + machine::toUtf8(item.where);
     return item.kind == machine::Item::Kind::registryValue

@@ -27,6 +27,16 @@ TaskDefinition TasksContract::definition() {
 
 namespace {
 
+/// Whether the folder is refused for what is in it.
+bool isRefusedAsNotEmpty(machine::Tasks& tasks, UString const& folder) {
+  try {
+    tasks.removeFolder(folder);
+    return false;
+  } catch (SystemError const& error) {
+    return error.is(ErrorCode::directoryNotEmpty);
+  }
+}
+
 /// What a provider that stands on Wine's scheduler can tell: it loses the rest.
 TaskDefinition told(TaskDefinition task) {
   if (tests::isWine()) {
@@ -127,6 +137,42 @@ TEST_P(TasksContract, ARemovedTaskIsGone) {
   EXPECT_TRUE(tasks().remove(name()));
   EXPECT_FALSE(tasks().task(name()));
   EXPECT_FALSE(tasks().remove(name()));
+}
+
+TEST_P(TasksContract, ATasksFoldersAreMadeWithItAndStay) {
+  UString const folder = u"Registration Contract Test Folder";
+  UString const inner = folder + u"\\Inner";
+  ASSERT_FALSE(tasks().folderExists(folder));
+  tasks().createOrReplace(inner + u"\\Task", definition());
+  EXPECT_TRUE(tasks().folderExists(folder));
+  EXPECT_TRUE(tasks().folderExists(u"REGISTRATION Contract Test FOLDER\\inner"));
+  EXPECT_FALSE(tasks().folderExists(inner + u"\\Task"));
+  EXPECT_TRUE(tasks().remove(inner + u"\\Task"));
+  EXPECT_TRUE(tasks().folderExists(inner));
+  EXPECT_TRUE(tasks().removeFolder(inner));
+  EXPECT_TRUE(tasks().removeFolder(folder));
+}
+
+TEST_P(TasksContract, OnlyAnEmptyFolderIsRemoved) {
+  UString const folder = u"Registration Contract Test Folder";
+  UString const inner = folder + u"\\Inner";
+  tasks().createOrReplace(inner + u"\\Task", definition());
+  EXPECT_TRUE(isRefusedAsNotEmpty(tasks(), folder));
+  EXPECT_TRUE(isRefusedAsNotEmpty(tasks(), inner));
+  EXPECT_TRUE(tasks().task(inner + u"\\Task"));
+  EXPECT_TRUE(tasks().remove(inner + u"\\Task"));
+  EXPECT_TRUE(isRefusedAsNotEmpty(tasks(), folder));
+  EXPECT_TRUE(tasks().removeFolder(inner));
+  EXPECT_FALSE(tasks().folderExists(inner));
+  EXPECT_TRUE(tasks().removeFolder(folder));
+  EXPECT_FALSE(tasks().removeFolder(folder));
+}
+
+TEST_P(TasksContract, AnUnsafeNameIsNoFolders) {
+  for (UString const& unsafe : {UString(), UString(u".."), UString(u"a\\..\\b"), UString(u"a/b")}) {
+    EXPECT_FALSE(tasks().folderExists(unsafe));
+    EXPECT_FALSE(tasks().removeFolder(unsafe));
+  }
 }
 
 TEST_P(TasksContract, ATaskMayLieOutsideAllFolders) {

@@ -125,6 +125,40 @@ TEST_F(RestoreTest, MadeFoldersAndKeysStayWhileSomethingIsInThem) {
   });
 }
 
+TEST_F(RestoreTest, MadeTaskFoldersGoUnlessSomethingIsInThem) {
+  change([](Machine& machine) {
+    machine.tasks().createOrReplace(u"Maker\\Ours", taskOf(u"C:\\ours.exe"));
+    machine.tasks().createOrReplace(u"Shared\\Ours", taskOf(u"C:\\ours.exe"));
+  });
+  changeOnTheSide([](Machine& machine) {
+    machine.tasks().createOrReplace(u"Shared\\Theirs", taskOf(u"C:\\theirs.exe"));
+  });
+  auto const report = restore();
+  EXPECT_EQ(stepOf(report, u"Maker").outcome, Outcome::restored);
+  EXPECT_EQ(stepOf(report, u"Shared").outcome, Outcome::left);
+  EXPECT_EQ(stepOf(report, u"Shared").reason, "it is not empty");
+  changeOnTheSide([](Machine& machine) {
+    EXPECT_FALSE(machine.tasks().folderExists(u"Maker"));
+    EXPECT_FALSE(machine.tasks().task(u"Shared\\Ours"));
+    EXPECT_TRUE(machine.tasks().task(u"Shared\\Theirs"));
+  });
+}
+
+TEST_F(RestoreTest, ATaskFolderThatWasThereStays) {
+  changeOnTheSide([](Machine& machine) {
+    machine.tasks().createOrReplace(u"Maker\\Gone", taskOf(u"C:\\x.exe"));
+    machine.tasks().remove(u"Maker\\Gone");
+  });
+  change([](Machine& machine) {
+    machine.tasks().createOrReplace(u"Maker\\Ours", taskOf(u"C:\\ours.exe"));
+  });
+  EXPECT_TRUE(restore().allRestored());
+  changeOnTheSide([](Machine& machine) {
+    EXPECT_TRUE(machine.tasks().folderExists(u"Maker"));
+    EXPECT_FALSE(machine.tasks().task(u"Maker\\Ours"));
+  });
+}
+
 TEST_F(RestoreTest, AServiceThatStoppedByItselfIsTakenBackAllTheSame) {
   change([](Machine& machine) {
     machine.services().set(u"New", serviceOf(u"C:\\tool.exe"));

@@ -40,7 +40,8 @@ TEST_F(SimulatedTasksTest, TasksAreReadableWithTheirState) {
   machine.tasks().createOrReplace(u"Maker\\Updater", task);
   machine.tasks().stopAndDisable(u"maker\\UPDATER");
   machine.save();
-  EXPECT_EQ(saved(), json::parse(R"({"version": 1, "tasks": {"Maker\\Updater": {
+  EXPECT_EQ(saved(),
+            json::parse(R"({"version": 1, "folders": ["Maker"], "tasks": {"Maker\\Updater": {
     "application": "C:\\p\\ä.exe", "arguments": "-a \"b\"", "workingFolder": "C:\\p",
     "description": "text", "author": "Maker", "group": "S-1-5-32-545", "startsAtLogon": true,
     "highestRunLevel": true, "enabled": false}}})"));
@@ -53,6 +54,23 @@ TEST_F(SimulatedTasksTest, TasksAreThereAgainWhenOpenedAnew) {
   task.enabled = false;
   { SimulatedMachine(directory_.path()).tasks().createOrReplace(u"Task", task); }
   EXPECT_EQ(SimulatedMachine(directory_.path()).tasks().task(u"TASK"), task);
+}
+
+TEST_F(SimulatedTasksTest, FoldersAreThereAgainWithoutTheirTasks) {
+  {
+    SimulatedMachine machine(directory_.path());
+    TaskDefinition task;
+    task.application = u"C:\\a.exe";
+    machine.tasks().createOrReplace(u"Maker\\Inner\\Task", task);
+    machine.tasks().remove(u"Maker\\Inner\\Task");
+    machine.tasks().createOrReplace(u"Gone\\Task", task);
+    machine.tasks().remove(u"Gone\\Task");
+    machine.tasks().removeFolder(u"Gone");
+  }
+  SimulatedMachine again(directory_.path());
+  EXPECT_TRUE(again.tasks().folderExists(u"Maker"));
+  EXPECT_TRUE(again.tasks().folderExists(u"maker\\INNER"));
+  EXPECT_FALSE(again.tasks().folderExists(u"Gone"));
 }
 
 TEST_F(SimulatedTasksTest, AWrongTaskIsRefusedWithItsPlace) {
@@ -69,6 +87,9 @@ TEST_F(SimulatedTasksTest, AWrongTaskIsRefusedWithItsPlace) {
   EXPECT_NE(refusalOf(R"({"version": 1, "tasks": {"..": {"application": "x", "enabled": true, )" +
                       rest + "}}}")
                 .find("is no task"),
+            std::string::npos);
+  EXPECT_NE(refusalOf(R"({"version": 1, "tasks": {}, "folders": ["a/b"]})")
+                .find("/folders/0: is no task folder's name"),
             std::string::npos);
   std::string const task = R"({"application": "x", "enabled": true, )" + rest + "}";
   EXPECT_NE(refusalOf(R"({"version": 1, "tasks": {"a": )" + task + R"(, "A": )" + task + "}}")

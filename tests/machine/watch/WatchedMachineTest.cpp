@@ -323,12 +323,16 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[=](Machine& m) { m.shell().writeShortcut(u"C:\\s.lnk", shortcut); },
         both("shortcut C:\\s.lnk")}},
       {"Tasks::createOrReplace",
-       {[=](Machine& m) { m.tasks().createOrReplace(u"New", task); }, both("task New")}},
+       {[=](Machine& m) { m.tasks().createOrReplace(u"Folder\\In\\New", task); },
+        {"about task folder Folder\\In", "about task Folder\\In\\New",
+         "changed task folder Folder\\In", "changed task Folder\\In\\New"}}},
       {"Tasks::registerDocument",
        {[=](Machine& m) { m.tasks().registerDocument(u"New", taskXml(task)); }, both("task New")}},
       {"Tasks::stopAndDisable",
        {[](Machine& m) { m.tasks().stopAndDisable(u"There"); }, both("task There")}},
       {"Tasks::remove", {[](Machine& m) { m.tasks().remove(u"There"); }, both("task There")}},
+      {"Tasks::removeFolder",
+       {[](Machine& m) { m.tasks().removeFolder(u"Folder"); }, both("task folder Folder")}},
       {"Services::set",
        {[=](Machine& m) { m.services().set(u"New", service); }, both("service New")}},
       {"Services::remove",
@@ -358,7 +362,8 @@ std::vector<std::string> const otherOperations{
     "Registry::subkeys", "Registry::values", "Environment::variable",
     "Environment::broadcastSettingChange", "Environment::lastError", "Shell::knownFolder",
     "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task", "Tasks::document",
-    "Services::definition", "Services::state", "Downloads::get", "Clock::now",
+    "Tasks::folderExists", "Services::definition", "Services::state", "Downloads::get",
+    "Clock::now",
     // Of what an operation handed out:
     "DirectoryStream::next", "FileReader::read", "FileReader::seek", "FileWriter::write",
     "FileWriter::flushToDisk", "FileWriter::close", "ChildProcess::wait", "ChildProcess::detach",
@@ -392,6 +397,8 @@ class WatchedInterface : public WatchedMachineTest {
     machine.files().createDirectory(u"C:\\folder");
     machine.registry().setText(key(u"SOFTWARE\\A"), u"there", u"1");
     machine.tasks().createOrReplace(u"There", task());
+    machine.tasks().createOrReplace(u"Folder\\Gone", task());
+    machine.tasks().remove(u"Folder\\Gone");
     machine.services().set(u"There", service());
   }
   Changing changing() const {

@@ -32,6 +32,8 @@ std::string_view key(Item::Kind kind) {
       return "variable";
     case Item::Kind::task:
       return "task";
+    case Item::Kind::taskFolder:
+      return "taskFolder";
     case Item::Kind::service:
       return "service";
   }

@@ -141,7 +141,7 @@ Json stateSchema() {
 Json itemMembers(Json const& more) {
   Json members = {
       {"kind", oneOf({"file", "folder", "shortcut", "registryKey", "registryValue", "variable",
-                      "task", "service"})},
+                      "task", "taskFolder", "service"})},
       {"where", described("The path, the key with its root, or the name.", text)},
       {"value", described("Of a registry value: its name, empty for the default value.", text)}};
   members.update(more);

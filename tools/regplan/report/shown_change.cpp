@@ -255,6 +255,7 @@ Group groupOf(Item::Kind kind) {
     case Item::Kind::variable:
       return Group::environment;
     case Item::Kind::task:
+    case Item::Kind::taskFolder:
       return Group::tasks;
     case Item::Kind::service:
       return Group::services;
@@ -298,6 +299,8 @@ std::string_view kindName(Item::Kind kind) {
       return "environment variable";
     case Item::Kind::task:
       return "scheduled task";
+    case Item::Kind::taskFolder:
+      return "task folder";
     case Item::Kind::service:
       return "service";
   }
