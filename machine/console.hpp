@@ -13,6 +13,7 @@ namespace machine {
 class REGISTRATION_API Console {
  public:
   Console();
+  // Windows has something to put back. NOLINTNEXTLINE(performance-trivially-destructible)
   ~Console();
   Console(Console const&) = delete;
   Console& operator=(Console const&) = delete;

@@ -81,7 +81,10 @@ std::unique_ptr<DirectoryStream> OverlayFiles::openDirectory(std::u16string_view
   Operation const operation("list", path, tree_);
   auto const place = tree_.find(absolute(path));
   operation.require(place.problem == ErrorCode::success, place.problem);
-  if (!place.node && !place.inner.empty()) return inner_.openDirectory(place.inner);
+  if (!place.node) {
+    operation.require(!place.inner.empty(), ErrorCode::pathNotFound);
+    return inner_.openDirectory(place.inner);
+  }
   auto const status = tree_.status(place);
   operation.require(status.has_value(), ErrorCode::pathNotFound);
   operation.require(status->isDirectory, ErrorCode::directory);
@@ -132,9 +135,9 @@ std::shared_ptr<WrittenContent> OverlayFiles::contentFor(UString const& path, Pl
   }
   auto const inner = innerOf(place);
   if (status.isLink) inner_.openForReading(inner);  // fails for a link to nothing
-  auto const content = appends ? std::make_shared<WrittenContent>(
-                                     inner, status.isLink ? sizeByReading(inner) : status.size)
-                               : std::make_shared<WrittenContent>();
+  auto content = appends ? std::make_shared<WrittenContent>(
+                               inner, status.isLink ? sizeByReading(inner) : status.size)
+                         : std::make_shared<WrittenContent>();
   auto node = writtenFile(content);
   if (status.isLink) node->inner = inner;
   tree_.put(path, std::move(node), true);
