@@ -104,6 +104,9 @@ class Scheduler {
     return definition;
   }
 
+  /// The one that the task lies in.
+  UniqueCom<ITaskFolder> folder() const { return folder(folderOf(name_)); }
+
   UniqueCom<ITaskFolder> topmostFolder() const {
     ITaskFolder* found = nullptr;
     require(service_->GetFolder(toBstr(u"\\").get(), &found));
@@ -111,13 +114,13 @@ class Scheduler {
   }
 
   UniqueCom<ITaskFolder> folderMadeWhenMissing() const {
-    auto existing = folder(folderOf(name_));
+    auto existing = folder();
     return existing ? std::move(existing) : makeFolders();
   }
 
   /// Null when there is no such task.
   UniqueCom<IRegisteredTask> task() const {
-    auto const in = folder(folderOf(name_));
+    auto const in = folder();
     if (!in) {
       return nullptr;
     }
@@ -136,7 +139,7 @@ class Scheduler {
     for (auto const& path : taskFolders(name_)) {
       makeFolder(*root, path);
     }
-    auto made = folder(folderOf(name_));
+    auto made = folder();
     if (!made) {
       throw SystemError(operation_, name_, ErrorCode::pathNotFound);
     }
@@ -390,7 +393,7 @@ class WindowsTasks final : public Tasks {
       return false;
     }
     Scheduler const scheduler("remove the task", name);
-    auto const folder = scheduler.folder(folderOf(name));
+    auto const folder = scheduler.folder();
     if (!folder) {
       return false;
     }
