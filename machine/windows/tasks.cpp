@@ -88,7 +88,8 @@ class Scheduler {
   UniqueCom<ITaskFolder> folder(std::u16string_view name) const {
     ITaskFolder* found = nullptr;
     HRESULT const result = service_->GetFolder(toBstr(u"\\" + UString(name)).get(), &found);
-    if (meansNoSuchTask(result)) {
+    // The second is Wine's answer when it is a task's name.
+    if (meansNoSuchTask(result) || result == HRESULT_FROM_WIN32(ERROR_INVALID_NAME)) {
       return nullptr;
     }
     require(result);
