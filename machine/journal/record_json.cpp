@@ -6,6 +6,7 @@
 
 #include "machine/hexadecimal.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/task_members.hpp"
 
 namespace machine::journal {
 
@@ -77,21 +78,6 @@ UString textFrom(Json const& json) {
                                   static_cast<unsigned char>(bytes[i + 1]) << 8);
   return text;
 }
-
-constexpr std::pair<char const*, UString TaskDefinition::*> taskTexts[] = {
-    {"application", &TaskDefinition::application},
-    {"arguments", &TaskDefinition::arguments},
-    {"workingFolder", &TaskDefinition::workingFolder},
-    {"description", &TaskDefinition::description},
-    {"author", &TaskDefinition::author},
-    {"group", &TaskDefinition::group},
-};
-
-constexpr std::pair<char const*, bool TaskDefinition::*> taskFlags[] = {
-    {"startsAtLogon", &TaskDefinition::startsAtLogon},
-    {"highestRunLevel", &TaskDefinition::highestRunLevel},
-    {"enabled", &TaskDefinition::enabled},
-};
 
 Json taskJson(TaskDefinition const& task) {
   Json json;

@@ -2,26 +2,12 @@
 
 #include "machine/error.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/task_members.hpp"
 #include "machine/task_xml.hpp"
 
 namespace machine::simulated {
 
 namespace {
-
-constexpr std::pair<char const*, UString TaskDefinition::*> texts[] = {
-    {"application", &TaskDefinition::application},
-    {"arguments", &TaskDefinition::arguments},
-    {"workingFolder", &TaskDefinition::workingFolder},
-    {"description", &TaskDefinition::description},
-    {"author", &TaskDefinition::author},
-    {"group", &TaskDefinition::group},
-};
-
-constexpr std::pair<char const*, bool TaskDefinition::*> flags[] = {
-    {"startsAtLogon", &TaskDefinition::startsAtLogon},
-    {"highestRunLevel", &TaskDefinition::highestRunLevel},
-    {"enabled", &TaskDefinition::enabled},
-};
 
 bool flagOf(JsonValue const& value) {
   if (!value.json().is_boolean()) value.refuse("must be true or false");
@@ -30,8 +16,8 @@ bool flagOf(JsonValue const& value) {
 
 TaskDefinition definitionOf(JsonValue const& record) {
   TaskDefinition task;
-  for (auto const& [name, member] : texts) task.*member = toUtf16(record.member(name).text());
-  for (auto const& [name, member] : flags) task.*member = flagOf(record.member(name));
+  for (auto const& [name, member] : taskTexts) task.*member = toUtf16(record.member(name).text());
+  for (auto const& [name, member] : taskFlags) task.*member = flagOf(record.member(name));
   return task;
 }
 
@@ -125,8 +111,8 @@ bool SimulatedTasks::removeFolder(std::u16string_view name) {
 
 nlohmann::json SimulatedTasks::recordOf(Task const& task) {
   nlohmann::json record;
-  for (auto const& [name, member] : texts) record[name] = toUtf8(task.definition.*member);
-  for (auto const& [name, member] : flags) record[name] = task.definition.*member;
+  for (auto const& [name, member] : taskTexts) record[name] = toUtf8(task.definition.*member);
+  for (auto const& [name, member] : taskFlags) record[name] = task.definition.*member;
   if (!task.document.empty()) record["document"] = toUtf8(task.document);
   return record;
 }
