@@ -33,10 +33,11 @@
 ///       does is not in the journal.
 ///
 /// ITEM: {"kind":KIND,"where":NAME}, of a registry value also "value"; kinds: "file", "folder",
-/// "shortcut", "key", "value", "variable", "task", "service". A NAME is a string, or, when it is no
-/// well-formed UTF-16, {"utf16":"hexadecimal, little endian"}. STATE, bytes in hexadecimal:
+/// "shortcut", "key", "value", "variable", "task", "taskFolder", "service". A NAME is a string, or,
+/// when it is no well-formed UTF-16, {"utf16":"hexadecimal, little endian"}. STATE, bytes in
+/// hexadecimal:
 ///
-///   {"is":"nothing"}, {"is":"there"}           a folder or key
+///   {"is":"nothing"}, {"is":"there"}           a folder, key or task folder
 ///   {"is":"file","size":3,"sha256":"...","hex":"616263","readOnly":true}
 ///       "hex" in a "before" when the file is short; a longer one's content is the file
 ///       JOURNAL.files/SHA256, stored once. "readOnly" is left out when false.

@@ -47,13 +47,12 @@ struct RestoreReport {
 /// - An item that already is as it was is fine, so a restore that was interrupted can be run again.
 ///   A file is put back under a name of its own, "NAME.journal-restore.tmp", and renamed over; that
 ///   leaves its access rights to the folder.
-/// - Folders and keys that were made are removed when nothing is in them, else left, even with
-///   `force`.
+/// - Folders, keys and task folders that were made are removed when nothing is in them, else left,
+///   even with `force`.
 /// - Of a service the definition counts for whether others changed it; whether it runs is put back
 ///   too, waiting up to half a minute.
 /// - Variables are put back while the process that set them lives; with it they are gone.
 /// - Links that were moved or removed, and what was written through them, are not restored.
-/// - Folders of tasks, made on the way, stay: nothing tells whether they were there before.
 ///
 /// A step's failure is reported and the others go on. Where a changed environment or file
 /// associations are put back, that is broadcast.

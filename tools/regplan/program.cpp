@@ -345,26 +345,8 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
 
 namespace journal = machine::journal;
 
-RestoredItem::Outcome outcomeOf(journal::RestoreStep const& step) {
-  switch (step.outcome) {
-    case journal::RestoreStep::Outcome::restored:
-      return RestoredItem::Outcome::restored;
-    case journal::RestoreStep::Outcome::already:
-      return RestoredItem::Outcome::unchanged;
-    case journal::RestoreStep::Outcome::left:
-      return RestoredItem::Outcome::left;
-    case journal::RestoreStep::Outcome::forced:
-      return RestoredItem::Outcome::forced;
-    case journal::RestoreStep::Outcome::notRestorable:
-      return RestoredItem::Outcome::notRestorable;
-    case journal::RestoreStep::Outcome::failed:
-      break;
-  }
-  return RestoredItem::Outcome::failed;
-}
-
 RestoredItem restoredItem(journal::RestoreStep const& step) {
-  RestoredItem item{step.item, outcomeOf(step), step.reason};
+  RestoredItem item{step.item, step.outcome, step.reason};
   bool const isPutBack = item.outcome == RestoredItem::Outcome::restored ||
                          item.outcome == RestoredItem::Outcome::forced;
   if (isPutBack && step.found) item.change = machine::Change{step.item, *step.found, step.before};

@@ -6,6 +6,7 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
+#include "tools/regplan/names.hpp"
 
 namespace regplan {
 namespace {
@@ -94,7 +95,7 @@ class CommandRun {
 };
 
 std::string logLine(CommandResult const& result) {
-  std::string line = result.name + ": " + std::string(outcomeName(result.outcome)) + " after " +
+  std::string line = result.name + ": " + std::string(nameOf(result.outcome).words) + " after " +
                      formatDuration(result.duration);
   if (result.outcome == Outcome::failed) line += ": " + result.reason;
   return line;
@@ -107,20 +108,6 @@ bool reportsTrouble(std::string_view message) {
       "Unable to ", "Failed to ", "Error ", "Exception ", "Path too long, "};
   return std::ranges::any_of(
       beginnings, [message](std::string_view beginning) { return message.starts_with(beginning); });
-}
-
-std::string_view outcomeName(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::done:
-      return "done";
-    case Outcome::handsOver:
-      return "hands over to foreign code";
-    case Outcome::doneWithProblems:
-      return "done with problems";
-    case Outcome::failed:
-      return "failed";
-  }
-  return {};
 }
 
 std::string formatDuration(std::chrono::steady_clock::duration duration) {

@@ -60,9 +60,6 @@ using Now = std::function<std::chrono::steady_clock::time_point()>;
 /// True for the messages with which commands report a failure that they caught.
 bool reportsTrouble(std::string_view message);
 
-/// "done", "hands over to foreign code", "done with problems" or "failed".
-std::string_view outcomeName(Outcome outcome);
-
 /// Seconds to the millisecond, "12.034 s".
 std::string formatDuration(std::chrono::steady_clock::duration duration);
 

@@ -1,31 +1,18 @@
 #include "tools/regplan/schema.hpp"
 
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <utility>
+
+#include "tools/regplan/schema_parts.hpp"
 
 namespace regplan {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json described(std::string_view description, Json const& schema) {
-  Json result = {{"description", description}};
-  result.update(schema);
-  return result;
-}
-
-Json reference(std::string_view definition) {
-  return {{"$ref", "#/definitions/" + std::string(definition)}};
-}
+using namespace schema_parts;
 
 /// A text or path. Windows ends a text at its first NUL.
 Json textSchema() {
   return {{"type", "string"}, {"pattern", "^[^\\u0000]*$"}};
-}
-
-Json listOf(Json items) {
-  return {{"type", "array"}, {"items", std::move(items)}};
 }
 
 /// An object with exactly these members, of which `required` must be there.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "machine/printable.hpp"
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/report_json.hpp"
 #include "tools/regplan/report/shown_change.hpp"
 #include "tools/regplan/text.hpp"
@@ -51,7 +52,7 @@ std::string place(std::size_t number, std::size_t total, std::string const& name
 
 std::string outcomeLine(CommandResult const& result) {
   bool const failed = result.outcome == Outcome::failed;
-  std::string line = std::string(outcomeName(result.outcome)) + (failed ? " after " : " in ") +
+  std::string line = std::string(nameOf(result.outcome).words) + (failed ? " after " : " in ") +
                      formatDuration(result.duration);
   if (failed) line += ": " + printable(result.reason);
   return line;
@@ -68,8 +69,8 @@ std::string handedOverLine(machine::HandOver const& handOver) {
 }
 
 std::string restoredLine(RestoredItem const& item) {
-  std::string line = std::string(outcomeName(item.outcome)) + ": " +
-                     std::string(kindName(item.item.kind)) + " " +
+  std::string line = std::string(nameOf(item.outcome).words) + ": " +
+                     std::string(nameOf(item.item.kind).words) + " " +
                      printable(toUtf8(itemName(item.item)));
   if (!item.reason.empty()) line += ": " + printable(item.reason);
   return line;
@@ -138,7 +139,7 @@ std::string changeLine(machine::Change const& change) {
   std::string const sign = difference == Difference::added     ? "+ "
                            : difference == Difference::removed ? "- "
                                                                : "~ ";
-  return sign + std::string(kindName(change.item.kind)) + " " +
+  return sign + std::string(nameOf(change.item.kind).words) + " " +
          printable(toUtf8(itemName(change.item))) + valueChange(change);
 }
 
@@ -386,7 +387,7 @@ void EventView::finished(CommandResult const& result) {
   Json event = {{"event", "finished"},
                 {"number", number_},
                 {"command", result.name},
-                {"outcome", outcomeKey(result.outcome)},
+                {"outcome", nameOf(result.outcome).key},
                 {"seconds", inSeconds(result.duration)}};
   if (result.outcome == Outcome::failed) event["reason"] = wellFormed(result.reason);
   write(output_, event);

@@ -256,7 +256,7 @@ RunReport restore() {
       {{Kind::registryValue, key, u"Version"}, Result::restored},
       {{Kind::registryKey, key, {}}, Result::restored},
       {{Kind::file, u"C:\\Program Files\\Vortan\\R1\\ssiSearchFolders", {}}, Result::left},
-      {{Kind::task, u"Vortan\\Updater", {}}, Result::unchanged},
+      {{Kind::task, u"Vortan\\Updater", {}}, Result::already},
       {{Kind::shortcut, u"C:\\Users\\Public\\Desktop\\Vortan R1.lnk", {}}, Result::forced},
       {{Kind::folder, u"C:\\Program Files\\Brantix\\Host", {}},
        Result::notRestorable,

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/file_text.hpp"
 #include "tools/regplan/report/html.hpp"
 #include "tools/regplan/report/page_parts.hpp"
@@ -269,7 +270,7 @@ std::string changeAttributes(Item const& item, std::string_view names) {
 
 std::string changeHtml(Change const& change) {
   std::string const title = mark(differenceOf(change)) + " " +
-                            element("span", classes("kind"), kindName(change.item.kind)) + " " +
+                            element("span", classes("kind"), nameOf(change.item.kind).words) + " " +
                             itemHtml(change.item);
   return element("li", changeAttributes(change.item, "change"),
                  element("p", classes("item"), title) + bodyHtml(change));

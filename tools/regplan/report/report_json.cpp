@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "machine/hexadecimal.hpp"
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/file_text.hpp"
 #include "tools/regplan/report/shown_change.hpp"
 
@@ -15,120 +16,6 @@ using machine::Item;
 using machine::ServiceRecovery;
 using machine::toUtf8;
 using ItemOutcome = RestoredItem::Outcome;
-
-std::string_view key(Item::Kind kind) {
-  switch (kind) {
-    case Item::Kind::file:
-      return "file";
-    case Item::Kind::folder:
-      return "folder";
-    case Item::Kind::shortcut:
-      return "shortcut";
-    case Item::Kind::registryKey:
-      return "registryKey";
-    case Item::Kind::registryValue:
-      return "registryValue";
-    case Item::Kind::variable:
-      return "variable";
-    case Item::Kind::task:
-      return "task";
-    case Item::Kind::taskFolder:
-      return "taskFolder";
-    case Item::Kind::service:
-      return "service";
-  }
-  return {};
-}
-
-std::string_view key(machine::HandOver::Kind kind) {
-  switch (kind) {
-    case machine::HandOver::Kind::program:
-      return "program";
-    case machine::HandOver::Kind::shellProgram:
-      return "shellProgram";
-    case machine::HandOver::Kind::module:
-      return "module";
-    case machine::HandOver::Kind::bundles:
-      return "bundles";
-  }
-  return {};
-}
-
-std::string_view key(ItemOutcome outcome) {
-  switch (outcome) {
-    case ItemOutcome::restored:
-      return "restored";
-    case ItemOutcome::unchanged:
-      return "unchanged";
-    case ItemOutcome::forced:
-      return "forced";
-    case ItemOutcome::left:
-      return "left";
-    case ItemOutcome::notRestorable:
-      return "notRestorable";
-    case ItemOutcome::failed:
-      return "failed";
-  }
-  return {};
-}
-
-std::string_view key(machine::WindowState window) {
-  switch (window) {
-    case machine::WindowState::normal:
-      return "normal";
-    case machine::WindowState::maximized:
-      return "maximized";
-    case machine::WindowState::minimized:
-      return "minimized";
-  }
-  return {};
-}
-
-std::string_view key(machine::ServiceStart start) {
-  switch (start) {
-    case machine::ServiceStart::automatic:
-      return "automatic";
-    case machine::ServiceStart::manual:
-      return "manual";
-    case machine::ServiceStart::disabled:
-      return "disabled";
-  }
-  return {};
-}
-
-std::string_view key(machine::ServiceState state) {
-  switch (state) {
-    case machine::ServiceState::stopped:
-      return "stopped";
-    case machine::ServiceState::startPending:
-      return "startPending";
-    case machine::ServiceState::stopPending:
-      return "stopPending";
-    case machine::ServiceState::running:
-      return "running";
-    case machine::ServiceState::continuePending:
-      return "continuePending";
-    case machine::ServiceState::pausePending:
-      return "pausePending";
-    case machine::ServiceState::paused:
-      return "paused";
-  }
-  return {};
-}
-
-std::string_view key(ServiceRecovery::Kind kind) {
-  switch (kind) {
-    case ServiceRecovery::Kind::none:
-      return "none";
-    case ServiceRecovery::Kind::restart:
-      return "restart";
-    case ServiceRecovery::Kind::reboot:
-      return "reboot";
-    case ServiceRecovery::Kind::runCommand:
-      return "runCommand";
-  }
-  return {};
-}
 
 std::string linesText(FileText const& text) {
   std::string all;
@@ -160,7 +47,7 @@ struct StateJson {
             {"description", toUtf8(shortcut.description)},
             {"iconFile", toUtf8(shortcut.iconFile)},
             {"iconIndex", shortcut.iconIndex},
-            {"window", key(shortcut.window)},
+            {"window", nameOf(shortcut.window).key},
             {"runAsAdministrator", shortcut.runAsAdministrator},
             {"neverSearchForTarget", shortcut.neverSearchForTarget}};
   }
@@ -188,21 +75,22 @@ struct StateJson {
   Json operator()(machine::ServiceCondition const& service) const {
     Json actions = Json::array();
     for (ServiceRecovery::Action const& action : service.definition.recovery.actions) {
-      actions.push_back({{"kind", key(action.kind)}, {"delayMilliseconds", action.delay.count()}});
+      actions.push_back(
+          {{"kind", nameOf(action.kind).key}, {"delayMilliseconds", action.delay.count()}});
     }
     return {{"state", "service"},
             {"displayName", toUtf8(service.definition.displayName)},
             {"description", toUtf8(service.definition.description)},
             {"commandLine", toUtf8(service.definition.commandLine)},
-            {"start", key(service.definition.start)},
+            {"start", nameOf(service.definition.start).key},
             {"recovery", actions},
             {"resetAfterSeconds", service.definition.recovery.resetAfter.count()},
-            {"runState", key(service.state)}};
+            {"runState", nameOf(service.state).key}};
   }
 };
 
 Json itemJson(Item const& item) {
-  Json json = {{"kind", key(item.kind)}, {"where", toUtf8(item.where)}};
+  Json json = {{"kind", nameOf(item.kind).key}, {"where", toUtf8(item.where)}};
   if (item.kind == Item::Kind::registryValue) json["value"] = toUtf8(item.value);
   return json;
 }
@@ -228,7 +116,7 @@ Json commandJson(std::size_t number, CommandResult const& result) {
   Json json = {{"number", number},
                {"command", wellFormed(result.name)},
                {"arguments", givenJson(result.arguments)},
-               {"outcome", outcomeKey(result.outcome)},
+               {"outcome", nameOf(result.outcome).key},
                {"seconds", inSeconds(result.duration)}};
   if (result.outcome == Outcome::failed) json["reason"] = wellFormed(result.reason);
   json["messages"] = listJson(result.messages);
@@ -258,20 +146,6 @@ std::string wellFormed(std::string_view utf8) {
   return toUtf8(machine::toUtf16(utf8));
 }
 
-std::string_view outcomeKey(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::done:
-      return "done";
-    case Outcome::handsOver:
-      return "handsOver";
-    case Outcome::doneWithProblems:
-      return "doneWithProblems";
-    case Outcome::failed:
-      return "failed";
-  }
-  return {};
-}
-
 double inSeconds(std::chrono::steady_clock::duration duration) {
   auto const milliseconds = std::chrono::round<std::chrono::milliseconds>(duration).count();
   return static_cast<double>(milliseconds) / 1000;
@@ -286,7 +160,7 @@ Json toJson(machine::Change const& change) {
 }
 
 Json toJson(machine::HandOver const& handOver) {
-  return {{"kind", key(handOver.kind)},
+  return {{"kind", nameOf(handOver.kind).key},
           {"what", toUtf8(handOver.what)},
           {"arguments", toUtf8(handOver.arguments)}};
 }
@@ -297,7 +171,7 @@ Json toJson(Message const& message) {
 
 Json toJson(RestoredItem const& item) {
   Json json = itemJson(item.item);
-  json["outcome"] = key(item.outcome);
+  json["outcome"] = nameOf(item.outcome).key;
   if (!item.reason.empty()) json["reason"] = wellFormed(item.reason);
   if (item.change) {
     json["found"] = std::visit(StateJson{}, item.change->before);
@@ -328,15 +202,14 @@ Json summaryJson(RunReport const& report) {
                {"seconds", inSeconds(report.duration)}};
   Json counts = Json::object();
   if (report.request.verb == Verb::restore) {
-    for (auto const outcome :
-         {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::left, ItemOutcome::forced,
-          ItemOutcome::restored, ItemOutcome::unchanged}) {
-      counts[std::string(key(outcome))] = countOf(report, outcome);
+    for (auto const outcome : {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::left,
+                               ItemOutcome::forced, ItemOutcome::restored, ItemOutcome::already}) {
+      counts[std::string(nameOf(outcome).key)] = countOf(report, outcome);
     }
   } else {
     for (auto const outcome :
          {Outcome::failed, Outcome::doneWithProblems, Outcome::handsOver, Outcome::done}) {
-      counts[std::string(outcomeKey(outcome))] = countOf(report, outcome);
+      counts[std::string(nameOf(outcome).key)] = countOf(report, outcome);
     }
     json["changes"] = changeCount(report);
   }

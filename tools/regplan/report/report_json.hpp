@@ -23,8 +23,6 @@ nlohmann::ordered_json toJson(RestoredItem const& item);
 nlohmann::ordered_json requestJson(Request const& request);
 nlohmann::ordered_json summaryJson(RunReport const& report);
 
-/// A name for programs: "done", "handsOver", "doneWithProblems", "failed".
-std::string_view outcomeKey(Outcome outcome);
 /// Seconds to the millisecond.
 double inSeconds(std::chrono::steady_clock::duration duration);
 /// Text that may be ill-formed, as JSON takes it.

@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/change_page.hpp"
 #include "tools/regplan/report/html.hpp"
 #include "tools/regplan/report/page/page.hpp"
@@ -45,7 +46,7 @@ Look lookOf(Outcome outcome) {
 Look lookOf(ItemOutcome outcome) {
   switch (outcome) {
     case ItemOutcome::restored:
-    case ItemOutcome::unchanged:
+    case ItemOutcome::already:
       return good;
     case ItemOutcome::forced:
       return noted;
@@ -62,7 +63,7 @@ constexpr std::array worstFirst = {Outcome::failed, Outcome::doneWithProblems, O
                                    Outcome::done};
 constexpr std::array worstItemsFirst = {ItemOutcome::failed,   ItemOutcome::notRestorable,
                                         ItemOutcome::left,     ItemOutcome::forced,
-                                        ItemOutcome::restored, ItemOutcome::unchanged};
+                                        ItemOutcome::restored, ItemOutcome::already};
 
 bool isRestore(RunReport const& report) {
   return report.request.verb == Verb::restore;
@@ -73,7 +74,7 @@ Look lookOf(RunReport const& report) {
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
   for (auto const outcome : worstItemsFirst) {
-    bool const isGood = outcome == ItemOutcome::restored || outcome == ItemOutcome::unchanged;
+    bool const isGood = outcome == ItemOutcome::restored || outcome == ItemOutcome::already;
     if (isGood && !report.damage.empty()) return lookOf(ItemOutcome::left);
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
@@ -85,7 +86,7 @@ std::string badge(AnyOutcome outcome) {
   Look const look = lookOf(outcome);
   return element("span", classes("badge " + std::string(look.name)),
                  element("span", " aria-hidden=\"true\"", look.glyph) + " " +
-                     std::string(outcomeName(outcome)));
+                     std::string(nameOf(outcome).words));
 }
 
 std::string paragraph(std::string_view names, std::string_view inner) {
@@ -138,7 +139,7 @@ std::string outcomeTiles(RunReport const& report, Outcomes const& outcomes) {
     if (count == 0) continue;
     tiles +=
         element("li", classes("tile " + std::string(lookOf(outcome).name)),
-                element("b", "", std::to_string(count)) + " " + std::string(outcomeName(outcome)));
+                element("b", "", std::to_string(count)) + " " + std::string(nameOf(outcome).words));
   }
   return tiles;
 }
@@ -182,7 +183,7 @@ std::string worstHtml(RunReport const& report) {
 std::string handOverList(std::vector<machine::HandOver> const& handOvers) {
   std::string list;
   for (machine::HandOver const& handOver : handOvers) {
-    std::string line = std::string(kindName(handOver.kind)) + " " + codeHtml(handOver.what);
+    std::string line = std::string(nameOf(handOver.kind).words) + " " + codeHtml(handOver.what);
     if (!handOver.arguments.empty()) line += " " + codeHtml(handOver.arguments);
     list += element("li", "", line);
   }
@@ -274,7 +275,7 @@ std::string outcomeChips(RunReport const& report, Outcomes const& outcomes) {
   for (auto const outcome : outcomes) {
     std::size_t const count = countOf(report, outcome);
     if (count == 0) continue;
-    std::string const name(outcomeName(outcome));
+    std::string const name(nameOf(outcome).words);
     chips += chip("outcome", name, name, count);
   }
   return chips;
@@ -367,7 +368,7 @@ std::string commandHtml(std::size_t number, CommandResult const& result, Verb ve
   std::string const attributes = classes("unit card " + std::string(lookOf(result.outcome).name)) +
                                  " id=\"" + id + "\" aria-labelledby=\"" + id +
                                  "-title\" tabindex=\"-1\" data-outcome=\"" +
-                                 std::string(outcomeName(result.outcome)) + "\"";
+                                 std::string(nameOf(result.outcome).words) + "\"";
   return element("article", attributes,
                  head + reason + logHtml(result) + argumentsHtml(result) + handOversHtml(result) +
                      changesOf(result, verb));
@@ -386,10 +387,10 @@ std::string commandsHtml(RunReport const& report) {
 std::string restoredHtml(RestoredItem const& item) {
   std::string const attributes =
       classes("unit change restored " + std::string(lookOf(item.outcome).name)) +
-      " data-outcome=\"" + std::string(outcomeName(item.outcome)) + "\" data-kind=\"" +
+      " data-outcome=\"" + std::string(nameOf(item.outcome).words) + "\" data-kind=\"" +
       lowerCase(groupName(groupOf(item.item.kind))) + "\"";
   std::string line = badge(item.outcome) + " " +
-                     element("span", classes("kind"), kindName(item.item.kind)) + " " +
+                     element("span", classes("kind"), nameOf(item.item.kind).words) + " " +
                      itemHtml(item.item);
   line = paragraph("item", line);
   if (!item.reason.empty()) line += paragraph("reason", html::text(item.reason));

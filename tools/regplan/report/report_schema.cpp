@@ -2,17 +2,17 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tools/regplan/report/report_json.hpp"
+#include "tools/regplan/schema_parts.hpp"
 
 namespace regplan {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using namespace schema_parts;
 
 Json const text = {{"type", "string"}};
 Json const boolean = {{"type", "boolean"}};
@@ -21,20 +21,6 @@ Json const count = {{"type", "integer"}, {"minimum", 0}};
 Json const seconds = {{"type", "number"}, {"minimum", 0}};
 Json const textOrNull = {{"type", {"string", "null"}}};
 Json const texts = {{"type", "object"}, {"additionalProperties", {{"type", "string"}}}};
-
-Json described(std::string_view description, Json const& schema) {
-  Json result = {{"description", description}};
-  result.update(schema);
-  return result;
-}
-
-Json reference(std::string_view definition) {
-  return {{"$ref", "#/definitions/" + std::string(definition)}};
-}
-
-Json listOf(Json items) {
-  return {{"type", "array"}, {"items", std::move(items)}};
-}
 
 Json oneOf(std::initializer_list<std::string_view> names) {
   return {{"enum", std::vector<std::string>(names.begin(), names.end())}};

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "tools/regplan/report/shown_change.hpp"
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/text.hpp"
 
 namespace regplan {
@@ -13,7 +13,7 @@ using ItemOutcome = RestoredItem::Outcome;
 
 constexpr std::array outcomes = {Outcome::done, Outcome::handsOver, Outcome::doneWithProblems,
                                  Outcome::failed};
-constexpr std::array itemOutcomes = {ItemOutcome::restored,      ItemOutcome::unchanged,
+constexpr std::array itemOutcomes = {ItemOutcome::restored,      ItemOutcome::already,
                                      ItemOutcome::forced,        ItemOutcome::left,
                                      ItemOutcome::notRestorable, ItemOutcome::failed};
 
@@ -39,13 +39,13 @@ std::string restoreHeadline(RunReport const& report) {
 }
 
 std::string countOf(std::size_t count, ItemOutcome outcome) {
-  return std::to_string(count) + " " + std::string(outcomeName(outcome));
+  return std::to_string(count) + " " + std::string(nameOf(outcome).words);
 }
 
 std::string countOf(std::size_t count, Outcome outcome) {
   bool const handOver = outcome == Outcome::handsOver && count > 1;
   return std::to_string(count) + " " +
-         (handOver ? "hand over to foreign code" : std::string(outcomeName(outcome)));
+         (handOver ? "hand over to foreign code" : std::string(nameOf(outcome).words));
 }
 
 template <typename Outcomes>
@@ -84,24 +84,6 @@ std::string_view verbTitle(Verb verb) {
       return "Undo";
     case Verb::restore:
       return "Restore";
-  }
-  return {};
-}
-
-std::string_view outcomeName(ItemOutcome outcome) {
-  switch (outcome) {
-    case ItemOutcome::restored:
-      return "restored";
-    case ItemOutcome::unchanged:
-      return "already as before";
-    case ItemOutcome::forced:
-      return "restored by force";
-    case ItemOutcome::left:
-      return "left as it is";
-    case ItemOutcome::notRestorable:
-      return "not restorable";
-    case ItemOutcome::failed:
-      return "failed";
   }
   return {};
 }
@@ -169,7 +151,7 @@ std::string summary(RunReport const& report) {
 }
 
 machine::UString handOverText(machine::HandOver const& handOver) {
-  machine::UString text = machine::toUtf16(kindName(handOver.kind)) + u" " + handOver.what;
+  machine::UString text = machine::toUtf16(nameOf(handOver.kind).words) + u" " + handOver.what;
   if (!handOver.arguments.empty()) text += u" " + handOver.arguments;
   return text;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "machine/journal/restore.hpp"
 #include "tools/regplan/runner.hpp"
 
 /// What regplan did, as one value: every report and view is made from it.
@@ -33,14 +34,7 @@ struct Request {
 
 /// What a restore did about one item of the journal.
 struct RestoredItem {
-  enum class Outcome {
-    restored,       ///< is as it was before the run
-    unchanged,      ///< was already as before the run
-    forced,         ///< restored though it had been changed since the run
-    left,           ///< not touched: changed since by others, or not empty
-    notRestorable,  ///< the journal cannot bring it back
-    failed,
-  };
+  using Outcome = machine::journal::RestoreStep::Outcome;
 
   machine::Item item;
   Outcome outcome = Outcome::restored;
@@ -49,8 +43,7 @@ struct RestoredItem {
   std::optional<machine::Change> change{};
 };
 
-/// "restored", "left as it is" and so on.
-std::string_view outcomeName(RestoredItem::Outcome outcome);
+/// Not as before, though nothing failed.
 bool isLeft(RestoredItem::Outcome outcome);
 
 struct RunReport {

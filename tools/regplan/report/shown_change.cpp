@@ -3,27 +3,29 @@
 #include <algorithm>
 
 #include "machine/hexadecimal.hpp"
+#include "tools/regplan/names.hpp"
 
 namespace regplan {
 namespace {
 
 using machine::Change;
-using machine::HandOver;
 using machine::Item;
 using machine::ItemState;
 using machine::RegistryType;
 using machine::RegistryValue;
 using machine::ServiceRecovery;
-using machine::ServiceStart;
-using machine::ServiceState;
 using machine::toUtf16;
 using machine::UString;
-using machine::WindowState;
 
 constexpr std::size_t shownBytes = 64;
 
 UString yesOrNo(bool value) {
   return value ? u"yes" : u"no";
+}
+
+template <typename Value>
+UString words(Value value) {
+  return toUtf16(nameOf(value).words);
 }
 
 std::uint64_t littleEndian(std::string_view bytes) {
@@ -79,73 +81,16 @@ UString joined(std::vector<UString> const& lines) {
   return text;
 }
 
-UString startName(ServiceStart start) {
-  switch (start) {
-    case ServiceStart::automatic:
-      return u"automatic";
-    case ServiceStart::manual:
-      return u"manual";
-    case ServiceStart::disabled:
-      return u"disabled";
-  }
-  return {};
-}
-
-UString stateName(ServiceState state) {
-  switch (state) {
-    case ServiceState::stopped:
-      return u"stopped";
-    case ServiceState::startPending:
-      return u"starting";
-    case ServiceState::stopPending:
-      return u"stopping";
-    case ServiceState::running:
-      return u"running";
-    case ServiceState::continuePending:
-      return u"continuing";
-    case ServiceState::pausePending:
-      return u"pausing";
-    case ServiceState::paused:
-      return u"paused";
-  }
-  return {};
-}
-
-std::string actionName(ServiceRecovery::Kind kind) {
-  switch (kind) {
-    case ServiceRecovery::Kind::none:
-      return "nothing";
-    case ServiceRecovery::Kind::restart:
-      return "restart";
-    case ServiceRecovery::Kind::reboot:
-      return "restart the computer";
-    case ServiceRecovery::Kind::runCommand:
-      return "run a command";
-  }
-  return {};
-}
-
 UString recoveryText(ServiceRecovery const& recovery) {
   std::string text;
   for (ServiceRecovery::Action const& action : recovery.actions) {
     if (!text.empty()) text += ", then ";
-    text += actionName(action.kind) + " after " + std::to_string(action.delay.count()) + " ms";
+    text += std::string(nameOf(action.kind).words) + " after " +
+            std::to_string(action.delay.count()) + " ms";
   }
   if (text.empty()) return u"nothing";
   return toUtf16(text + "; counted anew after " + std::to_string(recovery.resetAfter.count()) +
                  " s");
-}
-
-UString windowName(WindowState window) {
-  switch (window) {
-    case WindowState::normal:
-      return u"normal";
-    case WindowState::maximized:
-      return u"maximized";
-    case WindowState::minimized:
-      return u"minimized";
-  }
-  return {};
 }
 
 UString iconText(machine::Shortcut const& shortcut) {
@@ -160,7 +105,7 @@ struct PropertyLister {
             {"Working folder", shortcut.workingFolder},
             {"Description", shortcut.description},
             {"Icon", iconText(shortcut)},
-            {"Window", windowName(shortcut.window)},
+            {"Window", words(shortcut.window)},
             {"Runs as administrator", yesOrNo(shortcut.runAsAdministrator)},
             {"Searches for a lost target", yesOrNo(!shortcut.neverSearchForTarget)}};
   }
@@ -179,9 +124,9 @@ struct PropertyLister {
     return {{"Display name", service.definition.displayName},
             {"Description", service.definition.description},
             {"Command line", service.definition.commandLine},
-            {"Start", startName(service.definition.start)},
+            {"Start", words(service.definition.start)},
             {"When it fails", recoveryText(service.definition.recovery)},
-            {"State", stateName(service.state)}};
+            {"State", words(service.state)}};
   }
   template <typename Other>
   Properties operator()(Other const&) const {
@@ -283,30 +228,6 @@ std::string_view groupName(Group group) {
   return {};
 }
 
-std::string_view kindName(Item::Kind kind) {
-  switch (kind) {
-    case Item::Kind::file:
-      return "file";
-    case Item::Kind::folder:
-      return "folder";
-    case Item::Kind::shortcut:
-      return "shortcut";
-    case Item::Kind::registryKey:
-      return "registry key";
-    case Item::Kind::registryValue:
-      return "registry value";
-    case Item::Kind::variable:
-      return "environment variable";
-    case Item::Kind::task:
-      return "scheduled task";
-    case Item::Kind::taskFolder:
-      return "task folder";
-    case Item::Kind::service:
-      return "service";
-  }
-  return {};
-}
-
 UString valueName(Item const& item) {
   return item.value.empty() ? u"(default)" : item.value;
 }
@@ -365,20 +286,6 @@ std::optional<ListChange> listChange(Change const& change) {
   auto after = entriesOf(change.after);
   if (!before || !after || std::max(before->size(), after->size()) < 2) return std::nullopt;
   return ListChange{*std::move(before), *std::move(after)};
-}
-
-std::string_view kindName(HandOver::Kind kind) {
-  switch (kind) {
-    case HandOver::Kind::program:
-      return "program";
-    case HandOver::Kind::shellProgram:
-      return "program opened by the shell";
-    case HandOver::Kind::module:
-      return "module";
-    case HandOver::Kind::bundles:
-      return "bundles of the component framework";
-  }
-  return {};
 }
 
 }  // namespace regplan

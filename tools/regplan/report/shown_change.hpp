@@ -25,9 +25,6 @@ Group groupOf(machine::Item::Kind kind);
 /// "Files", "Registry" and so on.
 std::string_view groupName(Group group);
 
-/// "file", "registry value" and so on.
-std::string_view kindName(machine::Item::Kind kind);
-
 /// "(default)" for the value without a name.
 machine::UString valueName(machine::Item const& item);
 /// The item's full name: a registry value's with its key.
@@ -61,7 +58,5 @@ struct ListChange {
 /// The list, when the texts of a registry value or variable are REG_MULTI_SZ or separated by ";",
 /// with at least two entries on one side. An empty entry, such as after a last ";", is one too.
 std::optional<ListChange> listChange(machine::Change const& change);
-
-std::string_view kindName(machine::HandOver::Kind kind);
 
 }  // namespace regplan
