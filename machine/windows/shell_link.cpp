@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "machine/shell_link_format.hpp"
 #include "machine/windows/com.hpp"
 #include "machine/windows/system_error.hpp"
 #include "machine/windows/text.hpp"
@@ -13,12 +14,10 @@
 namespace machine::windows {
 namespace {
 
-// The file's header (Microsoft, "[MS-SHLLINK]: Shell Link (.LNK) Binary File Format", section 2.1).
-// Not every shell sets the flags and gives back the show command through its object.
-constexpr std::size_t headerSize = 76;
-constexpr std::size_t flagsOffset = 20;
-constexpr std::size_t showCommandOffset = 60;
+using shell_link::flagsOffset;
+using shell_link::showCommandOffset;
 
+// Not every shell sets the flags and gives back the show command through its object.
 DWORD headerField(std::string_view link, std::size_t offset) {
   DWORD field;
   std::memcpy(&field, link.data() + offset, sizeof field);
@@ -171,9 +170,7 @@ std::string toShellLink(Shortcut const& shortcut, std::u16string_view path) {
 }
 
 Shortcut fromShellLink(std::string_view bytes, std::u16string_view path) {
-  if (bytes.size() < headerSize) {
-    throw systemError("read the shortcut", path, ERROR_INVALID_DATA);
-  }
+  requireWholeShellLink(bytes, path);
   ComScope const com;
   ShellLink link("read the shortcut", path);
   link.load(bytes);
