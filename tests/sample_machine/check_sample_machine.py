@@ -44,12 +44,12 @@ class Machine:
             subprocess.run([ROOT / "sample/make-machine", build, self.prefix], check=True,
                            stdout=log, stderr=log, timeout=5 * PATIENCE)
 
-    def command(self, *arguments):
-        return [str(ROOT / "scripts/wine"), str(self.build / "bin/regplan.exe"), *arguments]
+    def command(self, wine, *arguments):
+        return [str(ROOT / "scripts" / wine), str(self.build / "bin/regplan.exe"), *arguments]
 
     def regplan(self, *arguments, expected=(0,)):
-        done = subprocess.run(self.command(*arguments), env=self.environment, text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=PATIENCE)
+        done = subprocess.run(self.command("wine-piped", *arguments), env=self.environment,
+                              text=True, stdout=subprocess.PIPE, timeout=PATIENCE)
         if done.returncode not in expected:
             sys.exit(f"regplan {' '.join(arguments)}: exit code {done.returncode}\n{done.stdout}")
         return done.stdout
@@ -73,8 +73,8 @@ class Machine:
 
     def run_killed_at(self, journal, records):
         """Kills a run when its journal has so many records; tells how many it then has."""
-        run = subprocess.Popen(self.command("run", r"C:\install\plan.json", "--no-log", "--journal",
-                                            rf"C:\install\{journal}"),
+        run = subprocess.Popen(self.command("wine", "run", r"C:\install\plan.json", "--no-log",
+                                            "--journal", rf"C:\install\{journal}"),
                                env=self.environment, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
         file = self.install / journal
