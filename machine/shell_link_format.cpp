@@ -5,6 +5,7 @@
 #include <string>
 
 #include "machine/error.hpp"
+#include "machine/little_endian.hpp"
 
 namespace machine {
 namespace {
@@ -35,9 +36,12 @@ class Part {
     return bytes_.substr(offset, size);
   }
 
-  /// Little endian.
-  std::uint32_t u16(std::size_t offset) const { return number(bytes(offset, 2)); }
-  std::uint32_t u32(std::size_t offset) const { return number(bytes(offset, 4)); }
+  std::uint16_t u16(std::size_t offset) const {
+    return static_cast<std::uint16_t>(littleEndian(bytes(offset, 2)));
+  }
+  std::uint32_t u32(std::size_t offset) const {
+    return static_cast<std::uint32_t>(littleEndian(bytes(offset, 4)));
+  }
 
   Part part(std::string_view name, std::size_t offset, std::size_t size) const {
     Part const rest(name, bytes_.substr(std::min(offset, bytes_.size())), place_ + offset, path_);
@@ -64,14 +68,6 @@ class Part {
   }
 
  private:
-  static std::uint32_t number(std::string_view raw) {
-    std::uint32_t result = 0;
-    for (std::size_t i = raw.size(); i-- > 0;) {
-      result = result << 8 | static_cast<unsigned char>(raw[i]);
-    }
-    return result;
-  }
-
   std::string_view name_;
   std::string_view bytes_;
   std::size_t place_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "machine/host/host_file.hpp"
+#include "machine/little_endian.hpp"
 
 namespace machine::simulated {
 
@@ -65,13 +66,6 @@ std::string numberBytes(std::uint64_t number, std::size_t size) {
   return bytes;
 }
 
-std::uint64_t numberOf(std::string_view bytes) {
-  std::uint64_t number = 0;
-  for (std::size_t i = bytes.size(); i-- > 0;)
-    number = number << 8 | static_cast<unsigned char>(bytes[i]);
-  return number;
-}
-
 /// A list's strings one after the other, each with its terminator, and an empty one at the end.
 std::string listBytes(std::vector<UString> const& strings) {
   std::string bytes;
@@ -99,7 +93,7 @@ json readableData(RegistryValue const& value) {
       return toUtf8(value.text());
     case RegistryType::dword:
     case RegistryType::qword:
-      return numberOf(value.data);
+      return littleEndian(value.data);
     case RegistryType::multiString: {
       json list = json::array();
       for (auto const& text : listStrings(value)) list.push_back(toUtf8(text));

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "machine/little_endian.hpp"
+
 namespace machine::simulated {
 
 namespace {
@@ -23,16 +25,14 @@ class Image {
       throw NotThere{};
     return result;
   }
-  std::uint16_t u16(std::uint64_t offset) { return static_cast<std::uint16_t>(number(offset, 2)); }
-  std::uint32_t u32(std::uint64_t offset) { return number(offset, 4); }
+  std::uint16_t u16(std::uint64_t offset) {
+    return static_cast<std::uint16_t>(littleEndian(bytes(offset, 2)));
+  }
+  std::uint32_t u32(std::uint64_t offset) {
+    return static_cast<std::uint32_t>(littleEndian(bytes(offset, 4)));
+  }
 
  private:
-  std::uint32_t number(std::uint64_t offset, std::size_t size) {
-    std::uint32_t result = 0;
-    auto const raw = bytes(offset, size);
-    for (std::size_t i = size; i-- > 0;) result = result << 8 | static_cast<unsigned char>(raw[i]);
-    return result;
-  }
   std::istream& file_;
 };
 

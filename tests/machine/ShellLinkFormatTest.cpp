@@ -129,6 +129,33 @@ TEST(ShellLinkFormat, LinkInformationThatLeadsOutOfItselfIsRefused) {
       << "no field for a wide label";
 }
 
+/// Link information with a wide local path and suffix beside the narrow ones, over `network`.
+std::string wideLinkInformation(std::string const& itsNetwork, std::string const& wideTexts) {
+  std::size_t const textsAt = 36 + itsNetwork.size();
+  return sized(u32(36) + u32(2) + u32(0) + u32(0) + u32(36) + u32(0) + u32(textsAt) +
+               u32(textsAt + 4) + itsNetwork + wideTexts);
+}
+
+TEST(ShellLinkFormat, WideTextsEndInsideToo) {
+  auto const refusalOf = [](std::string const& itsNetwork, std::string const& texts) {
+    // What follows would end them.
+    return refusal(header(0x2) + wideLinkInformation(itsNetwork, texts) + std::string(8, '\0'));
+  };
+  auto const wideNetwork = [](std::string const& wideNames) {
+    return sized(u32(2) + u32(28) + u32(28) + u32(0x20000) + u32(29) + u32(33) + "\0"s + wideNames);
+  };
+  auto const names = "n\0\0\0d\0\0\0"s;
+  auto const texts = "p\0\0\0s\0\0\0"s;
+  EXPECT_EQ(refusalOf(network, texts), "whole");
+  EXPECT_EQ(refusalOf(wideNetwork(names), texts), "whole");
+  EXPECT_EQ(refusalOf(network, texts.substr(0, 6)), "link information at byte 76 is not whole");
+  EXPECT_EQ(refusalOf(network, "p\0q\0r\0s\0"s), "link information at byte 76 is not whole");
+  EXPECT_EQ(refusalOf(wideNetwork(names.substr(0, 6)), texts),
+            "network name at byte 112 is not whole");
+  EXPECT_EQ(refusalOf(wideNetwork("n\0e\0t\0s\0"s), texts),
+            "network name at byte 112 is not whole");
+}
+
 TEST(ShellLinkFormat, ATextWithoutItsEndIsRefused) {
   auto information = linkInformation(volume);
   information.back() = 'x';

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "machine/little_endian.hpp"
 #include "machine/machine.hpp"
 
 namespace foundation::feature {
@@ -34,11 +35,7 @@ int dwordOf(UString const& name, std::string const& bytes) {
   if (bytes.size() != 4) {
     refuse(name, "its registry value is damaged");
   }
-  std::uint32_t number = 0;
-  for (std::size_t i = bytes.size(); i-- > 0;) {
-    number = number << 8 | static_cast<unsigned char>(bytes[i]);
-  }
-  return static_cast<int>(number);
+  return static_cast<int>(machine::littleEndian(bytes));
 }
 
 std::optional<UString> nonEmpty(std::optional<UString> text) {

@@ -11,6 +11,7 @@
 #include "fl/filesystem/operations.hpp"
 #include "fl/filesystem/verbatim.hpp"
 #include "install/cpputil/zip_names.hpp"
+#include "machine/little_endian.hpp"
 #include "machine/machine.hpp"
 
 namespace install::cpputil {
@@ -60,20 +61,11 @@ class Fields {
     rest_.remove_prefix(taken.size());
     return taken;
   }
-  std::uint16_t number16() { return static_cast<std::uint16_t>(number(2)); }
-  std::uint32_t number32() { return number(4); }
+  std::uint16_t number16() { return static_cast<std::uint16_t>(machine::littleEndian(text(2))); }
+  std::uint32_t number32() { return static_cast<std::uint32_t>(machine::littleEndian(text(4))); }
   bool has(std::size_t size) const { return rest_.size() >= size; }
 
  private:
-  std::uint32_t number(std::size_t size) {
-    std::uint32_t value = 0;
-    auto const bytes = text(size);
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte) {
-      value = value << 8 | static_cast<unsigned char>(*byte);
-    }
-    return value;
-  }
-
   std::string_view rest_;
 };
 

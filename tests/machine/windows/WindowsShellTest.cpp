@@ -129,6 +129,19 @@ TEST_F(WindowsShortcut, OneThatTheShellsObjectSavedIsRead) {
   EXPECT_FALSE(read->runAsAdministrator);
 }
 
+TEST_F(WindowsShortcut, OneCutShortIsRefusedBeforeTheShellReadsIt) {
+  machine().shell().writeShortcut(at(u"x.lnk"), shortcut_);
+  writeFile(at(u"x.lnk"), readFile(at(u"x.lnk")).substr(0, 90));
+  try {
+    machine().shell().readShortcut(at(u"x.lnk"));
+    FAIL() << "read";
+  } catch (machine::SystemError const& error) {
+    EXPECT_TRUE(error.is(machine::ErrorCode::invalidData));
+    EXPECT_THAT(error.what(),
+                testing::HasSubstr("The shortcut's item list at byte 78 is not whole. (13)"));
+  }
+}
+
 /// Runs `work` on a thread of its own, whose exceptions end the test.
 void onNewThread(std::function<void()> const& work) {
   std::thread(work).join();

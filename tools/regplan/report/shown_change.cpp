@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "machine/hexadecimal.hpp"
+#include "machine/little_endian.hpp"
 #include "tools/regplan/names.hpp"
 
 namespace regplan {
@@ -28,14 +29,6 @@ UString words(Value value) {
   return toUtf16(nameOf(value).words);
 }
 
-std::uint64_t littleEndian(std::string_view bytes) {
-  std::uint64_t number = 0;
-  for (std::size_t i = bytes.size(); i-- > 0;) {
-    number = number << 8 | static_cast<unsigned char>(bytes[i]);
-  }
-  return number;
-}
-
 UString bytesText(std::string_view bytes) {
   std::string text;
   for (char const byte : bytes.substr(0, shownBytes)) {
@@ -49,8 +42,8 @@ UString bytesText(std::string_view bytes) {
 /// "1 (0x00000001)".
 UString numberText(std::string_view bytes) {
   std::string bigEndian(bytes.rbegin(), bytes.rend());
-  return toUtf16(std::to_string(littleEndian(bytes)) + " (0x" + machine::hexadecimal(bigEndian) +
-                 ")");
+  return toUtf16(std::to_string(machine::littleEndian(bytes)) + " (0x" +
+                 machine::hexadecimal(bigEndian) + ")");
 }
 
 bool isText(RegistryType type) {
