@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "install/cpputil/trouble.hpp"
 #include "registration/utility/types.hpp"
 
 /// How a command reports that something failed, told once. Only std::exception ends here; whatever
@@ -20,11 +21,38 @@ void reportingFailure(Step&& step, Report&& report) {
   }
 }
 
+/// Logs `line`, which says that something was not done, and tells it as trouble about `subject`.
+/// `log` takes one message.
+template <typename Log>
+void logTrouble(Log&& log, UString const& line, UString const& subject) {
+  install::cpputil::trouble::tell({install::cpputil::trouble::severity::error, line, subject, 1});
+  log(line);
+}
+
+/// Tells, beside the log, what it passes over in silence: what is done all the same.
+inline void warn(UString const& text, UString const& subject) {
+  install::cpputil::trouble::tell({install::cpputil::trouble::severity::warning, text, subject});
+}
+
+/// Tells that the command that runs has nothing to do, and why. True, for the caller's condition.
+inline bool skipped(UString const& reason, UString const& subject) {
+  install::cpputil::trouble::tell({install::cpputil::trouble::severity::skipped, reason, subject});
+  return true;
+}
+
+/// Whether the option that this getter of Options gives, `value`, leaves the command that runs
+/// nothing to do because it is `deciding`; told when it does.
+inline bool skippedBy(char16_t const* getter, bool value, bool deciding) {
+  return value == deciding && skipped(getter + UString(value ? u" is true" : u" is false"), getter);
+}
+
 /// The usual report: the line that names what failed, then the exception's text as a line of its
 /// own. `log` takes one message.
 template <typename Log, typename Step>
 void loggingFailure(Log&& log, UString const& failureLine, Step&& step) {
   reportingFailure(std::forward<Step>(step), [&](UString const& text) {
+    install::cpputil::trouble::tell(
+        {install::cpputil::trouble::severity::error, failureLine + u": " + text, {}, 2});
     log(failureLine);
     log(text);
   });

@@ -1,12 +1,11 @@
 #include "install/cpputil/logger.hpp"
 
-#include <algorithm>
 #include <memory>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "fl/filesystem/operations.hpp"
+#include "install/cpputil/observers.hpp"
 #include "machine/machine.hpp"
 
 namespace install::cpputil::logger {
@@ -16,7 +15,7 @@ namespace {
 struct Log {
   std::unique_ptr<machine::FileWriter> writer;
   Path destination;
-  std::vector<scoped_observer::callback const*> observers;  ///< outermost first
+  observers<UString> listeners;
 };
 
 Log& log() {
@@ -67,10 +66,7 @@ bool keepDestination(UString const& failure, Path const& subject) {
 }  // namespace
 
 void append_message(UString const& message) {
-  auto const& observers = log().observers;
-  for (std::size_t i = 0; i < observers.size(); ++i) {  // an observer may add and remove others
-    (*observers[i])(message);
-  }
+  log().listeners.announce(message);
   if (log().writer) {
     writeLine(*log().writer, message);
   }
@@ -105,11 +101,11 @@ void close_destination() {
 }
 
 scoped_observer::scoped_observer(callback observer) : observer_(std::move(observer)) {
-  log().observers.push_back(&observer_);
+  log().listeners.add(observer_);
 }
 
 scoped_observer::~scoped_observer() {
-  std::erase(log().observers, &observer_);
+  log().listeners.remove(observer_);
 }
 
 }  // namespace install::cpputil::logger

@@ -1,0 +1,1 @@
+// Nothing of its own: the headers that are precompiled for the tests.
