@@ -8,7 +8,7 @@ namespace machine {
 
 namespace {
 
-/// The innermost ScopedMachine's machine. The only global of this library.
+/// The innermost ScopedMachine's machine.
 Machine* scoped = nullptr;
 
 }  // namespace

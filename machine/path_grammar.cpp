@@ -142,6 +142,11 @@ bool isVerbatim(std::u16string_view path) {
   return path.starts_with(verbatimPrefix);
 }
 
+bool isTooLong(std::u16string_view path) {
+  constexpr std::size_t prefix = std::u16string_view(u"\\\\?\\UNC").size();
+  return path.size() + (isVerbatim(path) ? 0 : prefix) > longestPath;
+}
+
 std::vector<std::u16string_view> components(std::u16string_view path) {
   std::vector<std::u16string_view> names;
   Scanner scanner(path, rootLength(path));
@@ -189,7 +194,7 @@ std::u16string_view parent(std::u16string_view path) {
 }
 
 UString absolute(std::u16string_view path, std::u16string_view currentFolder) {
-  if (path.empty() || isVerbatim(path)) return UString(path);
+  if (path.empty() || isVerbatim(path) || isTooLong(path)) return UString(path);
   auto [result, names] = startOf(path, currentFolder);
   for (auto const name : components(path)) {
     if (name == u"..") {

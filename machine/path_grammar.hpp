@@ -28,6 +28,13 @@ REGISTRATION_API bool isAbsolute(std::u16string_view path);
 /// True for `\\?\...`: taken literally, without "/" , ".", ".." or trailing dots and blanks.
 REGISTRATION_API bool isVerbatim(std::u16string_view path);
 
+/// Units that a path may have in its longest form, `\\?\...`.
+inline constexpr std::size_t longestPath = 32767;
+
+/// True for a path that would be longer in that form: nothing of that name exists or can be made.
+/// Wine takes such lengths for those of other names.
+REGISTRATION_API bool isTooLong(std::u16string_view path);
+
 /// The names after the root: `C:\a\\b/c` -> a, b, c.
 REGISTRATION_API std::vector<std::u16string_view> components(std::u16string_view path);
 
@@ -52,7 +59,7 @@ REGISTRATION_API std::u16string_view parent(std::u16string_view path);
 /// (absolute), "." and ".." worked out, separators native and single, trailing dots and blanks of
 /// each name dropped, and so are names of nothing else and separators at the end. Of `C:a` and
 /// another current drive: `C:\a`, for drives have no current folders of their own here. A verbatim
-/// path is returned as it is, and so is an empty one.
+/// path is returned as it is, and so is an empty one or one that is too long.
 REGISTRATION_API UString absolute(std::u16string_view path, std::u16string_view currentFolder);
 
 }  // namespace machine::path_grammar

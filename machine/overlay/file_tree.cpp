@@ -83,6 +83,7 @@ PathKey FileTree::keyOf(std::u16string_view path) {
 
 Place FileTree::find(std::u16string_view path) {
   if (path.empty()) return unreachable(ErrorCode::pathNotFound);
+  if (isTooLong(path)) return unreachable(ErrorCode::fileNameTooLong);
   auto const volume = volumeOf(path);
   auto const known = volumes_.find(foldCase(volume));
   Place place{ErrorCode::success, known == volumes_.end() ? nullptr : &known->second, {}};

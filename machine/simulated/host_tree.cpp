@@ -64,14 +64,44 @@ bool isMissingFile(std::error_code const& error) {
 }  // namespace
 
 Place HostTree::find(std::u16string_view path) const {
+  if (path_grammar::isTooLong(path)) return unreachable(ErrorCode::fileNameTooLong);
   auto const roots = rootFolders(path);
   if (roots.empty()) return unreachable(ErrorCode::pathNotFound);
-  std::error_code error;
-  Place place{ErrorCode::success, directory_, fs::status(directory_, error), false};
-  for (auto const& name : roots) place = step(place, name);
-  place.isRoot = true;
-  for (auto const name : path_grammar::components(path)) place = step(place, name);
+  std::vector<std::u16string_view> names(roots.begin(), roots.end());
+  for (auto const name : path_grammar::components(path)) names.push_back(name);
+  std::lock_guard const lock(trail_.mutex);
+  auto place = startOnTrail(names);
+  bool isLinkFree = true;
+  for (auto at = trail_.names.size(); at < names.size(); ++at) {
+    isLinkFree = isLinkFree && !place.isLink();
+    place = step(place, names[at]);
+    if (isLinkFree && fs::is_directory(place.status)) {
+      trail_.names.emplace_back(names[at]);
+      trail_.folder = place.host;
+    }
+  }
+  place.isRoot = names.size() == roots.size();
   return place;
+}
+
+/// The deepest folder of the trail that `names` lead through too, where it is a folder still; else
+/// the machine's directory. The trail ends there then.
+Place HostTree::startOnTrail(std::vector<std::u16string_view> const& names) const {
+  auto const [end, unused] =
+      std::mismatch(trail_.names.begin(), trail_.names.end(), names.begin(), names.end());
+  auto const shared = static_cast<std::size_t>(end - trail_.names.begin());
+  while (trail_.names.size() > shared) {
+    trail_.names.pop_back();
+    trail_.folder = trail_.folder.parent_path();
+  }
+  std::error_code error;
+  if (!trail_.names.empty()) {
+    auto const status = fs::symlink_status(trail_.folder, error);
+    if (fs::is_directory(status)) return {ErrorCode::success, trail_.folder, status, false};
+  }
+  trail_.names.clear();
+  trail_.folder = directory_;
+  return {ErrorCode::success, directory_, fs::status(directory_, error), false};
 }
 
 Place HostTree::findTarget(std::u16string_view path) const {

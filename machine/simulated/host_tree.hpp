@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <mutex>
 #include <vector>
 
 #include "machine/error.hpp"
@@ -36,9 +37,18 @@ class HostTree {
   bool sameVolume(std::u16string_view a, std::u16string_view b) const;
 
  private:
+  /// The way to the folder that the last search came to, without a link on it. A tree is mostly
+  /// gone through folder by folder: each is found from the one before, not from the root again.
+  struct Trail {
+    std::mutex mutex;
+    std::vector<UString> names;
+    std::filesystem::path folder;
+  };
+  Place startOnTrail(std::vector<std::u16string_view> const& names) const;
   Place step(Place const& folder, std::u16string_view name) const;
   Place follow(Place const& link) const;
   std::filesystem::path directory_;
+  mutable Trail trail_;
 };
 
 /// A place as Windows' attributes tell it: a link to a folder is a folder.

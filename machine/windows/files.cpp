@@ -243,7 +243,7 @@ class WindowsFileWriter final : public FileWriter {
 /// back when that did not help. False when there was nothing.
 template <class Call>
 bool removeEntry(std::string_view operation, std::u16string_view path, Call call) {
-  if (hasNul(path)) {
+  if (pathProblem(path)) {
     return false;
   }
   UString const target = systemPath(operation, path);
@@ -306,7 +306,7 @@ std::optional<FileVersion> versionIn(std::string const& resource) {
 class WindowsFiles final : public Files {
  public:
   std::optional<FileStatus> status(std::u16string_view path) override {
-    if (hasNul(path)) {
+    if (pathProblem(path)) {
       return std::nullopt;
     }
     UString const target = systemPath("look for", path);
@@ -395,11 +395,11 @@ class WindowsFiles final : public Files {
 
   bool setCurrentDirectory(std::u16string_view path) override {
     // As given: the system does not take a verbatim path for a current folder.
-    return !hasNul(path) && SetCurrentDirectoryW(wide(UString(path))) != FALSE;
+    return !pathProblem(path) && SetCurrentDirectoryW(wide(UString(path))) != FALSE;
   }
 
   std::optional<FileVersion> fileVersion(std::u16string_view path) override {
-    if (hasNul(path) || path.empty()) {
+    if (pathProblem(path) || path.empty()) {
       return std::nullopt;
     }
     // Absolute, because the call looks for a bare name where it looks for libraries.

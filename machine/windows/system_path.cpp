@@ -12,14 +12,14 @@ namespace {
 // MAX_PATH less room for a file name of the old form, which is what a new folder must leave.
 constexpr std::size_t longestUsualPath = 240;
 
-bool isTooLong(std::u16string_view path) {
-  std::size_t const before = path_grammar::isAbsolute(path) ? 0 : GetCurrentDirectoryW(0, nullptr);
-  return before + path.size() > longestUsualPath;
+/// Of the path that the system makes of a relative one.
+std::size_t fullLength(std::u16string_view path) {
+  return path.size() + (path_grammar::isAbsolute(path) ? 0 : GetCurrentDirectoryW(0, nullptr));
 }
 
-UString terminated(std::string_view operation, std::u16string_view path) {
-  if (hasNul(path)) {
-    throw systemError(operation, path, ERROR_INVALID_NAME);
+UString checked(std::string_view operation, std::u16string_view path) {
+  if (auto const problem = pathProblem(path)) {
+    throw systemError(operation, path, problem);
   }
   return UString(path);
 }
@@ -34,8 +34,17 @@ UString verbatim(UString const& absolute) {
 
 }  // namespace
 
+std::uint32_t pathProblem(std::u16string_view path) {
+  if (hasNul(path)) {
+    return ERROR_INVALID_NAME;
+  }
+  bool const isTooLong =
+      path_grammar::isTooLong(path) || fullLength(path) > path_grammar::longestPath;
+  return isTooLong ? ERROR_FILENAME_EXCED_RANGE : ERROR_SUCCESS;
+}
+
 UString fullPath(std::string_view operation, std::u16string_view path) {
-  UString const given = terminated(operation, path);
+  UString const given = checked(operation, path);
   UString full = textFrom([&](wchar_t* buffer, DWORD size) {
     return GetFullPathNameW(wide(given), size, buffer, nullptr);
   });
@@ -46,8 +55,9 @@ UString fullPath(std::string_view operation, std::u16string_view path) {
 }
 
 UString systemPath(std::string_view operation, std::u16string_view path) {
-  return path_grammar::isVerbatim(path) || !isTooLong(path) ? terminated(operation, path)
-                                                            : verbatim(fullPath(operation, path));
+  return path_grammar::isVerbatim(path) || fullLength(path) <= longestUsualPath
+             ? checked(operation, path)
+             : checked(operation, verbatim(fullPath(operation, path)));
 }
 
 }  // namespace machine::windows

@@ -175,6 +175,18 @@ TEST(PathGrammar, AbsoluteLeavesAnEmptyPath) {
   EXPECT_EQ(inFolder(u""), u"");
 }
 
+TEST(PathGrammar, APathIsTooLongWhenItsVerbatimFormIs) {
+  UString const longest = u"\\\\?\\C:\\" + UString(32767 - 7, u'n');
+  EXPECT_FALSE(isTooLong(longest));
+  EXPECT_TRUE(isTooLong(longest + u"n"));
+  EXPECT_TRUE(isTooLong(u"C:\\" + UString(32767 - 3, u'n')));
+  EXPECT_TRUE(isTooLong(UString(40'000, u'n')));
+  EXPECT_FALSE(isTooLong(u"C:\\" + UString(32'000, u'n')));
+  EXPECT_FALSE(isTooLong(u""));
+  UString const dots = u"C:\\a" + UString(40'000, u'.');
+  EXPECT_EQ(absolute(dots, u"C:\\"), dots) << "which would make a usable path of it";
+}
+
 TEST(PathGrammar, RandomPathsKeepTheRulesAndTheirBounds) {
   std::mt19937 random(20'240'603);
   UString const units = u"\\\\\\//:?..  CcaUN1\u00E4*\U0001F600";

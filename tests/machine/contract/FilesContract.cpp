@@ -167,6 +167,37 @@ TEST_P(FilesContract, PathsMayBeLongerThan260Units) {
   EXPECT_TRUE(files().removeDirectory(path));
 }
 
+TEST_P(FilesContract, APathBeyondTheSystemsLimitNamesNothing) {
+  write(in(u"file"), "x");
+  auto const code = codeOf(ErrorCode::fileNameTooLong);
+  for (std::size_t const extra : {32767u, 32768u, 40000u, 65535u, 65536u, 65537u}) {
+    // Wine takes some of these lengths for that of the folder; dots would lead to it on any system.
+    for (UString const below : {u"\\n", u"\\."}) {
+      UString path = under().folder();
+      while (path.size() < under().folder().size() + extra) path += below;
+      path.resize(under().folder().size() + extra);
+      for (auto const& name : {path, u"\\\\?\\" + path}) {
+        EXPECT_FALSE(files().status(name)) << extra;
+        EXPECT_FALSE(files().removeFile(name)) << extra;
+        EXPECT_FALSE(files().removeDirectory(name)) << extra;
+        EXPECT_FALSE(files().setCurrentDirectory(name)) << extra;
+        EXPECT_FALSE(files().fileVersion(name)) << extra;
+        EXPECT_EQ(errorOf([&] { files().openDirectory(name); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().openForReading(name); }), code) << extra;
+        for (auto const mode : {WriteMode::truncate, WriteMode::append, WriteMode::createNew})
+          EXPECT_EQ(errorOf([&] { files().openForWriting(name, mode); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().createDirectory(name); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().rename(name, in(u"other"), true); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().rename(in(u"file"), name, true); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().setReadOnly(name, true); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().lock(name, std::chrono::milliseconds(0)); }), code);
+      }
+    }
+  }
+  EXPECT_EQ(list(under().folder()), "file");
+  EXPECT_EQ(read(in(u"file")), "x");
+}
+
 TEST_P(FilesContract, VerbatimPathsNameTheSameFiles) {
   write(in(u"file"), "x");
   EXPECT_EQ(read(u"\\\\?\\" + in(u"file")), "x");

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -72,6 +73,43 @@ TEST_F(SimulatedMachineTest, ANewMachineStartsLikeAWindows) {
     EXPECT_TRUE(machine.files().status(machine.shell().knownFolder(folder)));
   EXPECT_EQ(machine.environment().variable(u"SYSTEMROOT"), u"C:\\Windows");
   EXPECT_EQ(machine.files().currentDirectory(), u"C:\\");
+}
+
+/// Seconds of this processor to make folders in each other and to list each of them.
+double secondsForDepth(Files& files, UString path, int depth) {
+  std::clock_t const start = std::clock();
+  UString const top = path;
+  for (int level = 0; level < depth; ++level) files.createDirectory(path += u"\\d");
+  path = top;
+  for (int level = 0; level < depth; ++level) files.openDirectory(path += u"\\d");
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+TEST_F(SimulatedMachineTest, ADeepTreeDoesNotCostTheSquareOfItsDepth) {
+  if (fs::path::preferred_separator != '/') GTEST_SKIP() << "a host that keeps paths short";
+  SimulatedMachine machine(directory());
+  for (auto const* top : {u"C:\\a", u"C:\\b"}) machine.files().createDirectory(top);
+  double const shallow = secondsForDepth(machine.files(), u"C:\\a", 100);
+  double const deep = secondsForDepth(machine.files(), u"C:\\b", 800);
+  // Eight times the folders; the square of that would be 64.
+  EXPECT_LT(deep, shallow * 32) << shallow << " and " << deep;
+}
+
+TEST_F(SimulatedMachineTest, AFolderThatWasTakenAwayMeanwhileIsNotFoundFromMemory) {
+  SimulatedMachine machine(directory());
+  Files& files = machine.files();
+  for (auto const* folder : {u"C:\\a", u"C:\\a\\b", u"C:\\a\\b\\c", u"C:\\other"})
+    files.createDirectory(folder);
+  ASSERT_TRUE(files.status(u"C:\\a\\b\\c"));
+  files.rename(u"C:\\a\\b", u"C:\\moved", false);
+  EXPECT_FALSE(files.status(u"C:\\a\\b\\c"));
+  EXPECT_TRUE(files.status(u"C:\\moved\\c"));
+  fs::remove_all(directory() / "C" / "moved");
+  EXPECT_FALSE(files.status(u"C:\\moved\\c"));
+  EXPECT_TRUE(files.status(u"C:\\OTHER"));
+  EXPECT_FALSE(files.status(u"C:\\other\\b\\c"));
+  fs::create_directory_symlink(directory(), directory() / "C" / "moved");
+  EXPECT_TRUE(files.status(u"C:\\moved")->isLink);
 }
 
 TEST_F(SimulatedMachineTest, FoldersTakenFromAMachineStayAway) {
