@@ -15,15 +15,15 @@ void writeNew(Files& files, UString const& path, std::string_view bytes) {
   writer->close();
 }
 
-void removeIfPossible(Files& files, UString const& path) {
+}  // namespace
+
+void removeIfPossible(Files& files, std::u16string_view path) {
   try {
     files.removeFile(path);
   } catch (SystemError const&) {
     // The failure before this one is the one to tell.
   }
 }
-
-}  // namespace
 
 std::optional<std::string> readFile(Files& files, std::u16string_view path, std::size_t limit) {
   if (!files.status(path)) return std::nullopt;
@@ -40,7 +40,7 @@ std::optional<std::string> readFile(Files& files, std::u16string_view path, std:
 void replaceFile(Files& files, std::u16string_view path, std::string_view bytes) {
   UString const temporary = UString(path) + u".tmp";
   // Made anew, never written through: somebody may have put a link there.
-  files.removeFile(temporary);
+  if (files.status(temporary)) files.removeFile(temporary);
   try {
     writeNew(files, temporary, bytes);
     files.rename(temporary, path, true);

@@ -6,6 +6,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "machine/machine.hpp"
+#include "machine/whole_file.hpp"
 #include "registration/commands/metadata/list_files.hpp"
 
 namespace classpath_services {
@@ -16,48 +17,24 @@ namespace metadata = registration::commands::metadata;
 
 namespace {
 
-[[noreturn]] void fail(UString const& message) {
-  throw std::runtime_error(fl::i18n::to_string(message));
-}
-
 std::string linesFrom(Path const& metadataFile) {
   std::string lines;
   if (!fl::filesystem::exists(metadataFile)) {
     return lines;
   }
   std::set<UString> seen;
-  metadata::readList(
-      metadata::javaClassPathFormat, metadataFile, fail, [&](std::string const& line) {
+  auto const list =
+      metadata::readEntries(metadata::commentMark, metadataFile, [&](std::string const& line) {
         auto entry = fl::i18n::utf8_to_ustring(line);
         if (fl::filesystem::exists(entry) && seen.insert(machine::foldCase(entry)).second) {
           lines += line + '\n';
         }
         return entry;
       });
-  return lines;
-}
-
-void write(Path const& file, std::string const& content) {
-  auto const writer =
-      machine::current().files().openForWriting(file.ustring(), machine::WriteMode::truncate);
-  writer->write(content);
-  writer->flushToDisk();
-  writer->close();
-}
-
-void replace(Path const& file, std::string const& content) {
-  Path const temporary(file.ustring() + u".tmp");
-  try {
-    write(temporary, content);
-    fl::filesystem::rename(temporary.ustring(), file.ustring());
-  } catch (std::exception const&) {
-    // What went wrong is what to tell, not that this fails too.
-    try {
-      fl::filesystem::remove(temporary);
-    } catch (std::exception const&) {
-    }
-    throw;
+  if (!list.failure.empty()) {
+    throw std::runtime_error(fl::i18n::to_string(list.failure));
   }
+  return lines;
 }
 
 }  // namespace
@@ -70,7 +47,7 @@ void ClassPathFile::generateClassPath(UString const& rootFolder) const {
   Path const file = getClassPathFile(rootFolder);
   auto const lines = linesFrom(Path(rootFolder).make_native() / u"javaClassPath");
   fl::filesystem::create_directories(file.parent_path());
-  replace(file, lines);
+  machine::replaceFile(machine::current().files(), file.ustring(), lines);
 }
 
 }  // namespace classpath_services

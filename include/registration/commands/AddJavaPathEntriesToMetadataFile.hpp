@@ -33,7 +33,7 @@ class REGISTRATION_API AddJavaPathEntriesToMetadataFile : public utility::Comman
   /// Appends the entries that exist to `javaClassPath`, which begins with a header when it is new.
   /// Does and logs nothing without entries.
   virtual void writePathEntriesToFile(Path const& root, std::set<UString> const& entries) const;
-  /// Full paths; those found before a failure when the tree cannot be walked to its end.
+  /// Full paths; without those in folders that cannot be read.
   virtual std::set<Path> getAllJcpFiles(Path const& root) const;
   /// The entries with the metadata root in place, in native form.
   virtual std::set<UString> readJcpFile(Path const& file) const;

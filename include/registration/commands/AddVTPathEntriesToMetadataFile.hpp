@@ -30,8 +30,9 @@ class REGISTRATION_API AddVTPathEntriesToMetadataFile : public utility::Command 
   virtual void log_message(UString const& message) const;
   /// Rewrites `ssiSearchFolders` with the entries for which root joined with the entry exists.
   virtual void writePathEntriesToFile(Path const& root, std::set<UString> const& entries) const;
-  /// Full paths; those found before a failure when the tree cannot be walked to its end.
+  /// Full paths; without those in folders that cannot be read.
   virtual std::set<Path> getAllPhlFiles(Path const& root) const;
+  /// Of a file that cannot be read to its end also what `ssiSearchFolders` holds so far.
   virtual std::set<UString> readPhlFile(Path const& file) const;
   virtual std::set<UString> readAllPhlFiles(std::set<Path> const& files) const;
 

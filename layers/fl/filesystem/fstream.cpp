@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <exception>
 #include <string_view>
 #include <utility>
 
@@ -13,27 +14,45 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 
+/// What `call` returns. Of a std::exception that it throws, the text becomes `failure`, unless
+/// there was one before.
+template <typename Call>
+auto noting(std::string& failure, Call&& call) {
+  try {
+    return call();
+  } catch (std::exception const& error) {
+    if (failure.empty()) {
+      failure = error.what();
+    }
+    throw;
+  }
+}
+
 }  // namespace
 
 class ifstream::buffer : public std::streambuf {
  public:
-  explicit buffer(std::unique_ptr<machine::FileReader> reader) : reader_(std::move(reader)) {}
+  buffer(Path const& path, std::string& failure)
+      : failure_(failure), reader_(noting(failure, [&] {
+          return machine::current().files().openForReading(path.ustring());
+        })) {}
 
  protected:
   int_type underflow() override {
-    std::size_t const count = reader_->read(bytes_);
+    std::size_t const count = noting(failure_, [this] { return reader_->read(bytes_); });
     setg(bytes_.data(), bytes_.data(), bytes_.data() + count);
     return count == 0 ? traits_type::eof() : traits_type::to_int_type(bytes_.front());
   }
 
  private:
+  std::string& failure_;
   std::unique_ptr<machine::FileReader> reader_;
   std::array<char, bufferSize> bytes_;
 };
 
 ifstream::ifstream(Path const& path) : std::istream(nullptr) {
   try {
-    buffer_ = std::make_unique<buffer>(machine::current().files().openForReading(path.ustring()));
+    buffer_ = std::make_unique<buffer>(path, failure_);
     rdbuf(buffer_.get());
   } catch (machine::SystemError const&) {
     setstate(std::ios::failbit);
@@ -48,7 +67,10 @@ bool ifstream::is_open() const {
 
 class ofstream::buffer : public std::streambuf {
  public:
-  explicit buffer(std::unique_ptr<machine::FileWriter> writer) : writer_(std::move(writer)) {
+  buffer(Path const& path, open_mode mode, std::string& failure)
+      : failure_(failure), writer_(noting(failure, [&] {
+          return machine::current().files().openForWriting(path.ustring(), mode);
+        })) {
     resetPutArea();
   }
   ~buffer() override {
@@ -67,7 +89,7 @@ class ofstream::buffer : public std::streambuf {
     }
     auto const writer = std::move(writer_);
     writePending(*writer);
-    writer->close();
+    noting(failure_, [&] { writer->close(); });
   }
 
  protected:
@@ -99,18 +121,18 @@ class ofstream::buffer : public std::streambuf {
     std::string_view const pending(pbase(), static_cast<std::size_t>(pptr() - pbase()));
     resetPutArea();
     if (!pending.empty()) {
-      writer.write(pending);
+      noting(failure_, [&] { writer.write(pending); });
     }
   }
 
+  std::string& failure_;
   std::unique_ptr<machine::FileWriter> writer_;
   std::array<char, bufferSize> bytes_;
 };
 
-ofstream::ofstream(Path const& path, machine::WriteMode mode) : std::ostream(nullptr) {
+ofstream::ofstream(Path const& path, open_mode mode) : std::ostream(nullptr) {
   try {
-    buffer_ =
-        std::make_unique<buffer>(machine::current().files().openForWriting(path.ustring(), mode));
+    buffer_ = std::make_unique<buffer>(path, mode, failure_);
     rdbuf(buffer_.get());
   } catch (machine::SystemError const&) {
     setstate(std::ios::failbit);

@@ -4,13 +4,15 @@
 #include <memory>
 #include <ostream>
 #include <streambuf>
+#include <string>
 
 #include "fl/filesystem/path.hpp"
 #include "machine/api.hpp"
 #include "machine/files.hpp"
 
 /// Standard streams over the current machine's files, binary: bytes pass unchanged. As with the
-/// standard file streams, a failure sets the stream's failure state and throws nothing.
+/// standard file streams, a failure sets the stream's failure state and throws nothing; unlike
+/// them, these tell which it was.
 namespace fl::filesystem {
 
 using open_mode = machine::WriteMode;
@@ -20,9 +22,13 @@ class REGISTRATION_API ifstream : public std::istream {
   explicit ifstream(Path const& path);
   ~ifstream() override;
   bool is_open() const;
+  /// The text of the first failure, in UTF-8; empty as long as there was none. The end of a file is
+  /// none.
+  std::string const& failure() const { return failure_; }
 
  private:
   class buffer;
+  std::string failure_;
   std::unique_ptr<buffer> buffer_;
 };
 
@@ -33,9 +39,12 @@ class REGISTRATION_API ofstream : public std::ostream {
   bool is_open() const;
   /// Flushes and closes; sets failbit when that fails.
   void close();
+  /// As ifstream's. What was written before it may be in the file, all or in part.
+  std::string const& failure() const { return failure_; }
 
  private:
   class buffer;
+  std::string failure_;
   std::unique_ptr<buffer> buffer_;
 };
 

@@ -28,29 +28,33 @@ recursive_directory_walk::recursive_directory_walk(Path const& root)
 recursive_directory_walk::~recursive_directory_walk() = default;
 
 directory_entry const* recursive_directory_walk::next() {
-  try {
-    if (enterBeforeNext_) {
-      enterBeforeNext_ = false;
-      enter(entry_.name_);
-    }
-    return advance() ? &entry_ : nullptr;
-  } catch (...) {
-    levels_.clear();
-    throw;
+  if (enterBeforeNext_) {
+    enterBeforeNext_ = false;
+    enter(entry_.name_);
   }
+  return advance() ? &entry_ : nullptr;
 }
 
 bool recursive_directory_walk::advance() {
   machine::DirectoryEntry found;
   while (!levels_.empty()) {
     folder_.resize(levels_.back().folderLength);
-    if (levels_.back().names->next(found)) {
+    if (readName(found)) {
       describe(found);
       return true;
     }
     levels_.pop_back();
   }
   return false;
+}
+
+bool recursive_directory_walk::readName(machine::DirectoryEntry& found) {
+  try {
+    return levels_.back().names->next(found);
+  } catch (...) {
+    levels_.pop_back();
+    throw;
+  }
 }
 
 void recursive_directory_walk::describe(machine::DirectoryEntry const& found) {

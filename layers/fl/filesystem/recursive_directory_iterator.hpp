@@ -40,7 +40,7 @@ class REGISTRATION_API recursive_directory_walk {
   recursive_directory_walk& operator=(recursive_directory_walk const&) = delete;
 
   /// The next entry; null at the end. Throws machine::SystemError when a folder on the way cannot
-  /// be read; the walk has then ended.
+  /// be read, or not to its end; the next call goes on behind that folder.
   directory_entry const* next();
 
  private:
@@ -49,6 +49,7 @@ class REGISTRATION_API recursive_directory_walk {
     std::size_t folderLength;
   };
   bool advance();
+  bool readName(machine::DirectoryEntry& found);
   void describe(machine::DirectoryEntry const& found);
   void enter(std::u16string_view name);
   void open();

@@ -55,9 +55,8 @@ void Add3PEnvVarToMetadataFile::writeEnvVarEntriesToFile(UString const& root,
     return;
   }
   metadata::Log const log = [this](UString const& message) { log_message(message); };
-  metadata::writeFile(writer, folder, log, [&](fl::filesystem::ofstream& file) {
-    utility::loggingFailure(log, UString(writer.errorWriting),
-                            [&] { metadata::writeLine(file, body); });
+  metadata::writeFile(writer, folder, log, [&](metadata::Lines& lines) {
+    utility::loggingFailure(log, UString(writer.errorWriting), [&] { lines.write(body); });
   });
 }
 

@@ -41,10 +41,9 @@ void Add3PVTPathEntriesToMetadataFile::write3pVTPathEntriesToFile(
       metadata::vortanPaths.writer, folder,
       [this](UString const& message) { log_message(message); }, entries,
       [&folder](UString const& entry) -> std::optional<UString> {
-        if (!fl::filesystem::exists(entry)) {
-          return std::nullopt;
-        }
-        return fl::filesystem::relative(entry, folder).ustring();
+        auto const existing = metadata::lineIfItExists(entry);
+        return existing ? std::optional(fl::filesystem::relative(entry, folder).ustring())
+                        : std::nullopt;
       });
 }
 

@@ -39,7 +39,7 @@ void Add3pJavaPathEntriesToMetadataFile::writePathEntriesToFile(
   Path const folder = Path(root).make_native();
   metadata::writeEntries(
       metadata::javaClassPaths.writer, folder,
-      [this](UString const& message) { log_message(message); }, entries, metadata::ifItExists);
+      [this](UString const& message) { log_message(message); }, entries, metadata::lineIfItExists);
 }
 
 std::vector<UString> Add3pJavaPathEntriesToMetadataFile::getJavaClassPathsFromInstrSetMap(

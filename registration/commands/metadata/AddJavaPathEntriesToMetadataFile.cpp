@@ -42,7 +42,7 @@ void AddJavaPathEntriesToMetadataFile::writePathEntriesToFile(
   if (!entries.empty()) {
     metadata::writeEntries(
         metadata::javaClassPath, root, [this](UString const& message) { log_message(message); },
-        entries, metadata::ifItExists);
+        entries, metadata::lineIfItExists);
   }
 }
 
@@ -58,7 +58,9 @@ std::set<UString> AddJavaPathEntriesToMetadataFile::readJcpFile(Path const& file
     return path.make_native().ustring();
   };
   return metadata::readList(
-      metadata::jcpFormat, file, [this](UString const& message) { log_message(message); }, toEntry);
+             metadata::jcpFormat, file, [this](UString const& message) { log_message(message); },
+             toEntry)
+      .entries;
 }
 
 std::set<UString> AddJavaPathEntriesToMetadataFile::readAllJcpFiles(
@@ -73,8 +75,10 @@ std::set<UString> AddJavaPathEntriesToMetadataFile::getPathEntriesFromMetadataFi
     return {};
   }
   return metadata::readList(
-      metadata::javaClassPathFormat, file, [this](UString const& message) { log_message(message); },
-      [](std::string const& line) { return fl::i18n::utf8_to_ustring(line); });
+             metadata::javaClassPathFormat, file,
+             [this](UString const& message) { log_message(message); },
+             [](std::string const& line) { return fl::i18n::utf8_to_ustring(line); })
+      .entries;
 }
 
 std::set<UString> AddJavaPathEntriesToMetadataFile::filterPathEntriesAlreadyPresentInMetadataFile(

@@ -1,10 +1,34 @@
 #include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
 
+#include <stdexcept>
+
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/logger.hpp"
 #include "registration/commands/metadata/list_files.hpp"
 
 namespace registration::commands {
+
+namespace {
+
+UString toEntry(std::string const& line) {
+  return fl::i18n::utf8_to_ustring(line);
+}
+
+/// What `ssiSearchFolders` holds: nothing of it is given up while it is not known whether a list
+/// still has it. Throws std::runtime_error when it cannot be read either.
+std::set<UString> entriesSoFar(Path const& root) {
+  Path const file = root / UString(metadata::searchFolders.file);
+  if (!fl::filesystem::exists(file)) {
+    return {};
+  }
+  metadata::List list = metadata::readEntries(metadata::commentMark, file, toEntry);
+  if (!list.failure.empty()) {
+    throw std::runtime_error(fl::i18n::ustring_to_utf8(list.failure));
+  }
+  return list.entries;
+}
+
+}  // namespace
 
 AddVTPathEntriesToMetadataFile::AddVTPathEntriesToMetadataFile(utility::Options const& given)
     : options(given) {}
@@ -51,9 +75,12 @@ std::set<Path> AddVTPathEntriesToMetadataFile::getAllPhlFiles(Path const& root) 
 }
 
 std::set<UString> AddVTPathEntriesToMetadataFile::readPhlFile(Path const& file) const {
-  return metadata::readList(
-      metadata::phlFormat, file, [this](UString const& message) { log_message(message); },
-      [](std::string const& line) { return fl::i18n::utf8_to_ustring(line); });
+  metadata::List list = metadata::readList(
+      metadata::phlFormat, file, [this](UString const& message) { log_message(message); }, toEntry);
+  if (list.isOpened && !list.failure.empty()) {
+    list.entries.merge(entriesSoFar(Path(options.getMetadataRootPath()).make_native()));
+  }
+  return list.entries;
 }
 
 std::set<UString> AddVTPathEntriesToMetadataFile::readAllPhlFiles(

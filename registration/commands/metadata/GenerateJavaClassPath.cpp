@@ -20,7 +20,9 @@ void generating(Log&& log, UString const& started, UString const& succeeded, USt
         step();
         log(succeeded + root);
       },
-      [&](UString const& text) { log(failed + root + u". Error: " + text); });
+      [&](UString const& text) {
+        utility::logTrouble(log, failed + root + u". Error: " + text, root);
+      });
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "foundation/storage/vfs/Folder.hpp"
 #include "install/cpputil/logger.hpp"
 #include "registration/commands/start_bundles.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
@@ -58,18 +59,28 @@ UString messageFor(vfs::Exception const& failure) {
       {"VORTAN:virtualfilesystem", key, {failure.getLocation()}}, fl::i18n::BxLocale::global());
 }
 
+/// What was passed over on the way, and is lost with the next definition file.
+void tell(foundation::core::except::Notification const& notification) {
+  for (auto const& warning : notification.warnings()) {
+    utility::warn(warning.text(), warning.location);
+  }
+}
+
 /// The entries of the old definition file, if there is one, then those derived from the
 /// installation; each once.
 std::vector<vfs::AbsoluteIRI> collectEntries(paths::IPathdefGenerator const& generator,
                                              vfs::StorageSystemReference const& storage) {
   auto const pathdefFile = generator.getPathdefFile();
   auto const toolboxFolder = generator.getToolboxFolder();
-  foundation::core::except::Notification notification;
+  foundation::core::except::Notification ofFile;
   std::vector<vfs::AbsoluteIRI> entries;
   if (vfs::File(pathdefFile, storage).fileExists()) {
-    entries = generator.readEntries(pathdefFile, notification);
+    entries = generator.readEntries(pathdefFile, ofFile);
   }
-  auto const derived = generator.getDerivedEntries(toolboxFolder, notification);
+  tell(ofFile);
+  foundation::core::except::Notification ofFolders;
+  auto const derived = generator.getDerivedEntries(toolboxFolder, ofFolders);
+  tell(ofFolders);
   entries.insert(entries.end(), derived.begin(), derived.end());
   return paths::RemoveDuplicateIris(entries);
 }
@@ -117,8 +128,10 @@ vfs::CanonicalAbsoluteIRI GeneratePathDef::getVortanRoot() const {
 }
 
 void GeneratePathDef::handleVfsException(vfs::Exception const& failure) const {
-  log_message(u"Failed to generate pathdef.vsc for " + options.getRootPath() + u". Error: " +
-              messageFor(failure));
+  utility::logTrouble([this](UString const& message) { log_message(message); },
+                      u"Failed to generate pathdef.vsc for " + options.getRootPath() +
+                          u". Error: " + messageFor(failure),
+                      failure.getLocation());
 }
 
 void GeneratePathDef::log_message(UString const& message) const {

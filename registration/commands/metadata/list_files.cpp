@@ -1,9 +1,11 @@
 #include "registration/commands/metadata/list_files.hpp"
 
+#include <optional>
 #include <string_view>
 
 #include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/recursive_directory_iterator.hpp"
+#include "machine/error.hpp"
 
 namespace registration::commands::metadata {
 
@@ -27,11 +29,25 @@ bool hasExtension(std::u16string_view name, UString const& extension) {
 }  // namespace
 
 void findFilesByExtension(Path const& root, UString const& extension, std::set<Path>& found) {
+  std::optional<machine::SystemError> first;
   fl::filesystem::recursive_directory_walk walk(root);
-  while (auto const* entry = walk.next()) {
-    if (!entry->is_directory() && hasExtension(entry->file_name(), extension)) {
-      found.insert(entry->path());
+  for (bool isAtEnd = false; !isAtEnd;) {
+    try {
+      auto const* const entry = walk.next();
+      isAtEnd = entry == nullptr;
+      if (entry && !entry->is_directory() && hasExtension(entry->file_name(), extension)) {
+        found.insert(entry->path());
+      }
+    } catch (machine::SystemError const& failure) {
+      if (first) {
+        tellLost(fl::i18n::utf8_to_ustring(failure.what()), root);
+      } else {
+        first = failure;
+      }
     }
+  }
+  if (first) {
+    throw machine::SystemError(*first);
   }
 }
 
@@ -42,21 +58,30 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
   return files;
 }
 
-std::set<UString> readList(ListFormat const& format, Path const& file, Log const& log,
-                           std::function<UString(std::string const& line)> const& toEntry) {
-  std::set<UString> entries;
+List readEntries(char mark, Path const& file,
+                 std::function<UString(std::string const& line)> const& toEntry) {
+  List list;
   fl::filesystem::ifstream stream(file);
-  if (!stream.is_open()) {
-    log(UString(format.unableToOpen) + file.ustring());
-    return entries;
-  }
+  list.isOpened = stream.is_open();
   for (std::string line; std::getline(stream, line);) {
     std::string const entry = trimmed(line);
-    if (!entry.empty() && entry.front() != format.commentMark) {
-      entries.insert(toEntry(entry));
+    if (!entry.empty() && entry.front() != mark) {
+      list.entries.insert(toEntry(entry));
     }
   }
-  return entries;
+  list.failure = fl::i18n::utf8_to_ustring(stream.failure());
+  return list;
+}
+
+List readList(ListFormat const& format, Path const& file, Log const& log,
+              std::function<UString(std::string const& line)> const& toEntry) {
+  List list = readEntries(format.commentMark, file, toEntry);
+  if (!list.isOpened) {
+    utility::logTrouble(log, UString(format.unableToOpen) + file.ustring(), file.ustring());
+  } else if (!list.failure.empty()) {
+    tellLost(list.failure, file);
+  }
+  return list;
 }
 
 std::set<UString> readLists(std::set<Path> const& files,

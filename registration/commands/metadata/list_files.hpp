@@ -30,18 +30,30 @@ inline constexpr ListFormat javaClassPathFormat{u"", commentMark, u"",
                                                 u"Unable to open javaClassPath file: "};
 
 /// Adds to `found` every file below `root`, at any depth, whose extension is exactly `extension`
-/// (case matters). Links are not entered. Throws machine::SystemError when a folder cannot be read;
-/// what was found before stays in `found`.
+/// (case matters). Links are not entered. A folder that cannot be read loses only itself: the rest
+/// is searched all the same, then the first such failure is thrown (machine::SystemError) and the
+/// others are told as trouble.
 void findFilesByExtension(Path const& root, UString const& extension, std::set<Path>& found);
 
-/// The files of this kind below `root`; those found before a failure, which is logged.
+/// The files of this kind below `root`; those that were found when there was a failure, which is
+/// logged.
 std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& log);
 
-/// The entries of one list, each as `toEntry` gives it. A file that cannot be opened is logged and
-/// has none.
-REGISTRATION_API std::set<UString> readList(
-    ListFormat const& format, Path const& file, Log const& log,
-    std::function<UString(std::string const& line)> const& toEntry);
+/// What one list holds, as far as it could be read.
+struct List {
+  std::set<UString> entries;
+  bool isOpened = false;
+  /// Why it could not be opened or not be read to its end; empty when it was.
+  UString failure;
+};
+
+/// The entries of a list whose comments begin with `mark`, each as `toEntry` gives it.
+REGISTRATION_API List readEntries(char mark, Path const& file,
+                                  std::function<UString(std::string const& line)> const& toEntry);
+
+/// The same by its format, a failure logged or, where the log has no line for it, told as trouble.
+List readList(ListFormat const& format, Path const& file, Log const& log,
+              std::function<UString(std::string const& line)> const& toEntry);
 
 /// The union of what `readOne` reads from each file, in order.
 std::set<UString> readLists(std::set<Path> const& files,

@@ -1,6 +1,12 @@
 #include "registration/commands/metadata/path_metadata_file.hpp"
 
+#include <sstream>
+
+#include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/operations.hpp"
+#include "machine/machine.hpp"
+#include "machine/path_grammar.hpp"
+#include "machine/whole_file.hpp"
 
 namespace registration::commands::metadata {
 
@@ -12,32 +18,124 @@ void logLine(Log const& log, std::u16string_view line) {
   }
 }
 
+void tellUnwritten(Path const& file, std::string_view reason) {
+  tellLost(file.ustring() + u" could not be written: " + fl::i18n::utf8_to_ustring(reason), file);
+}
+
+/// False when the machine's refusal was told.
+template <typename Step>
+bool isWritten(Path const& file, Step&& step) {
+  try {
+    step();
+    return true;
+  } catch (machine::SystemError const& failure) {
+    tellUnwritten(file, failure.what());
+    return false;
+  }
+}
+
+/// Whether the last line has no line feed at its end. A file that cannot be opened is taken for one
+/// in order.
+bool endsWithinLine(Path const& file) {
+  fl::filesystem::ifstream stream(file);
+  char last = '\n';
+  for (char byte{}; stream.get(byte);) {
+    last = byte;
+  }
+  return last != '\n';
+}
+
+void extend(Path const& path, std::string_view start,
+            std::function<void(Lines&)> const& writeBody) {
+  bool const lacksLineFeed = endsWithinLine(path);
+  fl::filesystem::ofstream file(path, fl::filesystem::open_mode::append);
+  file << start << std::flush;
+  Lines lines(file, lacksLineFeed);
+  writeBody(lines);
+  file.close();
+  if (!file.failure().empty()) {
+    tellUnwritten(path, file.failure());
+  }
+}
+
+/// A folder that takes no new file may hold one that can be written, and a file that others read
+/// may be one that cannot be replaced.
+void replaceOrOverwrite(machine::Files& files, UString const& path, std::string const& content) {
+  try {
+    machine::replaceFile(files, path, content);
+  } catch (machine::SystemError const& failure) {
+    if (!failure.is(machine::ErrorCode::accessDenied) &&
+        !failure.is(machine::ErrorCode::sharingViolation)) {
+      throw;
+    }
+    auto const writer = files.openForWriting(path, machine::WriteMode::truncate);
+    writer->write(content);
+    writer->close();
+  }
+}
+
+/// Deletes the old file once the new one lies complete beside it.
+void writeAnew(Path const& path, std::string const& content) {
+  auto& files = machine::current().files();
+  UString const complete = path.ustring() + u".new";
+  if (!isWritten(path, [&] { machine::replaceFile(files, complete, content); })) {
+    return;
+  }
+  try {
+    fl::filesystem::remove(path);
+  } catch (...) {
+    machine::removeIfPossible(files, complete);
+    throw;
+  }
+  isWritten(path, [&] { files.rename(complete, path.ustring(), false); });
+}
+
 }  // namespace
 
-void writeLine(fl::filesystem::ofstream& file, std::string_view text) {
-  file << text << '\n' << std::flush;
+void tellLost(UString const& text, Path const& file) {
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::error, text, file.ustring()});
+}
+
+void Lines::write(std::string_view text) {
+  if (endsWithinLine_) {
+    file_ << '\n';
+    endsWithinLine_ = false;
+  }
+  file_ << text << '\n' << std::flush;
 }
 
 void writeFile(Writer const& writer, Path const& root, Log const& log,
-               std::function<void(fl::filesystem::ofstream&)> const& writeBody) {
-  using fl::filesystem::open_mode;
+               std::function<void(Lines&)> const& writeBody) {
   logLine(log, writer.adding);
   Path const path = root / UString(writer.file);
   bool const isNew = !fl::filesystem::exists(path);
-  if (writer.existingFile == ExistingFile::deleted && !isNew) {
-    fl::filesystem::remove(path);
+  bool const hasHeader =
+      writer.header == Header::always || (writer.header == Header::inNewFile && isNew);
+  std::string_view const start = hasHeader ? header : std::string_view();
+  if (writer.existingFile == ExistingFile::extended) {
+    extend(path, start, writeBody);
+  } else {
+    std::ostringstream content;
+    content << start;
+    Lines lines(content, false);
+    writeBody(lines);
+    if (writer.existingFile == ExistingFile::deleted) {
+      writeAnew(path, content.str());
+    } else {
+      isWritten(path, [&] {
+        replaceOrOverwrite(machine::current().files(), path.ustring(), content.str());
+      });
+    }
   }
-  bool const isExtended = writer.existingFile == ExistingFile::extended && !isNew;
-  fl::filesystem::ofstream file(path, isExtended ? open_mode::append : open_mode::truncate);
-  if (writer.header == Header::always || (writer.header == Header::inNewFile && isNew)) {
-    file << header << std::flush;
-  }
-  writeBody(file);
-  file.close();
   logLine(log, writer.added);
 }
 
-std::optional<UString> ifItExists(UString const& entry) {
+std::optional<UString> lineIfItExists(UString const& entry) {
+  if (!machine::path_grammar::isAbsolute(entry)) {
+    utility::warn(entry + u" is not absolute: where it is looked for depends on the current folder",
+                  entry);
+  }
   return fl::filesystem::exists(entry) ? std::optional(entry) : std::nullopt;
 }
 

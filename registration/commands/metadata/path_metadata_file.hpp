@@ -2,9 +2,9 @@
 
 #include <functional>
 #include <optional>
+#include <ostream>
 #include <string_view>
 
-#include "fl/filesystem/fstream.hpp"
 #include "registration/utility/failure_convention.hpp"
 #include "registration/utility/types.hpp"
 
@@ -77,14 +77,31 @@ inline constexpr Writer thirdPartyEnvironment{
     u"Error writing to 3P environment variable to envVariableList",
 };
 
-/// Writes `text` and a line feed, and flushes. As with every stream, a failure is silent.
-void writeLine(fl::filesystem::ofstream& file, std::string_view text);
+/// Tells, beside the log, that something of a file or folder was not read or not written.
+void tellLost(UString const& text, Path const& file);
 
-/// Opens the writer's file in `root` as the writer does, has `writeBody` fill it and closes it,
-/// between the writer's lines in the log. A file that cannot be opened is silent: the writing goes
-/// nowhere.
+/// Takes the lines of one file.
+class Lines {
+ public:
+  /// `endsWithinLine`: what is in the file already lacks a line feed at its end. It is written
+  /// before the first line.
+  Lines(std::ostream& file, bool endsWithinLine) : file_(file), endsWithinLine_(endsWithinLine) {}
+  /// Writes `text` and a line feed, and flushes. As with every stream, a failure is silent.
+  void write(std::string_view text);
+
+ private:
+  std::ostream& file_;
+  bool endsWithinLine_;
+};
+
+/// Has `writeBody` fill the writer's file in `root`, between the writer's lines in the log.
+///
+/// A file that is extended is written line by line. Any other is put in the place of the old one
+/// when its content is complete; what was there stays when that fails. What cannot be written is
+/// silent in the log and told as trouble. Throws machine::SystemError when the old file is to be
+/// deleted and cannot be.
 void writeFile(Writer const& writer, Path const& root, Log const& log,
-               std::function<void(fl::filesystem::ofstream&)> const& writeBody);
+               std::function<void(Lines&)> const& writeBody);
 
 /// Writes a line for each entry, in order; `lineOf` gives it, or nullopt for an entry to leave out.
 /// A std::exception costs one entry and is logged.
@@ -92,18 +109,19 @@ template <typename Entries, typename LineOf>
 void writeEntries(Writer const& writer, Path const& root, Log const& log, Entries const& entries,
                   LineOf const& lineOf) {
   UString const failureLine(writer.errorWriting);
-  writeFile(writer, root, log, [&](fl::filesystem::ofstream& file) {
+  writeFile(writer, root, log, [&](Lines& lines) {
     for (UString const& entry : entries) {
       utility::loggingFailure(log, failureLine, [&] {
         if (std::optional<UString> const line = lineOf(entry)) {
-          writeLine(file, fl::i18n::ustring_to_utf8(*line));
+          lines.write(fl::i18n::ustring_to_utf8(*line));
         }
       });
     }
   });
 }
 
-/// The entry itself when it exists on disk.
-std::optional<UString> ifItExists(UString const& entry);
+/// The entry, a path, as the line for it when it exists on disk. That one which is not absolute is
+/// looked for from the current folder, whatever that is, is told as trouble.
+std::optional<UString> lineIfItExists(UString const& entry);
 
 }  // namespace registration::commands::metadata

@@ -64,6 +64,31 @@ TEST_F(Ifstream, AFileThatCannotBeOpenedSetsFailbit) {
   }
 }
 
+TEST_F(Ifstream, TellsWhatFailed) {
+  ifstream missing(at(u"missing"));
+  EXPECT_NE(missing.failure().find("missing"), std::string::npos);
+  writeFile(at(u"a.txt"), std::string(100000, 'x') + "\nsecond\n");
+  tests::FaultyMachine faulty(machine());
+  ::machine::ScopedMachine const scope(faulty);
+  int reads = 0;
+  faulty.faults().failWhen(
+      [&](std::string_view operation, std::u16string_view) {
+        return operation == "FileReader::read" && ++reads == 2;
+      },
+      ::machine::ErrorCode::ioDevice);
+  ifstream in(at(u"a.txt"));
+  EXPECT_EQ(in.failure(), "");
+  std::string line;
+  EXPECT_FALSE(std::getline(in, line)) << "a line that is cut is none";
+  EXPECT_TRUE(in.bad());
+  EXPECT_NE(in.failure().find("a.txt"), std::string::npos);
+  faulty.faults().failNever();
+  ifstream whole(at(u"a.txt"));
+  while (std::getline(whole, line)) {
+  }
+  EXPECT_EQ(whole.failure(), "") << "the end of a file is no failure";
+}
+
 class Ofstream : public tests::MachineTest {};
 
 TEST_F(Ofstream, WritesBytesUnchanged) {
@@ -96,6 +121,24 @@ TEST_F(Ofstream, TruncateEmptiesAndAppendKeeps) {
   EXPECT_EQ(readFile(at(u"a.txt")), "old+new");
   ofstream(at(u"a.txt"), WriteMode::truncate) << "n";
   EXPECT_EQ(readFile(at(u"a.txt")), "n");
+}
+
+TEST_F(Ofstream, TellsWhatFailedFirst) {
+  ofstream refused(root(), WriteMode::truncate);
+  EXPECT_NE(refused.failure(), "");
+  for (std::string const failing : {"FileWriter::write", "FileWriter::close"}) {
+    tests::FaultyMachine faulty(machine());
+    ::machine::ScopedMachine const scope(faulty);
+    ofstream out(at(u"a.txt"), WriteMode::truncate);
+    EXPECT_EQ(out.failure(), "");
+    faulty.faults().failWhen(
+        [&](std::string_view operation, std::u16string_view) { return operation == failing; },
+        ::machine::ErrorCode::diskFull);
+    out << "x" << std::flush;
+    out.close();
+    EXPECT_FALSE(out.good());
+    EXPECT_NE(out.failure().find("a.txt"), std::string::npos) << failing;
+  }
 }
 
 TEST_F(Ofstream, CreateNewRefusesAnExistingFile) {

@@ -6,6 +6,7 @@
 #include "registration/commands/Add3PVTPathEntriesToMetadataFile.hpp"
 #include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
 #include "tests/registration/commands/metadata/third_party_fixture.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -53,6 +54,26 @@ TEST_F(Add3PVTPathEntries, SameCommandTwiceWritesEverythingTwice) {
   write({folder});
   write({folder});
   EXPECT_EQ(readFile(written()), "a\na\n");
+}
+
+TEST_F(Add3PVTPathEntries, TheNextEntryIsNotGluedToALastLineWithoutALineFeed) {
+  auto const a = makeFolder(u"product\\a").ustring();
+  writeFile(written(), "own");
+  write({a});
+  EXPECT_EQ(readFile(written()), "own\na\n");
+}
+
+TEST_F(Add3PVTPathEntries, AnEntryThatIsNotAbsoluteIsToldAndWrittenWhenItExists) {
+  makeFolder(u"product\\a");
+  auto const before = fl::filesystem::get_current_path();
+  ASSERT_TRUE(fl::filesystem::change_current_path(metadataRoot()));
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(write({u"a", (metadataRoot() / u"a").ustring()}), successfulRun);
+  fl::filesystem::change_current_path(before);
+  EXPECT_EQ(readFile(written()), "a\na\n");
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.warnings(u"a is not absolute"), 1u);
+  EXPECT_EQ(trouble.reports().front().subject, u"a");
 }
 
 TEST_F(Add3PVTPathEntries, WhatTheProductsOwnCommandWroteStays) {

@@ -10,6 +10,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -321,6 +322,70 @@ TEST_F(AddJavaPathEntries, FailedWritesAndAFailedCloseAreSilent) {
               successfulRun)
         << failing;
     fl::filesystem::remove(written());
+  }
+}
+
+TEST_F(AddJavaPathEntries, TheNextEntryIsNotGluedToALastLineWithoutALineFeed) {
+  makeFiles({u"A.jar", u"B.jar", u"C.jar"});
+  writeFile(root() / u"x.jcp", "$vortanroot/B.jar\n$vortanroot/C.jar\n");
+  writeFile(written(), listed(u"A.jar"));
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()),
+            listed(u"A.jar") + "\n" + listed(u"B.jar") + "\n" + listed(u"C.jar") + "\n");
+}
+
+TEST_F(AddJavaPathEntries, WithNothingToWriteTheLastLineStaysAsItIs) {
+  writeFile(root() / u"x.jcp", "$vortanroot/missing.jar\n");
+  writeFile(written(), "old");
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "old");
+}
+
+TEST_F(AddJavaPathEntries, WhatCannotBeWrittenIsToldAndTheFileNeverShorter) {
+  makeFiles({u"A.jar"});
+  writeFile(root() / u"x.jcp", "$vortanroot/A.jar\n");
+  for (std::string_view const failing :
+       {"openForWriting", "FileWriter::write", "FileWriter::close"}) {
+    writeFile(written(), "old\n");
+    tests::TroubleCapture const trouble;
+    EXPECT_EQ(executeWith([=](std::string_view operation, std::u16string_view) {
+                return operation == failing;
+              }),
+              successfulRun)
+        << failing;
+    EXPECT_TRUE(readFile(written()).starts_with("old\n")) << failing;
+    EXPECT_EQ(trouble.errors(written().ustring() + u" could not be written: "), 1u) << failing;
+    EXPECT_EQ(trouble.reports().size(), 1u) << failing;
+  }
+}
+
+TEST_F(AddJavaPathEntries, AnEntryThatIsNotAbsoluteIsToldAndWrittenWhenItExists) {
+  makeFiles({u"A.jar"});
+  writeFile(root() / u"x.jcp", "A.jar\nmissing.jar\n");
+  auto const before = fl::filesystem::get_current_path();
+  ASSERT_TRUE(fl::filesystem::change_current_path(root()));
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute(), successfulRun);
+  fl::filesystem::change_current_path(before);
+  EXPECT_EQ(readFile(written()), header + "A.jar\n");
+  EXPECT_EQ(trouble.warnings(u"A.jar is not absolute"), 1u);
+  EXPECT_EQ(trouble.warnings(u"missing.jar is not absolute"), 1u);
+}
+
+TEST_F(AddJavaPathEntries, AListOrTheFileItselfThatCannotBeReadToItsEndIsTold) {
+  makeFiles({u"A.jar"});
+  for (char16_t const* name : {u"x.jcp", u"javaClassPath"}) {
+    writeFile(root() / u"x.jcp", "$vortanroot/A.jar\n" + std::string(100000, '#') + "\n");
+    writeFile(written(), listed(u"A.jar") + "\n" + std::string(100000, '#') + "\n");
+    tests::TroubleCapture const trouble;
+    int reads = 0;
+    EXPECT_EQ(executeWith([&](std::string_view operation, std::u16string_view subject) {
+                return operation == "FileReader::read" && subject.ends_with(name) && ++reads == 2;
+              }),
+              Lines{})
+        << "what was read before it counts";
+    EXPECT_EQ(trouble.errors(name), 1u);
+    EXPECT_EQ(trouble.reports().size(), 1u);
   }
 }
 

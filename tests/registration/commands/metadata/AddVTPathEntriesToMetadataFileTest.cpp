@@ -8,6 +8,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -198,6 +199,135 @@ TEST_F(AddVTPathEntries, FailedWritesAreSilent) {
                            machine::ErrorCode::diskFull);
   machine::ScopedMachine const scope(faulty);
   EXPECT_EQ(execute(), successfulRun);
+}
+
+TEST_F(AddVTPathEntries, WhatCannotBeWrittenIsToldAndTheOldFileStaysAsItWas) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  for (std::string const failing :
+       {"openForWriting", "FileWriter::write", "FileWriter::close", "rename"}) {
+    writeFile(written(), "old\n");
+    tests::FaultyMachine faulty(machine());
+    faulty.faults().failWhen(
+        [&](std::string_view operation, std::u16string_view) { return operation == failing; },
+        machine::ErrorCode::diskFull);
+    tests::TroubleCapture const trouble;
+    {
+      machine::ScopedMachine const scope(faulty);
+      EXPECT_EQ(execute(), successfulRun) << failing;
+    }
+    EXPECT_EQ(readFile(written()), "old\n") << failing;
+    ASSERT_EQ(trouble.reports().size(), 1u) << failing;
+    EXPECT_EQ(trouble.errors(written().ustring() + u" could not be written: "), 1u) << failing;
+    EXPECT_EQ(trouble.reports().front().subject, written().ustring());
+    EXPECT_EQ(fl::filesystem::entry_names(root()).size(), 3u) << "nothing is left beside it";
+  }
+}
+
+TEST_F(AddVTPathEntries, AReadOnlyFileIsDeletedAndMadeAnew) {
+  makeFolders({u"a"});
+  writeFile(root() / u"a.phl", "a\n");
+  writeFile(written(), "old\n");
+  files().setReadOnly(written().ustring(), true);
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "a\n");
+}
+
+TEST_F(AddVTPathEntries, AListThatCannotBeReadToItsEndLosesNoEntryOfTheOldFile) {
+  makeFolders({u"a", u"b", u"c", u"new"});
+  writeFile(root() / u"long.phl", "new\n" + std::string(100000, '%') + "\nc\n");
+  writeFile(root() / u"other.phl", "a\n");
+  writeFile(written(), "b\nc\ngone\n");
+  tests::FaultyMachine faulty(machine());
+  int reads = 0;
+  faulty.faults().failWhen(
+      [&](std::string_view operation, std::u16string_view subject) {
+        return operation == "FileReader::read" && subject.ends_with(u"long.phl") && ++reads == 2;
+      },
+      machine::ErrorCode::ioDevice);
+  tests::TroubleCapture const trouble;
+  machine::ScopedMachine const scope(faulty);
+  EXPECT_EQ(execute(), successfulRun) << "no line of its own";
+  EXPECT_EQ(readFile(written()), "a\nb\nc\nnew\n");
+  EXPECT_EQ(trouble.errors(u"long.phl"), 1u);
+  EXPECT_EQ(trouble.reports().size(), 1u);
+}
+
+TEST_F(AddVTPathEntries, WhenNeitherAListNorTheOldFileCanBeReadTheOldFileStays) {
+  writeFile(root() / u"a.phl", "a\n");
+  writeFile(written(), "old\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen([](std::string_view operation,
+                              std::u16string_view) { return operation == "FileReader::read"; },
+                           machine::ErrorCode::ioDevice);
+  {
+    machine::ScopedMachine const scope(faulty);
+    auto const log = execute();
+    ASSERT_EQ(log.size(), 3u);
+    EXPECT_EQ(log[1], u"Unable to add path entries to metadata file");
+    EXPECT_NE(log[2].find(u"ssiSearchFolders"), UString::npos);
+  }
+  EXPECT_EQ(readFile(written()), "old\n");
+}
+
+TEST_F(AddVTPathEntries, FoldersThatCannotBeReadAreToldAndTheRestIsFound) {
+  makeFolders({u"1", u"2", u"3", u"a"});
+  for (auto const* folder : {u"1", u"2", u"3"}) {
+    writeFile(root() / folder / u"x\\list.phl", "a\n");
+  }
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view subject) {
+        return operation == "openDirectory" &&
+               (subject.ends_with(u"1\\x") || subject.ends_with(u"2\\x"));
+      },
+      machine::ErrorCode::fileNameTooLong);
+  tests::TroubleCapture const trouble;
+  machine::ScopedMachine const scope(faulty);
+  auto const log = execute();
+  ASSERT_EQ(log.size(), 4u) << "one failed search is two lines, however many folders it lost";
+  EXPECT_EQ(log[1], u"Error getting all PHL files");
+  EXPECT_EQ(log[3], successfulRun[1]);
+  EXPECT_EQ(readFile(written()), "a\n") << "the third list was found";
+  EXPECT_EQ(trouble.errors(u"1\\x"), 1u);
+  EXPECT_EQ(trouble.errors(u"2\\x"), 1u);
+}
+
+#if !defined(_WIN32)
+TEST_F(AddVTPathEntries, ATreeDeeperThanTheSystemCanOpenLosesOnlyWhatIsTooDeep) {
+  makeFolders({u"a"});
+  writeFile(root() / u"z\\list.phl", "a\n");
+  // Made from within, for no path leads there.
+  auto const before = std::filesystem::current_path();
+  std::filesystem::current_path(hostPath(root().ustring()));
+  std::string const name(200, 'd');
+  constexpr int levels = 30;  // some 6,000 bytes, where the host takes 4,096
+  for (int level = 0; level < levels; ++level) {
+    std::filesystem::create_directory(name);
+    std::filesystem::current_path(name);
+  }
+  std::filesystem::current_path(before);
+  tests::TroubleCapture const trouble;
+  auto const log = execute();
+  EXPECT_EQ(log.size(), 4u);
+  EXPECT_EQ(log.back(), successfulRun[1]);
+  EXPECT_EQ(readFile(written()), "a\n");
+  EXPECT_EQ(trouble.errors(u"Error getting all PHL files"), 1u);
+}
+#endif
+
+TEST_F(AddVTPathEntries, FailuresThatAreLoggedAreToldWithTheirLines) {
+  writeFile(root() / u"bad.phl", "a\n");
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view) { return operation == "openForReading"; },
+      machine::ErrorCode::accessDenied);
+  tests::TroubleCapture const trouble;
+  machine::ScopedMachine const scope(faulty);
+  execute();
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.reports().front().logged_lines, 1u);
+  EXPECT_EQ(trouble.reports().front().subject, (root() / u"bad.phl").ustring());
 }
 
 TEST_F(AddVTPathEntries, OldFileThatCannotBeDeletedFailsTheCommand) {

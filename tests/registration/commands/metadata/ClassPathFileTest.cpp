@@ -55,6 +55,24 @@ TEST_F(ClassPathFileTest, WithoutAMetadataFileItIsEmpty) {
   EXPECT_EQ(generated(), "");
 }
 
+TEST_F(ClassPathFileTest, AListThatCannotBeReadToItsEndLeavesTheOldFile) {
+  list(jar(u"a.jar") + std::string(100000, '#') + "\n" + jar(u"b.jar"));
+  writeFile(file(), "old\n");
+  for (std::string const failing : {"openForReading", "FileReader::read"}) {
+    tests::FaultyMachine faulty(machine());
+    machine::ScopedMachine const scope(faulty);
+    int times = 0;
+    faulty.faults().failWhen(
+        [&](std::string_view operation, std::u16string_view) {
+          return operation == failing && (++times == 2 || failing == "openForReading");
+        },
+        machine::ErrorCode::ioDevice);
+    EXPECT_THROW(ClassPathFile().generateClassPath(root().ustring()), std::runtime_error);
+    faulty.faults().failNever();
+    EXPECT_EQ(readFile(file()), "old\n") << failing;
+  }
+}
+
 TEST_F(ClassPathFileTest, ItsFolderIsMade) {
   list("");
   EXPECT_EQ(generated(), "");

@@ -13,6 +13,7 @@
 #include "tests/support/local_storage.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/trouble_capture.hpp"
 #include "tests/support/user_language.hpp"
 
 namespace registration::commands {
@@ -184,8 +185,20 @@ TEST_F(GeneratePathDefTest, AFailureDuringUndoIsWordedAsOneOfExecute) {
 TEST_F(GeneratePathDefTest, MalformedLinesAreLeftOutAndLoseNothingElse) {
   install({u"a", u"b"});
   writeFile(pathdef(), "pathdef 1\n\"$root\\b\"\nrubbish\n\"C:\\\xFF\"\n\"$root\\..\\x\"\n");
+  tests::TroubleCapture const trouble;
   EXPECT_EQ(execute(), generated());
   EXPECT_EQ(entries(), (Lines{u"$root\\b", u"$root\\a"}));
+  EXPECT_EQ(trouble.warnings(pathdef().ustring() + u", line "), 3u) << "what is lost is told";
+  EXPECT_EQ(trouble.warnings(u"line 3"), 1u);
+  EXPECT_EQ(trouble.reports().front().subject, pathdef().ustring());
+}
+
+TEST_F(GeneratePathDefTest, AFailureIsToldToo) {
+  fl::filesystem::remove_all(product());
+  tests::TroubleCapture const trouble;
+  execute();
+  EXPECT_EQ(trouble.errors(u"Failed to generate pathdef.vsc for "), 1u);
+  EXPECT_EQ(trouble.reports().size(), 1u);
 }
 
 TEST_F(GeneratePathDefTest, AnInstallationThatIsMissingIsNotMade) {

@@ -8,6 +8,7 @@
 #include "registration/commands/Add3PVTPathEntriesToMetadataFile.hpp"
 #include "registration/commands/Add3pJavaPathEntriesToMetadataFile.hpp"
 #include "tests/registration/commands/metadata/third_party_fixture.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -214,6 +215,42 @@ TYPED_TEST(ThirdPartyCommands, FailedWritesAndAFailedCloseAreSilent) {
               (Lines{TypeParam::adding, TypeParam::added}))
         << failing;
   }
+}
+
+TYPED_TEST(ThirdPartyCommands, WhatCannotBeWrittenIsToldAndTheFileIsNotShorterThanBefore) {
+  for (std::string const failing : {"openForWriting", "FileWriter::write", "FileWriter::close"}) {
+    this->writeFile(this->written(), "old\n");
+    tests::FaultyMachine faulty(this->machine());
+    faulty.faults().failWhen(
+        [&](std::string_view operation, std::u16string_view) { return operation == failing; },
+        machine::ErrorCode::diskFull);
+    tests::TroubleCapture const trouble;
+    {
+      machine::ScopedMachine const scope(faulty);
+      EXPECT_EQ(tests::linesOfExecute(this->over({{u"C:\\set", this->oneOfEach()}})),
+                (Lines{TypeParam::adding, TypeParam::added}))
+          << failing;
+    }
+    EXPECT_TRUE(this->readFile(this->written()).starts_with("old\n")) << failing;
+    EXPECT_EQ(trouble.errors(this->written().ustring() + u" could not be written: "), 1u)
+        << failing;
+    EXPECT_EQ(trouble.reports().size(), 1u) << failing;
+  }
+}
+
+TYPED_TEST(ThirdPartyCommands, AFileInAFolderThatTakesNoNewOneIsWrittenAllTheSame) {
+  this->over({{u"C:\\set", this->oneOfEach()}}).execute();
+  auto const content = this->readFile(this->written());
+  this->writeFile(this->written(), "");
+  tests::FaultyMachine faulty(this->machine());
+  faulty.faults().failWhen(
+      [](std::string_view operation, std::u16string_view subject) {
+        return operation == "openForWriting" && subject.ends_with(u".tmp");
+      },
+      machine::ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  this->over({{u"C:\\set", this->oneOfEach()}}).execute();
+  EXPECT_EQ(this->readFile(this->written()), content);
 }
 
 TYPED_TEST(ThirdPartyCommands, RootWithForwardSlashesIsMadeNativeForTheFile) {
