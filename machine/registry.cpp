@@ -67,6 +67,26 @@ void requireValueName(RegistryKey const& key, std::u16string_view name) {
     throw SystemError("set a registry value of", fullName(key), ErrorCode::invalidParameter);
 }
 
+std::span<std::pair<RegistryType, std::string_view> const> registryTypeNames() {
+  static constexpr std::pair<RegistryType, std::string_view> names[] = {
+      {RegistryType::none, "REG_NONE"},
+      {RegistryType::string, "REG_SZ"},
+      {RegistryType::expandableString, "REG_EXPAND_SZ"},
+      {RegistryType::binary, "REG_BINARY"},
+      {RegistryType::dword, "REG_DWORD"},
+      {RegistryType::multiString, "REG_MULTI_SZ"},
+      {RegistryType::qword, "REG_QWORD"},
+  };
+  return names;
+}
+
+std::string registryTypeName(RegistryType type) {
+  for (auto const& [known, name] : registryTypeNames()) {
+    if (known == type) return std::string(name);
+  }
+  return "type " + std::to_string(static_cast<std::uint32_t>(type));
+}
+
 RegistryValue RegistryValue::ofText(std::u16string_view text, RegistryType type) {
   RegistryValue value{type, {}};
   value.data.reserve((text.size() + 2) * 2);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,6 +47,11 @@ enum class RegistryType : std::uint32_t {
   qword = 11,
 };
 
+/// The types above with their names in winnt.h, "REG_SZ" and so on.
+REGISTRATION_API std::span<std::pair<RegistryType, std::string_view> const> registryTypeNames();
+/// The name, "type 10" for a type without one here.
+REGISTRATION_API std::string registryTypeName(RegistryType type);
+
 /// A value exactly as the registry holds it: type and raw bytes, strings unexpanded with their
 /// terminator, UTF-16 little endian.
 struct RegistryValue {
@@ -54,6 +60,10 @@ struct RegistryValue {
 
   bool operator==(RegistryValue const&) const = default;
 
+  /// REG_SZ or REG_EXPAND_SZ.
+  bool isString() const {
+    return type == RegistryType::string || type == RegistryType::expandableString;
+  }
   /// A string value of the given type, terminated as the registry expects it.
   REGISTRATION_API static RegistryValue ofText(std::u16string_view text,
                                                RegistryType type = RegistryType::string);

@@ -1,7 +1,6 @@
 #include "machine/simulated/registry_value_json.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <utility>
 
@@ -14,18 +13,8 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::array<std::pair<RegistryType, char const*>, 7> typeNames{{
-    {RegistryType::none, "REG_NONE"},
-    {RegistryType::string, "REG_SZ"},
-    {RegistryType::expandableString, "REG_EXPAND_SZ"},
-    {RegistryType::binary, "REG_BINARY"},
-    {RegistryType::dword, "REG_DWORD"},
-    {RegistryType::multiString, "REG_MULTI_SZ"},
-    {RegistryType::qword, "REG_QWORD"},
-}};
-
 json typeToJson(RegistryType type) {
-  for (auto const& [known, name] : typeNames)
+  for (auto const& [known, name] : registryTypeNames())
     if (known == type) return name;
   return static_cast<std::uint32_t>(type);
 }
@@ -33,7 +22,7 @@ json typeToJson(RegistryType type) {
 RegistryType typeFromJson(JsonValue const& value) {
   if (value.isNumber()) return static_cast<RegistryType>(value.number(UINT32_MAX));
   auto const text = value.text();
-  for (auto const& [type, name] : typeNames)
+  for (auto const& [type, name] : registryTypeNames())
     if (text == name) return type;
   value.refuse("\"" + text + "\" is no type of registry values");
 }

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "fl/i18n/ustring.hpp"
-#include "install/postinstall/protected_keys.hpp"
+#include "install/postinstall/product_keys.hpp"
 #include "machine/machine.hpp"
 
 namespace install::postinstall {
@@ -64,17 +64,23 @@ UString withoutExtraBackslashes(UString const& path) {
   return plain;
 }
 
+std::string nameOf(RegistryKey const& key) {
+  return fl::i18n::to_string(UString(machine::registryRootName(key.root)) + u"\\" + key.path);
+}
+
 RegistryKey keyOf(HKEY root, std::wstring const& keyPath) {
   return {rootOf(root), withoutExtraBackslashes(registryName(keyPath))};
 }
 
-void refuseProtected(RegistryKey const& key) {
-  if (isProtectedKey(key)) {
-    throw std::invalid_argument(
-        "refused to delete registry key " +
-        fl::i18n::to_string(UString(machine::registryRootName(key.root)) + u"\\" + key.path) +
-        ": the system needs it");
+/// A slash is a unit of a name like any other, but in the name of a key directly below a root it
+/// stands where "\" was meant: nobody has such keys, and nobody could delete one again.
+RegistryKey keyToChange(HKEY root, std::wstring const& keyPath) {
+  RegistryKey key = keyOf(root, keyPath);
+  if (key.path.find(u'\\') == UString::npos && key.path.find(u'/') != UString::npos) {
+    throw std::invalid_argument("registry key " + nameOf(key) +
+                                ": names are separated by \"\\\", not by \"/\"");
   }
+  return key;
 }
 
 }  // namespace
@@ -105,14 +111,15 @@ RegistryUtil::~RegistryUtil() = default;
 
 void RegistryUtil::setRegKeyValue(HKEY const& root, std::wstring const& keyPath,
                                   std::wstring const& valueName, std::wstring const& value) const {
-  machine::current().registry().setText(keyOf(root, keyPath), registryName(valueName),
+  machine::current().registry().setText(keyToChange(root, keyPath), registryName(valueName),
                                         to_ustring(value));
 }
 
 void RegistryUtil::deleteRegKey(HKEY const& root, std::wstring const& keyPath) const {
-  RegistryKey const key = keyOf(root, keyPath);
-  refuseProtected(key);
-  machine::current().registry().removeKey(key);
+  RegistryKey const key = keyToChange(root, keyPath);
+  auto& registry = machine::current().registry();
+  requireProductKey(registry, key);
+  registry.removeKey(key);
 }
 
 std::wstring RegistryUtil::getRegKeyValue(HKEY const& root, std::wstring const& keyPath,
@@ -120,6 +127,17 @@ std::wstring RegistryUtil::getRegKeyValue(HKEY const& root, std::wstring const& 
   auto const value =
       machine::current().registry().value(keyOf(root, keyPath), registryName(valueName));
   return value ? fl::i18n::to_wstring(value->text()) : std::wstring();
+}
+
+void RegistryUtil::requireString(HKEY const& root, std::wstring const& keyPath,
+                                 std::wstring const& valueName) const {
+  RegistryKey const key = keyOf(root, keyPath);
+  auto const value = machine::current().registry().value(key, registryName(valueName));
+  if (value && !value->isString()) {
+    throw std::runtime_error("the registry value " + nameOf(key) + "\\" +
+                             fl::i18n::to_string(to_ustring(valueName)) + " is no string but " +
+                             machine::registryTypeName(value->type));
+  }
 }
 
 RegistryUtil const& RegistryUtil::getRegistryUtil() {

@@ -229,26 +229,6 @@ UString itemName(Item const& item) {
   return item.kind == Item::Kind::registryValue ? item.where + u"\\" + valueName(item) : item.where;
 }
 
-std::string registryTypeName(RegistryType type) {
-  switch (type) {
-    case RegistryType::none:
-      return "REG_NONE";
-    case RegistryType::string:
-      return "REG_SZ";
-    case RegistryType::expandableString:
-      return "REG_EXPAND_SZ";
-    case RegistryType::binary:
-      return "REG_BINARY";
-    case RegistryType::dword:
-      return "REG_DWORD";
-    case RegistryType::multiString:
-      return "REG_MULTI_SZ";
-    case RegistryType::qword:
-      return "REG_QWORD";
-  }
-  return "type " + std::to_string(static_cast<std::uint32_t>(type));
-}
-
 UString registryText(RegistryValue const& value) {
   bool const isEven = value.data.size() % 2 == 0;
   if (isText(value.type) && isEven) return storedText(value);

@@ -30,8 +30,6 @@ machine::UString valueName(machine::Item const& item);
 /// The item's full name: a registry value's with its key.
 machine::UString itemName(machine::Item const& item);
 
-/// "REG_SZ" and so on; "type 8" for one that has no name here.
-std::string registryTypeName(machine::RegistryType type);
 /// A value's content as people write it: text, "1 (0x00000001)", or bytes in hexadecimal, the first
 /// few of many. The texts of a REG_MULTI_SZ are separated by line feeds.
 machine::UString registryText(machine::RegistryValue const& value);

@@ -202,7 +202,7 @@ TEST_F(RegistryUtilCalls, DeleteRefusesEmptyPaths) {
   }
 }
 
-TEST_F(RegistryUtilCalls, DeleteRefusesWhatTheSystemLivesOn) {
+TEST_F(RegistryUtilCalls, DeleteRefusesEveryKeyThatIsNotBelowAPlaceOfProducts) {
   std::pair<HKEY, std::vector<std::wstring>> const refused[] = {
       {localMachineKey(),
        {L"SOFTWARE",
@@ -217,40 +217,125 @@ TEST_F(RegistryUtilCalls, DeleteRefusesWhatTheSystemLivesOn) {
         L"SOFTWARE\\Microsoft",
         L"SOFTWARE\\Microsoft\\Windows",
         L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion",
+        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths",
+        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run",
+        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall",
+        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System",
         L"SOFTWARE\\Microsoft\\Windows NT",
         L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion",
+        L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Fonts",
+        L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Image File Execution Options",
+        L"SOFTWARE\\Microsoft\\Brantix",
         L"SOFTWARE\\Classes",
-        L"SOFTWARE\\Classes\\CLSID",
+        L"SOFTWARE\\Clients",
         L"SOFTWARE\\Policies",
+        L"SOFTWARE\\Policies\\Microsoft",
+        L"SOFTWARE\\Policies\\Microsoft\\Windows",
+        L"SOFTWARE\\RegisteredApplications",
         L"SOFTWARE\\WOW6432Node",
         L"SOFTWARE\\WOW6432Node\\Microsoft",
-        L"SOFTWARE\\Classes\\WOW6432Node\\CLSID",
+        L"SOFTWARE\\WOW6432Node\\Classes",
+        L"SOFTWARE\\Classes\\WOW6432Node",
         L"SYSTEM\\CurrentControlSet",
         L"SYSTEM\\CurrentControlSet\\Control",
         L"SYSTEM\\CurrentControlSet\\Services",
         L"SYSTEM\\CurrentControlSet\\Control\\Session Manager",
         L"SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment",
+        L"SYSTEM\\CurrentControlSet\\Control\\Brantix",
+        L"SYSTEM\\CurrentControlSet\\Enum\\USB",
         L"SYSTEM\\ControlSet001",
         L"SYSTEM\\ControlSet001\\Services",
         L"SYSTEM\\Select",
+        L"SYSTEM\\Brantix",
         L"SAM\\SAM",
+        L"SECURITY\\Policy\\Secrets",
         L"HARDWARE\\DESCRIPTION"}},
-      {classesRootKey(),
-       {L"*", L"CLSID", L"Interface", L"TypeLib", L"AppID", L"Directory", L"Folder", L"Drive",
-        L".exe", L"exefile", L"exefile\\shell", L"WOW6432Node\\CLSID", L"WOW6432Node"}},
+      {classesRootKey(), {L"WOW6432Node"}},
       {currentUserKey(),
-       {L"Software", L"Environment", L"Console", L"Control Panel", L"Software\\Microsoft",
-        L"Software\\Classes", L"Software\\Classes\\CLSID", L"Software\\WOW6432Node"}},
+       {L"Software", L"Environment", L"Console", L"Control Panel\\Desktop", L"Software\\Microsoft",
+        L"Software\\Classes", L"Software\\WOW6432Node", L"Volatile Environment\\1",
+        L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders"}},
       {usersKey(),
        {L".DEFAULT", L"S-1-5-18", L"S-1-5-18\\Software", L"S-1-5-18\\Environment",
-        L"S-1-5-18_Classes", L"S-1-5-18_Classes\\CLSID"}},
-      {currentConfigKey(), {L"System", L"Software"}},
+        L"S-1-5-18_Classes", L"S-1-5-18\\Software\\Microsoft"}},
+      {currentConfigKey(), {L"System", L"Software", L"System\\CurrentControlSet\\Control"}},
   };
   for (auto const& [root, paths] : refused) {
     for (auto const& path : paths) {
       EXPECT_THROW(util.deleteRegKey(root, path), std::invalid_argument)
           << machine::toUtf8(machine::fromWide(path));
     }
+  }
+}
+
+/// Windows' own classes and services have values beside texts; this helper writes texts only.
+TEST_F(RegistryUtilCalls, DeleteRefusesAClassOrServiceThatHoldsMoreThanStrings) {
+  std::tuple<HKEY, RegistryRoot, machine::UString> const others[] = {
+      {localMachineKey(), RegistryRoot::localMachine,
+       u"SYSTEM\\CurrentControlSet\\Services\\Dnscache"},
+      {localMachineKey(), RegistryRoot::localMachine,
+       u"SYSTEM\\ControlSet002\\Services\\Tcpip\\Parameters"},
+      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\Classes\\CLSID"},
+      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\WOW6432Node\\Classes\\exefile"},
+      {classesRootKey(), RegistryRoot::classesRoot, u"exefile"},
+      {classesRootKey(), RegistryRoot::classesRoot, u"Directory\\shell"},
+      {currentUserKey(), RegistryRoot::currentUser, u"Software\\Classes\\CLSID"},
+      {usersKey(), RegistryRoot::users, u"S-1-5-18_Classes\\CLSID"},
+  };
+  for (auto const& [handle, root, path] : others) {
+    RegistryKey const whole{root, path};
+    RegistryKey const below{root, path + u"\\below"};
+    EXPECT_CALL(recorded, values(whole))
+        .WillOnce(Return(std::vector<std::pair<machine::UString, RegistryValue>>{
+            {u"", RegistryValue::ofText(u"its name")}}));
+    EXPECT_CALL(recorded, subkeys(whole)).WillOnce(Return(std::vector<machine::UString>{u"below"}));
+    EXPECT_CALL(recorded, values(below))
+        .WillOnce(Return(std::vector<std::pair<machine::UString, RegistryValue>>{
+            {u"Start", RegistryValue::ofDword(2)}}));
+    try {
+      util.deleteRegKey(handle, to_wstring(path));
+      ADD_FAILURE() << machine::toUtf8(path);
+    } catch (std::invalid_argument const& refusal) {
+      EXPECT_THAT(refusal.what(), HasSubstr("\\below holds \"Start\" of the type REG_DWORD"));
+    }
+  }
+}
+
+TEST_F(RegistryUtilTest, ASlashInPlaceOfABackslashIsRefusedWhereItWouldMakeAKeyOfTheRoot) {
+  for (wchar_t const* path : {L"SOFTWARE/Brantix", L"\\Software/Brantix/Vortan", L"a/b\\"}) {
+    for (auto const change : {+[](RegistryUtil const&with, std::wstring const&key) {
+                                with.setRegKeyValue(localMachineKey(), key, L"n", L"x");
+                              },
+                              +[](RegistryUtil const&with, std::wstring const&key) {
+                                with.deleteRegKey(localMachineKey(), key);
+                              }}) {
+      try {
+        change(util, path);
+        ADD_FAILURE();
+      } catch (std::invalid_argument const& refusal) {
+        EXPECT_THAT(refusal.what(), HasSubstr("names are separated by"));
+      }
+    }
+  }
+  // Anywhere else it is a unit like any other.
+  util.setRegKeyValue(currentUserKey(), path() + L"\\text/html", L"", L"x");
+  util.deleteRegKey(currentUserKey(), path() + L"\\text/html");
+  EXPECT_TRUE(registry().subkeys(key()).empty());
+}
+
+TEST_F(RegistryUtilTest, AStringIsRequiredByNameAndType) {
+  registry().setValue(key(), u"number", RegistryValue::ofDword(1));
+  registry().setValue(key(), u"text", RegistryValue::ofText(u"x"));
+  registry().setValue(key(), u"expandable",
+                      RegistryValue::ofText(u"x", RegistryType::expandableString));
+  for (wchar_t const* name : {L"text", L"expandable", L"missing"}) {
+    EXPECT_NO_THROW(util.requireString(currentUserKey(), path(), name));
+  }
+  try {
+    util.requireString(currentUserKey(), path(), L"number");
+    ADD_FAILURE();
+  } catch (std::runtime_error const& refusal) {
+    EXPECT_THAT(refusal.what(), HasSubstr("\\number is no string but REG_DWORD"));
   }
 }
 
@@ -272,24 +357,49 @@ TEST_F(RegistryUtilCalls, RefusalNamesTheKey) {
 }
 
 TEST_F(RegistryUtilCalls, DeletePassesProductsOwnKeysOn) {
+  using Root = RegistryRoot;
   std::tuple<HKEY, RegistryRoot, machine::UString> const own[] = {
-      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\Brantix"},
-      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\Brantix\\Vortan"},
-      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\WOW6432Node\\Brantix"},
-      {localMachineKey(), RegistryRoot::localMachine,
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Brantix"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Brantix\\Vortan"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Brantix\\Microsoft"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\WOW6432Node\\Brantix"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Clients\\StartMenuInternet\\Vortan"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Policies\\Brantix"},
+      {localMachineKey(), Root::localMachine,
+       u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\vortan.exe"},
+      {localMachineKey(), Root::localMachine,
        u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vortan"},
-      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\Classes\\Vortan.Document"},
-      {localMachineKey(), RegistryRoot::localMachine, u"SOFTWARE\\Micro"},
-      {localMachineKey(), RegistryRoot::localMachine,
-       u"SYSTEM\\CurrentControlSet\\Services\\VortanService"},
-      {classesRootKey(), RegistryRoot::classesRoot, u"Vortan.Document"},
-      {classesRootKey(), RegistryRoot::classesRoot, u".vt"},
-      {classesRootKey(), RegistryRoot::classesRoot, u"CLSID\\{1}"},
-      {currentUserKey(), RegistryRoot::currentUser, u"Software\\Brantix"},
-      {usersKey(), RegistryRoot::users, u"S-1-5-18\\Software\\Brantix"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Micro"},
+      {currentUserKey(), Root::currentUser, u"Software\\Brantix"},
+      {currentUserKey(), Root::currentUser,
+       u"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vortan"},
+      {usersKey(), Root::users, u"S-1-5-18\\Software\\Brantix"},
   };
   for (auto const& [handle, root, path] : own) {
     EXPECT_CALL(recorded, removeKey(RegistryKey{root, path})).WillOnce(Return(true));
+    EXPECT_NO_THROW(util.deleteRegKey(handle, to_wstring(path))) << machine::toUtf8(path);
+  }
+  std::tuple<HKEY, RegistryRoot, machine::UString> const ownAmongWindows[] = {
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Classes\\Vortan.Document"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Classes\\vortan"},
+      {localMachineKey(), Root::localMachine, u"SOFTWARE\\Classes\\*\\shell\\Vortan"},
+      {localMachineKey(), Root::localMachine, u"SYSTEM\\CurrentControlSet\\Services\\VortanAgent"},
+      {localMachineKey(), Root::localMachine,
+       u"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\Vortan"},
+      {classesRootKey(), Root::classesRoot, u"Vortan.Document"},
+      {classesRootKey(), Root::classesRoot, u".vt"},
+      {classesRootKey(), Root::classesRoot, u"CLSID\\{1}"},
+      {currentUserKey(), Root::currentUser, u"Software\\Classes\\Vortan.Document"},
+      {usersKey(), Root::users, u"S-1-5-18_Classes\\Vortan.Document"},
+  };
+  std::vector<std::pair<machine::UString, RegistryValue>> const strings{
+      {u"", RegistryValue::ofText(u"x")},
+      {u"Path", RegistryValue::ofText(u"%x%", RegistryType::expandableString)}};
+  for (auto const& [handle, root, path] : ownAmongWindows) {
+    RegistryKey const whole{root, path};
+    EXPECT_CALL(recorded, values(whole)).WillOnce(Return(strings));
+    EXPECT_CALL(recorded, subkeys(whole)).WillOnce(Return(std::vector<machine::UString>{}));
+    EXPECT_CALL(recorded, removeKey(whole)).WillOnce(Return(true));
     EXPECT_NO_THROW(util.deleteRegKey(handle, to_wstring(path))) << machine::toUtf8(path);
   }
 }
