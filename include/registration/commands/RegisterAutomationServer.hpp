@@ -35,7 +35,6 @@ class REGISTRATION_API RegisterAutomationServer : public utility::Command {
  private:
   struct Direction;
   void run(Direction const& direction) const;
-  bool callInModuleFolder(Direction const& direction) const;
   bool callEntryPoint(UString const& module, char const* entryPoint) const;
 
   utility::Options options;

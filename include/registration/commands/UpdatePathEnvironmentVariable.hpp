@@ -12,7 +12,8 @@ namespace registration::commands {
 ///
 /// execute looks for the folder anywhere in the value and without regard to case; undo removes its
 /// first exact occurrence, and rewrites and broadcasts even when there is none. The type of the
-/// registry value is kept and nothing in it is expanded. Exceptions leave the call.
+/// registry value is kept and nothing in it is expanded; a `Path` that is no string (REG_MULTI_SZ,
+/// REG_DWORD ...) is a std::runtime_error and stays as it is. Exceptions leave the call.
 class REGISTRATION_API UpdatePathEnvironmentVariable : public utility::Command {
  public:
   /// `pathEntry`: the folder, as it is to appear in the path, normally one named "bin".
@@ -28,7 +29,7 @@ class REGISTRATION_API UpdatePathEnvironmentVariable : public utility::Command {
   void undo() const override;
 
  protected:
-  /// The machine's `Path` as stored.
+  /// The machine's `Path` as stored; std::runtime_error for one that is no string.
   virtual UString getPathEntries() const;
   virtual void setEnvironmentRegistryKey(UString const& value) const;
   virtual UString getFileVersionWrapper(Path const& file) const;
@@ -41,6 +42,7 @@ class REGISTRATION_API UpdatePathEnvironmentVariable : public utility::Command {
 
  private:
   void updateRegistryAndEnv(UString const& newPath) const;
+  void logTrouble(UString const& line) const;
 
   utility::Options options;
   UString pathEntry;

@@ -9,12 +9,12 @@ namespace registration::commands {
 
 namespace {
 
-/// Another current folder for as long as it lives.
+/// Another current folder for as long as it lives; an empty one is the one that is current already.
 class CurrentFolder {
  public:
   explicit CurrentFolder(Path const& folder)
       : before_(fl::filesystem::get_current_path()),
-        isEntered_(fl::filesystem::change_current_path(folder)) {}
+        isEntered_(folder.empty() || fl::filesystem::change_current_path(folder)) {}
   ~CurrentFolder() {
     if (isEntered_) {
       fl::filesystem::change_current_path(before_);
@@ -46,7 +46,8 @@ RegisterAutomationServer::RegisterAutomationServer(RegisterAutomationServer cons
 RegisterAutomationServer::~RegisterAutomationServer() = default;
 
 void RegisterAutomationServer::execute() const {
-  if (options.isSystemIntegrationSkipped()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true)) {
     return;
   }
   run({&RegisterAutomationServer::registerOLEServerWrapper, u"Successfully registered ",
@@ -59,23 +60,21 @@ void RegisterAutomationServer::undo() const {
 }
 
 void RegisterAutomationServer::run(Direction const& direction) const {
+  auto const log = [this](UString const& message) { log_message(message); };
   Path const modulePath = moduleFolder / moduleName;
   if (!fl::filesystem::exists(modulePath)) {
-    log_message(modulePath.ustring() + u" does not exist");
+    utility::logTrouble(log, modulePath.ustring() + u" does not exist", modulePath.ustring());
     return;
   }
   UString const server = moduleName + u" as an automation server";
-  utility::loggingFailure([this](UString const& message) { log_message(message); },
-                          direction.failure + server,
-                          [&] {
-                            bool const ok = callInModuleFolder(direction);
-                            log_message((ok ? direction.success : direction.failure) + server);
-                          });
-}
-
-bool RegisterAutomationServer::callInModuleFolder(Direction const& direction) const {
-  CurrentFolder const folder(moduleFolder);
-  return folder.isEntered() && (this->*direction.call)(moduleName);
+  utility::loggingFailure(log, direction.failure + server, [&] {
+    CurrentFolder const folder(moduleFolder);
+    if (folder.isEntered() && (this->*direction.call)(moduleName)) {
+      log_message(direction.success + server);
+    } else {
+      utility::logTrouble(log, direction.failure + server, modulePath.ustring());
+    }
+  });
 }
 
 bool RegisterAutomationServer::registerOLEServerWrapper(UString const& module) const {

@@ -4,17 +4,23 @@
 #include <string>
 
 #include "install/cpputil/logger.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
 namespace {
 
+using fl::i18n::to_string;
 using fl::i18n::to_wstring;
-using install::cpputil::logger::append_message;
 
-/// The value's full name in messages. The root is always written as this one.
-UString nameOf(registryKey const& record) {
-  return u"HKEY_LOCAL_MACHINE\\" + record.keyPath + u"\\" + record.valueName;
+/// The value's full name in messages, which are UTF-8 until they are logged. The root is always
+/// written as this one.
+std::string nameOf(registryKey const& record) {
+  return "HKEY_LOCAL_MACHINE\\" + to_string(record.keyPath) + "\\" + to_string(record.valueName);
+}
+
+void log(std::string const& message) {
+  install::cpputil::logger::append_message(fl::i18n::to_ustring(message));
 }
 
 }  // namespace
@@ -33,23 +39,24 @@ SetRegistryKeys::SetRegistryKeys(SetRegistryKeys&&) = default;
 SetRegistryKeys::~SetRegistryKeys() = default;
 
 void SetRegistryKeys::execute() const {
-  if (options.isSystemIntegrationSkipped()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true)) {
     return;
   }
   for (registryKey const& record : registryKeys) {
-    UString const assignment = nameOf(record) + u" to " + record.value;
-    append_message(u"Setting registry key " + assignment);
+    std::string const assignment = nameOf(record) + " to " + to_string(record.value);
+    log("Setting registry key " + assignment);
     registryUtil.setRegKeyValue(record.root, to_wstring(record.keyPath),
                                 to_wstring(record.valueName), to_wstring(record.value));
-    append_message(u"Successfully set registry key " + assignment);
+    log("Successfully set registry key " + assignment);
   }
 }
 
 void SetRegistryKeys::undo() const {
   for (registryKey const& record : registryKeys) {
-    append_message(u"Removing registry key " + nameOf(record));
+    log("Removing registry key " + nameOf(record));
     registryUtil.deleteRegKey(record.root, to_wstring(record.keyPath));
-    append_message(u"Successfully removed registry key " + nameOf(record));
+    log("Successfully removed registry key " + nameOf(record));
   }
 }
 

@@ -7,6 +7,7 @@
 #include "install/postinstall/RegistryUtil.hpp"
 #include "install/postinstall/environment.hpp"
 #include "registration/commands/os/path_rewrite.hpp"
+#include "registration/utility/failure_convention.hpp"
 #include "registration/utility/utilities.hpp"
 
 namespace registration::commands {
@@ -33,11 +34,13 @@ UpdatePathEnvironmentVariable::UpdatePathEnvironmentVariable(UpdatePathEnvironme
 UpdatePathEnvironmentVariable::~UpdatePathEnvironmentVariable() = default;
 
 void UpdatePathEnvironmentVariable::execute() const {
-  if (options.isSystemIntegrationSkipped()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true)) {
     return;
   }
   UString const current = getPathEntries();
   if (path_rewrite::contains(current, pathEntry)) {
+    utility::skipped(pathEntry + u" is in the system path already", pathEntry);
     log_message(pathEntry + u" was not added to the system path since it already exists");
     return;
   }
@@ -47,7 +50,7 @@ void UpdatePathEnvironmentVariable::execute() const {
                               {[this](Path const& file) { return existsWrapper(file); },
                                [this](Path const& file) { return getFileVersionWrapper(file); }});
   if (newPath.size() >= path_rewrite::lengthLimit) {
-    log_message(u"Path too long, cannot update path environment value.");
+    logTrouble(u"Path too long, cannot update path environment value.");
     return;
   }
   updateRegistryAndEnv(newPath);
@@ -63,16 +66,19 @@ void UpdatePathEnvironmentVariable::updateRegistryAndEnv(UString const& newPath)
   setEnvironmentRegistryKey(newPath);
   log_message(u"Successfully updated path env registry key");
   if (sendMessageAboutEnvironment() < 0) {
-    log_message(u"Failed to send message about system path environment change with error: " +
-                getLastErrorWrapper());
+    logTrouble(u"Failed to send message about system path environment change with error: " +
+               getLastErrorWrapper());
   } else {
     log_message(u"New Path: " + newPath);
   }
 }
 
 UString UpdatePathEnvironmentVariable::getPathEntries() const {
-  return fl::i18n::to_ustring(RegistryUtil::getRegistryUtil().getRegKeyValue(
-      install::postinstall::localMachineKey(), environmentKey, pathValueName));
+  // Any other value would be lost with the first rewriting, its type and what it holds.
+  RegistryUtil const& registry = RegistryUtil::getRegistryUtil();
+  HKEY const root = install::postinstall::localMachineKey();
+  registry.requireString(root, environmentKey, pathValueName);
+  return fl::i18n::to_ustring(registry.getRegKeyValue(root, environmentKey, pathValueName));
 }
 
 void UpdatePathEnvironmentVariable::setEnvironmentRegistryKey(UString const& value) const {
@@ -98,9 +104,15 @@ long UpdatePathEnvironmentVariable::sendMessageAboutEnvironment() const {
 }
 
 void UpdatePathEnvironmentVariable::updatePathForCurrentSession(UString const& value) const {
-  bool const updated = install::postinstall::setProcessVariable(u"Path", value);
-  log_message(updated ? u"Successfully updated path for the current session"
-                      : u"Failed to update path for the current session");
+  if (install::postinstall::setProcessVariable(u"Path", value)) {
+    log_message(u"Successfully updated path for the current session");
+  } else {
+    logTrouble(u"Failed to update path for the current session");
+  }
+}
+
+void UpdatePathEnvironmentVariable::logTrouble(UString const& line) const {
+  utility::logTrouble([this](UString const& message) { log_message(message); }, line, u"Path");
 }
 
 UString UpdatePathEnvironmentVariable::getLastErrorWrapper() const {

@@ -9,6 +9,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -27,6 +28,7 @@ class FakedServer : public RegisterAutomationServer {
   std::vector<UString> mutable calls;
   std::vector<Path> mutable currentFolders;
   Lines mutable log;
+  std::function<void()> whenLogging = [] {};
 
  protected:
   bool registerOLEServerWrapper(UString const& module) const override {
@@ -35,7 +37,10 @@ class FakedServer : public RegisterAutomationServer {
   bool unRegisterOLEServerWrapper(UString const& module) const override {
     return call(u"unregister " + module);
   }
-  void log_message(UString const& message) const override { log.push_back(message); }
+  void log_message(UString const& message) const override {
+    log.push_back(message);
+    whenLogging();
+  }
 
  private:
   bool call(UString const& what) const {
@@ -113,6 +118,41 @@ TEST_F(RegisterAutomationServerTest, EmptyNameIsTheFolderItself) {
   EXPECT_EQ(command.calls, Lines{u"register "});
   EXPECT_EQ(command.log, Lines{u"Failed to register  as an automation server"});
   EXPECT_EQ(missing.log, Lines{(root() / u"none").ustring() + u" does not exist"});
+}
+
+TEST_F(RegisterAutomationServerTest, AnEmptyModuleFolderIsTheCurrentOneAndTheWrapperIsCalled) {
+  ASSERT_TRUE(fl::filesystem::change_current_path(folder_));
+  FakedServer const command(u"server.dll", Path());
+  command.execute();
+  command.undo();
+  EXPECT_EQ(command.calls, (Lines{u"register server.dll", u"unregister server.dll"}));
+  EXPECT_EQ(command.log, (Lines{u"Successfully registered server.dll as an automation server",
+                                u"Successfully unregistered server.dll as an automation server"}));
+  EXPECT_EQ(get_current_path(), folder_);
+}
+
+TEST_F(RegisterAutomationServerTest, ItsLineIsLoggedBeforeTheFolderIsPutBack) {
+  FakedServer command(u"server.dll", folder_);
+  std::vector<Path> folders;
+  command.whenLogging = [&] { folders.push_back(get_current_path()); };
+  command.execute();
+  command.result = [] { return false; };
+  command.undo();
+  EXPECT_EQ(folders, (std::vector<Path>{folder_, folder_}));
+  EXPECT_EQ(get_current_path(), before_);
+}
+
+TEST_F(RegisterAutomationServerTest, EveryFailureIsTold) {
+  tests::TroubleCapture const trouble;
+  FakedServer(u"none.dll", folder_).execute();
+  EXPECT_EQ(trouble.errors(u"none.dll does not exist"), 1u);
+  FakedServer command(u"server.dll", folder_);
+  command.result = [] { return false; };
+  command.undo();
+  EXPECT_EQ(trouble.errors(u"Failed to unregister server.dll"), 1u);
+  FakedServer(u"server.dll", folder_, tests::skippingSystemIntegration()).execute();
+  EXPECT_EQ(trouble.count(tests::TroubleCapture::Severity::skipped), 1u);
+  EXPECT_EQ(trouble.reports().size(), 3u);
 }
 
 TEST_F(RegisterAutomationServerTest, SkippedSystemIntegrationStopsExecuteButNotUndo) {

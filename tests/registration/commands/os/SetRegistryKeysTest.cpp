@@ -66,6 +66,22 @@ TEST(SetRegistryKeys, WritesInOrderAndLogsBeforeAndAfterEach) {
                    u"to \u00e4\u65e5"}));
 }
 
+TEST(SetRegistryKeys, MessagesAreUtf8BeforeTheyAreLoggedAndTheHelperGetsEveryUnit) {
+  UString const lone(1, char16_t{0xD800});
+  RecordingUtil util;
+  tests::LogCapture log;
+  SetRegistryKeys const command(tests::plainOptions(),
+                                {{currentUserKey(), u"a" + lone, u"b" + lone, u"c" + lone}}, util);
+  command.execute();
+  command.undo();
+  UString const name = u"HKEY_LOCAL_MACHINE\\a\uFFFD\\b\uFFFD";
+  EXPECT_EQ(log.messages(), (Lines{u"Setting registry key " + name + u" to c\uFFFD",
+                                   u"Successfully set registry key " + name + u" to c\uFFFD",
+                                   u"Removing registry key " + name,
+                                   u"Successfully removed registry key " + name}));
+  EXPECT_EQ(util.calls.front().keyPath, fl::i18n::to_wstring(u"a" + lone));
+}
+
 TEST(SetRegistryKeys, UndoDeletesTheWholeKeysInTheSameOrder) {
   RecordingUtil util;
   tests::LogCapture log;

@@ -6,6 +6,7 @@
 #include "tests/support/command_fixture.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -199,6 +200,9 @@ class UpdatePathOnMachine : public tests::CommandTest {
   void store(UString const& path, machine::RegistryType type) {
     machine().registry().setValue(key_, u"Path", machine::RegistryValue::ofText(path, type));
   }
+  void store(machine::RegistryValue const& value) {
+    machine().registry().setValue(key_, u"Path", value);
+  }
   machine::RegistryValue stored() { return machine().registry().value(key_, u"Path").value(); }
 
   std::vector<UString> run(void (UpdatePathEnvironmentVariable::*operation)() const) {
@@ -248,6 +252,47 @@ TEST_F(UpdatePathOnMachine, RunTwiceTheSecondOneChangesNothing) {
   EXPECT_EQ(run(&UpdatePathEnvironmentVariable::execute),
             Lines{u"C:\\New\\bin was not added to the system path since it already exists"});
   EXPECT_EQ(stored().text(), u"C:\\a;C:\\New\\bin;");
+}
+
+TEST_F(UpdatePathOnMachine, APathThatIsNoStringIsRefusedByItsTypeAndStays) {
+  std::pair<machine::RegistryValue, char const*> const others[] = {
+      {machine::RegistryValue::ofText(u"C:\\a", machine::RegistryType::multiString),
+       "REG_MULTI_SZ"},
+      {machine::RegistryValue::ofDword(5), "REG_DWORD"},
+      {{machine::RegistryType::binary, "C:\\a"}, "REG_BINARY"},
+      {{machine::RegistryType::none, ""}, "REG_NONE"}};
+  for (auto const& [value, type] : others) {
+    for (auto const operation :
+         {&UpdatePathEnvironmentVariable::execute, &UpdatePathEnvironmentVariable::undo}) {
+      store(value);
+      try {
+        run(operation);
+        ADD_FAILURE() << type;
+      } catch (std::runtime_error const& refused) {
+        EXPECT_NE(std::string(refused.what()).find(type), std::string::npos) << refused.what();
+        EXPECT_NE(std::string(refused.what()).find("Environment\\Path"), std::string::npos);
+      }
+      EXPECT_EQ(stored(), value) << type;
+    }
+  }
+}
+
+TEST(UpdatePathEnvironmentVariable, WhatIsNotDoneIsTold) {
+  tests::TroubleCapture const trouble;
+  FakedPath tooLong(u"N");
+  tooLong.stored = UString(2045, u'x');
+  tooLong.execute();
+  EXPECT_EQ(trouble.errors(u"Path too long"), 1u);
+  FakedPath unheard;
+  unheard.broadcastResult = -1;
+  unheard.execute();
+  EXPECT_EQ(trouble.errors(u"Failed to send message"), 1u);
+  FakedPath present;
+  present.stored = u"C:\\Prog\\P\\bin";
+  present.execute();
+  FakedPath(u"N", tests::skippingSystemIntegration()).execute();
+  EXPECT_EQ(trouble.count(tests::TroubleCapture::Severity::skipped), 2u);
+  EXPECT_EQ(trouble.reports().size(), 4u);
 }
 
 }  // namespace
