@@ -35,7 +35,8 @@ void removeSpecialFolderEntry(UString const& folderId, UString const& entryName,
                               UString const& subFolder) {
   std::wstring folder(install::postinstall::specialFolderBufferLength, L'\0');
   install::postinstall::GetSpecialFolderPath(fl::i18n::to_wstring(folderId).c_str(), folder.data());
-  Path const entry = Path(fl::i18n::to_ustring(folder.c_str())) / subFolder / entryName;
+  Path const entry =
+      install::postinstall::pathInside(fl::i18n::to_ustring(folder.c_str()), subFolder, entryName);
   if (fl::filesystem::exists(entry)) {
     fl::filesystem::remove_all(entry);
   }

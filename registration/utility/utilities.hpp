@@ -24,7 +24,9 @@ REGISTRATION_API UString getShortcutFileName(UString const& executablePath,
 
 /// Removes an entry of a special folder ("desktop", "startmenu"): the folder joined with
 /// `subFolder`, then with `entryName`, each only when not empty. A file, or a folder with
-/// everything in it; nothing when it does not exist.
+/// everything in it, a link itself; nothing when it does not exist. Nothing but what lies strictly
+/// inside the special folder: std::invalid_argument for names that lead elsewhere, for a link among
+/// the sub-folders, and when both are empty.
 REGISTRATION_API void removeSpecialFolderEntry(UString const& folderId, UString const& entryName,
                                                UString const& subFolder);
 

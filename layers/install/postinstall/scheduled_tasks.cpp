@@ -1,6 +1,7 @@
 #include "install/postinstall/scheduled_tasks.hpp"
 
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "fl/i18n/ustring.hpp"
@@ -14,6 +15,11 @@ namespace {
 
 machine::Tasks& tasks() {
   return machine::current().tasks();
+}
+
+/// The scheduler shows a task's name with a backslash before it, for its root folder.
+fl::i18n::UString nameOf(std::wstring const& name) {
+  return to_ustring(std::wstring_view(name).substr(name.starts_with(L'\\') ? 1 : 0));
 }
 
 /// HRESULT_FROM_WIN32 for a system error code; others are HRESULTs already.
@@ -50,7 +56,7 @@ int TaskCreate(std::wstring const& name, std::wstring const& s2,
   task.description = to_ustring(s2);
   task.author = u"Brantix";
   try {
-    tasks().createOrReplace(to_ustring(name), task);
+    tasks().createOrReplace(nameOf(name), task);
     return 0;
   } catch (machine::SystemError const& error) {
     return hresultOf(error);
@@ -58,21 +64,21 @@ int TaskCreate(std::wstring const& name, std::wstring const& s2,
 }
 
 int TaskExists(std::wstring const& name) {
-  return resultOf([&] { return tasks().task(to_ustring(name)) ? 1 : 0; }, 0);
+  return resultOf([&] { return tasks().task(nameOf(name)) ? 1 : 0; }, 0);
 }
 
 int TaskDelete(std::wstring const& name) {
-  return resultOf([&] { return tasks().remove(to_ustring(name)) ? 1 : 0; }, 0);
+  return resultOf([&] { return tasks().remove(nameOf(name)) ? 1 : 0; }, 0);
 }
 
 int TaskTerminateAndDisable(std::wstring const& name) {
-  return resultOf([&] { return tasks().stopAndDisable(to_ustring(name)) ? 1 : 0; }, 0);
+  return resultOf([&] { return tasks().stopAndDisable(nameOf(name)) ? 1 : 0; }, 0);
 }
 
 std::wstring GetTaskApplicationPath(std::wstring const& name) {
   return resultOf(
       [&] {
-        auto const task = tasks().task(to_ustring(name));
+        auto const task = tasks().task(nameOf(name));
         return task ? fl::i18n::to_wstring(task->application) : std::wstring();
       },
       std::wstring());

@@ -4,7 +4,8 @@
 
 #include "machine/api.hpp"
 
-/// Scheduled tasks of the product, by name: without regard to case, `Maker\Updater` in a folder.
+/// Scheduled tasks of the product, by name: without regard to case, `Maker\Updater` in a folder, or
+/// `\Maker\Updater` as the scheduler shows it.
 /// No failure of the scheduler is thrown; a name that no task can have (empty, with ".." or a
 /// separator at an end, with control characters) is such a failure.
 namespace install::postinstall {

@@ -1,12 +1,12 @@
 #include "install/postinstall/shortcuts.hpp"
 
-#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "fl/filesystem/operations.hpp"
+#include "install/postinstall/special_folders.hpp"
 #include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
 
@@ -21,30 +21,11 @@ using machine::Shortcut;
 
 namespace {
 
-[[noreturn]] void refuse(std::string const& what, std::u16string_view text) {
-  throw std::invalid_argument("shortcut: " + what + " \"" + machine::toUtf8(text) + "\"");
-}
-
-/// To Windows, a name of nothing but dots and blanks is "." or "..", and what follows a colon the
-/// name of a drive's file or of a stream.
-bool staysInFolder(std::u16string_view name) {
-  return name.find_first_not_of(u". ") != name.npos && name.find(u':') == name.npos;
-}
-
-UString checkedFileName(UString name) {
-  bool const isOneName = std::none_of(name.begin(), name.end(), grammar::isSeparator);
-  if (!isOneName || !staysInFolder(name)) {
-    refuse("no file name:", name);
+UString const& requireName(UString const& fileName) {
+  if (fileName.empty()) {
+    throw std::invalid_argument("shortcut: no file name");
   }
-  return name;
-}
-
-UString checkedFolder(UString folder) {
-  auto const names = grammar::components(folder);
-  if (grammar::rootLength(folder) != 0 || !std::all_of(names.begin(), names.end(), staysInFolder)) {
-    refuse("no folder below the Start menu:", folder);
-  }
-  return folder;
+  return fileName;
 }
 
 /// "C:\x\a.exe,-3" -> file and index; without a number after the last comma all of it is the file.
@@ -75,21 +56,19 @@ Shortcut describe(wchar_t const* target, wchar_t const* workingFolder, wchar_t c
   return shortcut;
 }
 
-void write(Path const& folder, UString const& fileName, Shortcut shortcut) {
+void write(KnownFolder special, UString const& folder, UString const& fileName, Shortcut shortcut) {
+  Path const path =
+      pathInside(machine::current().shell().knownFolder(special), folder, requireName(fileName));
   if (shortcut.target.empty()) {
-    refuse("no target for", fileName);
+    throw std::invalid_argument("shortcut: no target for \"" + machine::toUtf8(fileName) + "\"");
   }
   shortcut.target =
       grammar::absolute(shortcut.target, machine::current().files().currentDirectory());
   if (shortcut.workingFolder.empty()) {
     shortcut.workingFolder = grammar::parent(shortcut.target);
   }
-  fl::filesystem::create_directories(folder);
-  machine::current().shell().writeShortcut((folder / fileName).ustring(), shortcut);
-}
-
-Path specialFolder(KnownFolder folder) {
-  return machine::current().shell().knownFolder(folder);
+  fl::filesystem::create_directories(path.parent_path());
+  machine::current().shell().writeShortcut(path.ustring(), shortcut);
 }
 
 machine::WindowState windowState(int startMaximized) {
@@ -102,11 +81,10 @@ void CreateDesktopShortcut(wchar_t const* target, wchar_t const* workingFolder,
                            wchar_t const* shortcutFileName, wchar_t const* iconLocation,
                            wchar_t const* arguments, wchar_t const* description,
                            int runAsAdministrator, int startMaximized) {
-  UString const fileName = checkedFileName(to_ustring(shortcutFileName));
   Shortcut shortcut = describe(target, workingFolder, iconLocation, arguments, description);
   shortcut.runAsAdministrator = runAsAdministrator != 0;
   shortcut.window = windowState(startMaximized);
-  write(specialFolder(KnownFolder::desktop), fileName, shortcut);
+  write(KnownFolder::desktop, u"", to_ustring(shortcutFileName), shortcut);
 }
 
 void CreateStartMenuShortcut(wchar_t const* target, wchar_t const* workingFolder,
@@ -114,13 +92,11 @@ void CreateStartMenuShortcut(wchar_t const* target, wchar_t const* workingFolder
                              wchar_t const* folder, wchar_t const* arguments,
                              wchar_t const* description, int runAsAdministrator, int startMaximized,
                              int neverSearchForTarget) {
-  UString const fileName = checkedFileName(to_ustring(shortcutFileName));
-  UString const subFolder = checkedFolder(to_ustring(folder));
   Shortcut shortcut = describe(target, workingFolder, iconLocation, arguments, description);
   shortcut.runAsAdministrator = runAsAdministrator != 0;
   shortcut.window = windowState(startMaximized);
   shortcut.neverSearchForTarget = neverSearchForTarget != 0;
-  write(specialFolder(KnownFolder::startMenu) / subFolder, fileName, shortcut);
+  write(KnownFolder::startMenu, to_ustring(folder), to_ustring(shortcutFileName), shortcut);
 }
 
 }  // namespace install::postinstall

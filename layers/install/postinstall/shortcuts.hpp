@@ -23,6 +23,7 @@ namespace install::postinstall {
 ///
 /// Throws, and leaves what was there: std::invalid_argument for an empty target, and for a file
 /// name that is not one name in the folder (empty, with a separator or a colon, "." or "..");
+/// or a link among the folders;
 /// machine::SystemError, which names the file, when the system refuses, and for texts longer than
 /// a shortcut holds: 259 units for a path, 1,023 for the description, 32,766 for the arguments.
 REGISTRATION_API void CreateDesktopShortcut(wchar_t const* target, wchar_t const* workingFolder,

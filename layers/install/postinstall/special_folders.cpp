@@ -7,8 +7,11 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "machine/machine.hpp"
+#include "machine/path_grammar.hpp"
 
 namespace install::postinstall {
+
+namespace grammar = machine::path_grammar;
 
 namespace {
 
@@ -23,7 +26,47 @@ machine::KnownFolder knownFolder(std::wstring_view folderId) {
                               fl::i18n::to_string(fl::i18n::to_ustring(folderId)) + "\"");
 }
 
+[[noreturn]] void refuse(std::string const& reason, fl::i18n::UString const& text) {
+  throw std::invalid_argument("shortcut: " + reason + " \"" + fl::i18n::to_string(text) + "\"");
+}
+
+/// To Windows, a name of nothing but dots and blanks is "." or "..", and what follows a colon the
+/// name of a drive's file or of a stream.
+bool staysInFolder(std::u16string_view name) {
+  return name.find_first_not_of(u". ") != name.npos && name.find(u':') == name.npos;
+}
+
+bool isLink(fl::filesystem::Path const& path) {
+  auto const status = machine::current().files().status(path.ustring());
+  return status && status->isLink;
+}
+
 }  // namespace
+
+fl::filesystem::Path pathInside(fl::filesystem::Path const& folder,
+                                fl::i18n::UString const& subFolder, fl::i18n::UString const& name) {
+  auto names = grammar::components(subFolder);
+  if (grammar::rootLength(subFolder) != 0 || !std::ranges::all_of(names, staysInFolder)) {
+    refuse("no folder below the Start menu:", subFolder);
+  }
+  if (std::ranges::any_of(name, grammar::isSeparator) || (!name.empty() && !staysInFolder(name))) {
+    refuse("no file name:", name);
+  }
+  if (!name.empty()) {
+    names.emplace_back(name);
+  }
+  if (names.empty()) {
+    refuse("nothing named in", folder.ustring());
+  }
+  auto path = folder;
+  for (auto const component : names) {
+    if (path != folder && isLink(path)) {
+      refuse("a link leads elsewhere:", path.ustring());
+    }
+    path /= fl::i18n::UString(component);
+  }
+  return path;
+}
 
 void GetSpecialFolderPath(wchar_t const* folderId, wchar_t* buffer) {
   if (folderId == nullptr || buffer == nullptr) {

@@ -133,6 +133,65 @@ TEST_P(RemoveSpecialFolderEntry, SubFolderComesBeforeTheEntry) {
   EXPECT_FALSE(fl::filesystem::exists(sub)) << "a folder goes with everything in it";
 }
 
+TEST_P(RemoveSpecialFolderEntry, NothingButWhatLiesStrictlyInsideIsRemoved) {
+  Path const sub = folder() / u"registration-test-folder";
+  fl::filesystem::create_directories(sub);
+  writeFile(root() / u"precious\\a.txt", "x");
+  Path const beside = folder().parent_path() / u"registration-test-precious.lnk";
+  writeFile(beside, "x");
+  std::pair<UString, UString> const outside[] = {
+      // the entry, the sub-folder
+      {u"", u""},
+      {u".", u""},
+      {u"..", u""},
+      {u" . ", u""},
+      {u"..\\registration-test-precious.lnk", u""},
+      {u"../registration-test-precious.lnk", u""},
+      {u"registration-test-folder\\..\\..\\registration-test-precious.lnk", u""},
+      {(root() / u"precious").ustring(), u""},
+      {u"C:x.lnk", u""},
+      {u"a.lnk:stream", u""},
+      {u"registration-test-precious.lnk", u".."},
+      {u"registration-test-precious.lnk", u"registration-test-folder\\..\\.."},
+      {u"precious", root().ustring()},
+      {u"", (root() / u"precious").ustring()},
+      {u"", u".."},
+      {u"", u"..\\..\\.."},
+      {u"", u"."},
+      {u"", u"\\"},
+      {u"a.lnk", u"C:"},
+  };
+  for (auto const& [entry, subFolder] : outside) {
+    EXPECT_THROW(removeSpecialFolderEntry(GetParam(), entry, subFolder), std::invalid_argument)
+        << fl::i18n::to_string(subFolder + u" / " + entry);
+  }
+  EXPECT_TRUE(fl::filesystem::exists(root() / u"precious\\a.txt"));
+  EXPECT_TRUE(fl::filesystem::exists(beside));
+  EXPECT_TRUE(fl::filesystem::exists(sub));
+  fl::filesystem::remove(beside);
+  removeSpecialFolderEntry(GetParam(), u"", u"registration-test-folder");
+}
+
+#if !defined(_WIN32)  // links, made where the simulated machine keeps its files
+TEST_P(RemoveSpecialFolderEntry, ALinkInsideGoesItselfAndNoneIsGoneThrough) {
+  namespace fs = std::filesystem;
+  fl::filesystem::create_directories(folder());
+  writeFile(root() / u"precious\\a.lnk", "x");
+  auto const precious = hostPath((root() / u"precious").ustring());
+  auto const link = hostPath((folder() / u"link").ustring());
+  fs::create_directory_symlink(precious, link);
+  EXPECT_THROW(removeSpecialFolderEntry(GetParam(), u"a.lnk", u"link"), std::invalid_argument);
+  EXPECT_THROW(removeSpecialFolderEntry(GetParam(), u"", u"link\\deeper"), std::invalid_argument);
+  EXPECT_TRUE(exists(root() / u"precious\\a.lnk"));
+  removeSpecialFolderEntry(GetParam(), u"link", u"");
+  EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+  fs::create_directory_symlink(precious, link);
+  removeSpecialFolderEntry(GetParam(), u"", u"link");
+  EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+  EXPECT_TRUE(exists(root() / u"precious\\a.lnk"));
+}
+#endif
+
 INSTANTIATE_TEST_SUITE_P(Folders, RemoveSpecialFolderEntry,
                          ::testing::Values(u"desktop", u"startmenu"),
                          [](auto const& tested) { return fl::i18n::to_string(tested.param); });

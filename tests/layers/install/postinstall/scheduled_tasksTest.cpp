@@ -77,9 +77,20 @@ TEST_F(ScheduledTasks, NamesInAnotherCaseAreTheSameTask) {
   EXPECT_EQ(GetTaskApplicationPath(L"registration layer test"), application);
 }
 
+TEST_F(ScheduledTasks, TheNameAsTheSchedulerShowsItIsTheSameTask) {
+  std::wstring const shown = L"\\" + name;
+  EXPECT_EQ(create(shown, application), 0);
+  EXPECT_EQ(GetTaskApplicationPath(name), application);
+  EXPECT_NE(TaskExists(shown), 0);
+  EXPECT_EQ(GetTaskApplicationPath(shown), application);
+  EXPECT_NE(TaskTerminateAndDisable(shown), 0);
+  EXPECT_NE(TaskDelete(shown), 0);
+  EXPECT_EQ(TaskExists(name), 0);
+}
+
 TEST_F(ScheduledTasks, UnsafeNamesAreRefusedAsInvalidArguments) {
   for (std::wstring const unsafe :
-       {L"", L"..", L"..\\x", L"a\\..\\x", L"\\x", L"x\\", L"\\", L"x\x07", L"C:\\x"}) {
+       {L"", L"..", L"..\\x", L"a\\..\\x", L"\\\\x", L"x\\", L"\\", L"x\x07", L"C:\\x"}) {
     EXPECT_EQ(create(unsafe, application), invalidArgument);
     EXPECT_EQ(TaskExists(unsafe), 0);
     EXPECT_EQ(TaskDelete(unsafe), 0);

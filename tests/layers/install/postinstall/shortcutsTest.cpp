@@ -216,5 +216,18 @@ TEST_F(CreateStartMenuShortcutTest, AFileNameThatLeavesTheFolderIsRefused) {
   EXPECT_FALSE(exists(at(u"Programs")));
 }
 
+#if !defined(_WIN32)  // links, made where the simulated machine keeps its files
+TEST_F(CreateStartMenuShortcutTest, ASubFolderThatIsALinkIsRefused) {
+  makeDirectory(at(u"outside"));
+  makeDirectory(at(u"Programs"));
+  std::filesystem::create_directory_symlink(hostPath(at(u"outside")),
+                                            hostPath(at(u"Programs\\Vortan")));
+  EXPECT_EQ(
+      failure([] { create(L"Vortan"); }),
+      "shortcut: a link leads elsewhere: \"" + machine::toUtf8(at(u"Programs\\Vortan")) + "\"");
+  EXPECT_FALSE(exists(at(u"outside\\Tool.lnk")));
+}
+#endif
+
 }  // namespace
 }  // namespace install::postinstall
