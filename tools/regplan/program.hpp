@@ -13,6 +13,7 @@ enum ExitCode : int {
   allRan = 0,         ///< whether or not messages reported problems
   commandFailed = 1,  ///< an exception left at least one command, or a result could not be saved
   refused = 2,        ///< bad command line, plan or journal: nothing was changed
+  busy = 3,           ///< another run, undo or restore went on: nothing was changed
 };
 
 /// What the program is given besides its arguments.

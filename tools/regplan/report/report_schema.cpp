@@ -267,6 +267,9 @@ std::string reportSchema() {
 std::string eventSchema() {
   Json const number = described("The command's, from 1.", count);
   Json const events = {
+      event("waiting",
+            "The first line, if at all: another run, undo or restore goes on, and is waited for.",
+            {{"limitSeconds", count}}),
       event("started", "A command starts.",
             {{"number", number}, {"total", count}, {"command", text}}),
       event("message", "The command wrote a line to the installation log.",
