@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -11,6 +13,7 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
+#include "install/cpputil/machine_lock.hpp"
 #include "machine/journal/journal_writer.hpp"
 #include "machine/journal/restore.hpp"
 #include "machine/machine.hpp"
@@ -83,6 +86,7 @@ struct CommandLine {
   bool noLog = false;
   std::string journal;  ///< empty: none is written
   bool force = false;
+  std::uint32_t wait = 600;  ///< seconds
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
@@ -190,6 +194,16 @@ void addRestore(CLI::App& verb, CommandLine& given) {
       ->option_text(" ");
 }
 
+void addWait(CLI::App& verb, CommandLine& given) {
+  constexpr std::uint32_t day = 24 * 60 * 60;
+  verb.add_option("--wait", given.wait,
+                  "Wait at most so long for another run, undo or\n"
+                  "restore on this machine to end; without it, 600")
+      ->check(CLI::Range(std::uint32_t{0}, day))
+      ->type_name("SECONDS")
+      ->option_text("SECONDS");
+}
+
 std::filesystem::path hostPath(std::string const& utf8) {
   return {std::u8string(utf8.begin(), utf8.end())};
 }
@@ -210,6 +224,18 @@ void requireMachine() {
     machine::current();
   } catch (std::logic_error const&) {
     throw Refusal("--machine DIR is required: this is no Windows computer");
+  }
+}
+
+using install::cpputil::machine_lock;
+
+/// Keeps others from changing the current machine meanwhile. A wait for one who does is told.
+std::unique_ptr<machine_lock> lockMachine(CommandLine const& given, View& view) {
+  std::chrono::seconds const limit(given.wait);
+  try {
+    return std::make_unique<machine_lock>(limit, [&] { view.waiting(limit); });
+  } catch (install::cpputil::machine_busy const& failure) {
+    throw Refusal(std::string(failure.what()) + "; nothing was changed", busy);
   }
 }
 
@@ -349,12 +375,13 @@ void perform(Plan const& plan, CommandLine const& given, JournalWriter* journal,
 
 ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
   Plan const plan = loadPlan(given.plan);
+  auto const view = makeView(given, surroundings);
+  auto const lock = verb == Verb::preview ? nullptr : lockMachine(given, *view);
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(verb, given)};
   report.request.options = plan.options;
   report.request.journal = given.journal;
   auto const journal = openJournal(given);
-  auto const view = makeView(given, surroundings);
   view->begin(report.request, plan.commands.size());
   {
     LogScope const log;
@@ -402,11 +429,13 @@ std::string damageText(journal::Damage const& damage) {
 }
 
 ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
+  auto const view = makeView(given, surroundings);
+  // Before the journal is read: it may be that of a run that goes on.
+  auto const lock = lockMachine(given, *view);
   journal::Journal const read = readJournal(given.plan);
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(Verb::restore, given)};
   report.request.force = given.force;
-  auto const view = makeView(given, surroundings);
   view->begin(report.request, 0);
   auto const start = surroundings.now();
   journal::RestoreReport const result = journal::restore(read, machine::current(), given.force);
@@ -520,6 +549,7 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
   for (CLI::App* const verb : {preview, run, undo, restore}) addMachine(*verb, given);
   for (CLI::App* const verb : {run, undo}) addLog(*verb, given);
   for (CLI::App* const verb : {run, undo}) addJournal(*verb, given);
+  for (CLI::App* const verb : {run, undo, restore}) addWait(*verb, given);
   for (CLI::App* const verb : {preview, run, undo, restore}) addOutput(*verb, given);
   for (CLI::App* const verb : {preview, run, undo}) addStrict(*verb, given);
   auto* const ofReports =

@@ -151,6 +151,11 @@ std::string changeLine(machine::Change const& change) {
          printable(toUtf8(itemName(change.item))) + valueChange(change);
 }
 
+void View::waiting(std::chrono::seconds limit) {
+  note("Waiting for another run, undo or restore to end, at most " +
+       counted(static_cast<std::size_t>(limit.count()), "second"));
+}
+
 // Plain lines
 
 void PlainView::begin(Request const& request, std::size_t commands) {
@@ -365,6 +370,10 @@ void write(std::ostream& output, Json const& event) {
 }
 
 }  // namespace
+
+void EventView::waiting(std::chrono::seconds limit) {
+  write(output_, {{"event", "waiting"}, {"limitSeconds", limit.count()}});
+}
 
 void EventView::begin(Request const&, std::size_t) {}
 

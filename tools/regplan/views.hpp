@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <ostream>
 #include <string>
@@ -14,6 +15,9 @@ namespace regplan {
 /// Shows a preview, run, undo or restore as it happens, each line flushed.
 class View : public RunObserver {
  public:
+  /// Another process changes the machine, and is waited for, up to `limit`. Comes before begin, if
+  /// at all.
+  virtual void waiting(std::chrono::seconds limit);
   /// Comes first. `commands`: how many the plan has; 0 for a restore.
   virtual void begin(Request const& request, std::size_t commands) = 0;
   /// What is to be known but stops nothing, fit to print.
@@ -99,6 +103,7 @@ class EventView final : public View {
  public:
   EventView(std::ostream& output, std::ostream& errors) : output_(output), errors_(errors) {}
 
+  void waiting(std::chrono::seconds limit) override;
   void begin(Request const& request, std::size_t commands) override;
   void note(std::string const& text) override;
   void started(std::size_t number, std::size_t total, std::string const& name) override;

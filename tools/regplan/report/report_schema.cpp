@@ -300,6 +300,9 @@ std::string eventSchema() {
   Json finished = {{"number", number}, {"command", text}};
   finished.update(outcomeMembers());
   Json const events = {
+      event("waiting",
+            "The first line, if at all: another run, undo or restore goes on, and is waited for.",
+            {{"limitSeconds", count}}),
       event("started", "A command starts.",
             {{"number", number}, {"total", count}, {"command", text}}),
       event("message", "The command wrote a line to the installation log.",
