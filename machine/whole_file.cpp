@@ -15,15 +15,15 @@ void writeNew(Files& files, UString const& path, std::string_view bytes) {
   writer->close();
 }
 
-}  // namespace
-
-void removeIfPossible(Files& files, std::u16string_view path) {
+void removeIfPossible(Files& files, UString const& path) {
   try {
     files.removeFile(path);
   } catch (SystemError const&) {
     // The failure before this one is the one to tell.
   }
 }
+
+}  // namespace
 
 std::optional<std::string> readFile(Files& files, std::u16string_view path, std::size_t limit) {
   if (!files.status(path)) return std::nullopt;

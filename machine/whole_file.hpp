@@ -20,7 +20,4 @@ REGISTRATION_API std::optional<std::string> readFile(Files& files, std::u16strin
 /// ".tmp"; a file that an earlier failure left there is removed. Throws SystemError.
 REGISTRATION_API void replaceFile(Files& files, std::u16string_view path, std::string_view bytes);
 
-/// Takes away what a failure leaves behind; that this fails too goes unnoticed.
-REGISTRATION_API void removeIfPossible(Files& files, std::u16string_view path);
-
 }  // namespace machine

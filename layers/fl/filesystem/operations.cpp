@@ -8,6 +8,7 @@
 #include "fl/filesystem/verbatim.hpp"
 #include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
+#include "machine/whole_file.hpp"
 
 namespace fl::filesystem {
 
@@ -177,6 +178,23 @@ void remove_all(Path const& path) {
 
 void rename(UString const& from, UString const& to, rename_options options) {
   files().rename(from, to, options == rename_options::replace_existing);
+}
+
+void replace_file(Path const& path, std::string_view content) {
+  try {
+    machine::replaceFile(files(), path.ustring(), content);
+  } catch (SystemError const& error) {
+    if (!error.is(ErrorCode::accessDenied) && !error.is(ErrorCode::sharingViolation)) {
+      throw;
+    }
+    auto const writer = files().openForWriting(path.ustring(), machine::WriteMode::truncate);
+    writer->write(content);
+    writer->close();
+  }
+}
+
+bool is_absolute(Path const& path) {
+  return grammar::isAbsolute(path.ustring());
 }
 
 Path relative(Path const& path, Path const& base) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "fl/filesystem/path.hpp"
@@ -31,6 +32,15 @@ enum class rename_options { keep_existing, replace_existing };
 /// Renames or moves a file within its volume. With keep_existing an existing target is an error.
 REGISTRATION_API void rename(UString const& from, UString const& to,
                              rename_options options = rename_options::replace_existing);
+
+/// Puts a file with this content in the place of `path` at once: when that fails, what was there
+/// stays. Only where the folder takes no new file, or the old one cannot be replaced because others
+/// have it open, the old one is overwritten.
+REGISTRATION_API void replace_file(Path const& path, std::string_view content);
+
+/// Whether the path names one place whatever the current folder is: `C:\a`, `\\srv\share`; not `a`,
+/// `\a`, `C:a`.
+REGISTRATION_API bool is_absolute(Path const& path);
 
 /// `path` expressed relative to `base`, both made absolute first, components compared without
 /// regard to case: (`C:\p\a\b`, `C:\p`) -> `a\b`; (`C:\q`, `C:\p`) -> `..\q`; (`C:\p`, `C:\p`) ->

@@ -1,11 +1,10 @@
 #include "registration/commands/metadata/list_files.hpp"
 
-#include <optional>
+#include <exception>
 #include <string_view>
 
 #include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/recursive_directory_iterator.hpp"
-#include "machine/error.hpp"
 
 namespace registration::commands::metadata {
 
@@ -29,7 +28,7 @@ bool hasExtension(std::u16string_view name, UString const& extension) {
 }  // namespace
 
 void findFilesByExtension(Path const& root, UString const& extension, std::set<Path>& found) {
-  std::optional<machine::SystemError> first;
+  std::exception_ptr first;
   fl::filesystem::recursive_directory_walk walk(root);
   for (bool isAtEnd = false; !isAtEnd;) {
     try {
@@ -38,16 +37,16 @@ void findFilesByExtension(Path const& root, UString const& extension, std::set<P
       if (entry && !entry->is_directory() && hasExtension(entry->file_name(), extension)) {
         found.insert(entry->path());
       }
-    } catch (machine::SystemError const& failure) {
+    } catch (std::exception const& failure) {
       if (first) {
         tellLost(fl::i18n::utf8_to_ustring(failure.what()), root);
       } else {
-        first = failure;
+        first = std::current_exception();
       }
     }
   }
   if (first) {
-    throw machine::SystemError(*first);
+    std::rethrow_exception(first);
   }
 }
 

@@ -31,8 +31,8 @@ inline constexpr ListFormat javaClassPathFormat{u"", commentMark, u"",
 
 /// Adds to `found` every file below `root`, at any depth, whose extension is exactly `extension`
 /// (case matters). Links are not entered. A folder that cannot be read loses only itself: the rest
-/// is searched all the same, then the first such failure is thrown (machine::SystemError) and the
-/// others are told as trouble.
+/// is searched all the same, then the first such failure is thrown (machine::SystemError), the
+/// others having been told as trouble.
 void findFilesByExtension(Path const& root, UString const& extension, std::set<Path>& found);
 
 /// The files of this kind below `root`; those that were found when there was a failure, which is

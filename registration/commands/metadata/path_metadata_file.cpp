@@ -1,12 +1,10 @@
 #include "registration/commands/metadata/path_metadata_file.hpp"
 
+#include <exception>
 #include <sstream>
 
 #include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "machine/machine.hpp"
-#include "machine/path_grammar.hpp"
-#include "machine/whole_file.hpp"
 
 namespace registration::commands::metadata {
 
@@ -22,13 +20,13 @@ void tellUnwritten(Path const& file, std::string_view reason) {
   tellLost(file.ustring() + u" could not be written: " + fl::i18n::utf8_to_ustring(reason), file);
 }
 
-/// False when the machine's refusal was told.
+/// False when it failed, which was told.
 template <typename Step>
 bool isWritten(Path const& file, Step&& step) {
   try {
     step();
     return true;
-  } catch (machine::SystemError const& failure) {
+  } catch (std::exception const& failure) {
     tellUnwritten(file, failure.what());
     return false;
   }
@@ -58,36 +56,23 @@ void extend(Path const& path, std::string_view start,
   }
 }
 
-/// A folder that takes no new file may hold one that can be written, and a file that others read
-/// may be one that cannot be replaced.
-void replaceOrOverwrite(machine::Files& files, UString const& path, std::string const& content) {
-  try {
-    machine::replaceFile(files, path, content);
-  } catch (machine::SystemError const& failure) {
-    if (!failure.is(machine::ErrorCode::accessDenied) &&
-        !failure.is(machine::ErrorCode::sharingViolation)) {
-      throw;
-    }
-    auto const writer = files.openForWriting(path, machine::WriteMode::truncate);
-    writer->write(content);
-    writer->close();
-  }
-}
-
 /// Deletes the old file once the new one lies complete beside it.
 void writeAnew(Path const& path, std::string const& content) {
-  auto& files = machine::current().files();
-  UString const complete = path.ustring() + u".new";
-  if (!isWritten(path, [&] { machine::replaceFile(files, complete, content); })) {
+  Path const complete(path.ustring() + u".new");
+  if (!isWritten(path, [&] { fl::filesystem::replace_file(complete, content); })) {
     return;
   }
   try {
     fl::filesystem::remove(path);
   } catch (...) {
-    machine::removeIfPossible(files, complete);
+    // What keeps the old file is what to tell, not that this fails too.
+    utility::reportingFailure([&] { fl::filesystem::remove(complete); }, [](UString const&) {});
     throw;
   }
-  isWritten(path, [&] { files.rename(complete, path.ustring(), false); });
+  isWritten(path, [&] {
+    fl::filesystem::rename(complete.ustring(), path.ustring(),
+                           fl::filesystem::rename_options::keep_existing);
+  });
 }
 
 }  // namespace
@@ -123,16 +108,14 @@ void writeFile(Writer const& writer, Path const& root, Log const& log,
     if (writer.existingFile == ExistingFile::deleted) {
       writeAnew(path, content.str());
     } else {
-      isWritten(path, [&] {
-        replaceOrOverwrite(machine::current().files(), path.ustring(), content.str());
-      });
+      isWritten(path, [&] { fl::filesystem::replace_file(path, content.str()); });
     }
   }
   logLine(log, writer.added);
 }
 
 std::optional<UString> lineIfItExists(UString const& entry) {
-  if (!machine::path_grammar::isAbsolute(entry)) {
+  if (!fl::filesystem::is_absolute(entry)) {
     utility::warn(entry + u" is not absolute: where it is looked for depends on the current folder",
                   entry);
   }
