@@ -56,6 +56,53 @@ TEST_F(Remove, DeletesAnEmptyFolderOnly) {
   EXPECT_FALSE(MachineTest::exists(at(u"folder")));
 }
 
+class ReplaceFile : public MachineTest {
+ protected:
+  /// Replaces `old` where every such operation on a name with this end fails.
+  void replaceFailing(std::string const& operation, UString const& end, ::machine::ErrorCode code) {
+    writeFile(at(u"a.txt"), "old");
+    tests::FaultyMachine faulty(machine());
+    ::machine::ScopedMachine const scope(faulty);
+    faulty.faults().failWhen(
+        [&](std::string_view name, std::u16string_view subject) {
+          return name == operation && subject.ends_with(end);
+        },
+        code);
+    replace_file(at(u"a.txt"), "new");
+  }
+};
+
+TEST_F(ReplaceFile, MakesOrReplacesTheFileAndLeavesNothingBeside) {
+  for (std::string const content : {"one", "", "three"}) {
+    replace_file(at(u"a.txt"), content);
+    EXPECT_EQ(readFile(at(u"a.txt")), content);
+    EXPECT_EQ(entry_names(root()), std::vector<UString>{u"a.txt"});
+  }
+}
+
+TEST_F(ReplaceFile, AFailureLeavesTheOldFile) {
+  EXPECT_THROW(replaceFailing("FileWriter::write", u"", ::machine::ErrorCode::diskFull),
+               SystemError);
+  EXPECT_EQ(readFile(at(u"a.txt")), "old");
+  EXPECT_EQ(entry_names(root()), std::vector<UString>{u"a.txt"});
+}
+
+TEST_F(ReplaceFile, OverwritesWhereNoNewFileIsTakenOrTheOldOneIsInUse) {
+  replaceFailing("openForWriting", u".tmp", ::machine::ErrorCode::accessDenied);
+  EXPECT_EQ(readFile(at(u"a.txt")), "new");
+  replaceFailing("rename", u".tmp", ::machine::ErrorCode::sharingViolation);
+  EXPECT_EQ(readFile(at(u"a.txt")), "new");
+}
+
+TEST(IsAbsolute, TellsPathsThatNeedNoCurrentFolder) {
+  for (char16_t const* path : {u"C:\\a", u"C:/", u"\\\\srv\\share\\a", u"\\\\?\\C:\\a"}) {
+    EXPECT_TRUE(is_absolute(Path(path)));
+  }
+  for (char16_t const* path : {u"a", u"\\a", u"C:a", u"..\\a", u""}) {
+    EXPECT_FALSE(is_absolute(Path(path)));
+  }
+}
+
 class RemoveAll : public MachineTest {};
 
 TEST_F(RemoveAll, DoesNothingWhenNothingIsThere) {
