@@ -29,6 +29,14 @@ void logTrouble(Log&& log, UString const& line, UString const& subject) {
   log(line);
 }
 
+/// The same where the line does not say why; the cause is told beside it.
+template <typename Log>
+void logTrouble(Log&& log, UString const& line, UString const& subject, UString const& cause) {
+  install::cpputil::trouble::tell(
+      {install::cpputil::trouble::severity::error, line + u": " + cause, subject, 1});
+  log(line);
+}
+
 /// Tells, beside the log, what it passes over in silence: what is done all the same.
 inline void warn(UString const& text, UString const& subject) {
   install::cpputil::trouble::tell({install::cpputil::trouble::severity::warning, text, subject});
