@@ -113,7 +113,9 @@ class Restoring {
 
   void decide(Entry const& entry, Image const& now, RestoreStep& step) {
     bool const expected = isExpected(now, entry);
-    if (isBefore(now, entry.before)) {
+    // What the run itself left as it was may have been changed by others: that is theirs.
+    bool const wasChanged = !entry.after || !isBefore(*entry.after, entry.before);
+    if (!wasChanged || isBefore(now, entry.before)) {
       step.outcome = Outcome::already;
     } else if (isLink(entry.before) || isLink(now)) {
       step.outcome = Outcome::notRestorable;

@@ -1,5 +1,3 @@
-#include "machine/reentrant_lock.hpp"
-
 #include <windows.h>
 
 #include <aclapi.h>
@@ -8,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "machine/reentrant_lock.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
 #include "machine/windows/system_error.hpp"

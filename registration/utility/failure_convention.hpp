@@ -30,6 +30,14 @@ void logTrouble(Log&& log, UString const& line, UString const& subject) {
   log(line);
 }
 
+/// The same where the line does not say why; the cause is told beside it.
+template <typename Log>
+void logTrouble(Log&& log, UString const& line, UString const& subject, UString const& cause) {
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::error, line + u": " + cause, subject, 1});
+  log(line);
+}
+
 /// Tells of a failure that two lines of the log will say: what failed, and the exception's text.
 inline void tellFailure(UString const& failureLine, UString const& text, UString const& subject) {
   using namespace install::cpputil;

@@ -7,7 +7,7 @@
 #include "bundles/desktopservicesetup/implementation/text_files.hpp"
 #include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "install/cpputil/logger.hpp"
+#include "install/cpputil/machine_lock.hpp"
 #include "install/cpputil/versions.hpp"
 #include "install/desktopservicesetup/layout.hpp"
 #include "machine/path_grammar.hpp"
@@ -23,10 +23,6 @@ namespace {
 constexpr std::size_t largestDocument = 64 << 10;
 constexpr std::uint32_t largestVersionFile = 256;
 
-void log(std::string const& text) {
-  install::cpputil::logger::append_message("Brantix Service Host setup: " + text);
-}
-
 /// The operation's result; why it failed is logged.
 template <typename Step>
 Result resultOf(Step&& step) {
@@ -34,7 +30,7 @@ Result resultOf(Step&& step) {
     during(Result::failed, step);
     return Result::success;
   } catch (SetupFailure const& failure) {
-    log(failure.what());
+    reportFailure(failure.what());
     return failure.result();
   }
 }
@@ -51,11 +47,16 @@ std::unique_ptr<zip_archive> openPackage(Path const& file) {
   return during(Result::packageMissing, [&] { return std::make_unique<zip_archive>(file); });
 }
 
-std::string versionOf(zip_archive& package) {
+std::string nameOf(Path const& file) {
+  return fl::i18n::ustring_to_utf8(file.ustring());
+}
+
+/// `file`: the package's.
+std::string versionOf(zip_archive& package, Path const& file) {
   std::string version = package.read("version.txt", largestVersionFile);
   version.erase(version.find_last_not_of("\r\n") + 1);
   if (!isVersion(version)) {
-    throw SetupFailure(Result::packageRefused, "version.txt holds no version");
+    throw SetupFailure(Result::packageRefused, nameOf(file) + ": version.txt holds no version");
   }
   return version;
 }
@@ -66,37 +67,42 @@ int compare(std::string const& a, std::string const& b) {
 
 VersionDocument announced(Path const& folder) {
   return during(Result::versionUnavailable, [&] {
-    return parseVersionDocument(readText(announcement(folder), largestDocument));
+    Path const file = announcement(folder);
+    return parseVersionDocument(nameOf(file), readText(file, largestDocument));
   });
 }
 
 /// A server may hold a package of another version than the one it announces, an older one too.
 void requireAnnouncedVersion(zip_archive& package, Path const& source) {
-  std::string const version = versionOf(package);
-  if (compare(version, announced(source).serviceHostVersion) != 0) {
-    throw SetupFailure(Result::packageRefused,
-                       "the package is version " + version + ", not the one announced");
+  Path const file = layout::serviceHostPackage(source);
+  std::string const version = versionOf(package, file);
+  std::string const expected = announced(source).serviceHostVersion;
+  if (compare(version, expected) != 0) {
+    throw SetupFailure(Result::packageRefused, nameOf(file) + " is version " + version +
+                                                   ", but version " + expected + " was announced");
   }
 }
 
 ServiceHost readServiceHost(Path const& source) {
   return during(Result::packageRefused, [&] {
-    return parseServiceHost(readText(installerFolder(source) / u"service.json", largestDocument));
+    Path const file = installerFolder(source) / u"service.json";
+    return parseServiceHost(nameOf(file), readText(file, largestDocument));
   });
 }
 
-void requireProgram(ServiceHost const& host, Path const& folder) {
+/// `package`: what was unpacked to `folder`.
+void requireProgram(ServiceHost const& host, Path const& folder, Path const& package) {
   Path const program = folder / host.program;
   if (!fl::filesystem::exists(program) || fl::filesystem::is_directory(program)) {
     throw SetupFailure(Result::packageRefused,
-                       "the package lacks " + fl::i18n::ustring_to_utf8(host.program.ustring()));
+                       nameOf(package) + " lacks the program " + nameOf(host.program));
   }
 }
 
 /// Replaces files and service together: either both are the new ones in the end, or the old ones.
 void replace(FolderReplacement& files, machine::ServiceDefinition const& definition,
-             std::chrono::milliseconds patience) {
-  auto service = during(Result::serviceNotRegistered, [&] { return ServiceReplacement(patience); });
+             std::chrono::milliseconds timeout) {
+  auto service = during(Result::serviceNotRegistered, [&] { return ServiceReplacement(timeout); });
   try {
     during(Result::serviceNotStopped, [&] { service.stopOld(); });
     during(Result::filesNotWritten, [&] { files.exchange(); });
@@ -116,7 +122,8 @@ void replace(FolderReplacement& files, machine::ServiceDefinition const& definit
 Result DesktopServiceSetup::unpackInstaller(Path const& folder, UString const& packageName) {
   return resultOf([&] {
     if (packageName.empty()) {
-      throw SetupFailure(Result::packageMissing, "there is no installer package");
+      throw SetupFailure(Result::packageMissing,
+                         "there is no installer package in " + nameOf(folder));
     }
     auto const package = openPackage(folder / packageName);
     during(Result::filesNotWritten, [&] {
@@ -135,10 +142,13 @@ Result DesktopServiceSetup::installServiceHost(Path const& source, Path const& t
 
 void DesktopServiceSetup::install(Path const& source, Path const& target, bool isShipped) const {
   if (!machine::path_grammar::isAbsolute(target.ustring())) {
-    throw SetupFailure(Result::filesNotWritten, "the folder to install to is not absolute");
+    throw SetupFailure(Result::filesNotWritten,
+                       "the folder to install to is not absolute: " + nameOf(target));
   }
+  install::cpputil::machine_lock const lock;
   ServiceHost const host = readServiceHost(source);
-  auto const package = openPackage(layout::serviceHostPackage(source));
+  Path const packageFile = layout::serviceHostPackage(source);
+  auto const package = openPackage(packageFile);
   if (!isShipped) {
     requireAnnouncedVersion(*package, source);
   }
@@ -146,8 +156,8 @@ void DesktopServiceSetup::install(Path const& source, Path const& target, bool i
   during(Result::filesNotWritten, [&] {
     FolderReplacement files(folder);
     package->extract(files.staging());
-    requireProgram(host, files.staging());
-    replace(files, serviceFor(host, folder), patience_.service);
+    requireProgram(host, files.staging(), packageFile);
+    replace(files, serviceFor(host, folder), timeouts_.service);
   });
 }
 
@@ -158,25 +168,23 @@ void DesktopServiceSetup::removeSource(Path const& folder) {
 Result DesktopServiceSetup::downloadLatestInstaller(Path const& installationRoot) {
   return resultOf([&] {
     Path const folder = layout::temporaryDownloadRoot(installationRoot);
-    std::string const text = during(Result::versionUnavailable, [&] {
-      return fetchVersionDocument(installationRoot, limits());
+    auto const fetched = during(Result::versionUnavailable, [&] {
+      return fetchVersionDocument(installationRoot, documentLimits());
     });
-    auto const latest =
-        during(Result::versionUnavailable, [&] { return parseVersionDocument(text); });
     during(Result::filesNotWritten, [&] {
       fl::filesystem::remove_all(folder);
       fl::filesystem::create_directories(folder);
       // Whatever is published meanwhile, the package will be the one that goes with this installer.
-      writeText(announcement(folder), text);
+      writeText(announcement(folder), fetched.text);
     });
-    downloadTo(layout::installerPackage(folder), latest.installer, limits());
+    downloadTo(layout::installerPackage(folder), fetched.document.installer, packageLimits());
   });
 }
 
 Result DesktopServiceSetup::downloadLatestPackage(Path const& installationRoot) {
   return resultOf([&] {
     Path const folder = layout::temporaryDownloadRoot(installationRoot);
-    downloadTo(layout::serviceHostPackage(folder), announced(folder).package, limits());
+    downloadTo(layout::serviceHostPackage(folder), announced(folder).package, packageLimits());
   });
 }
 
@@ -185,16 +193,20 @@ bool DesktopServiceSetup::queryVersions(Path const& installationRoot, std::strin
   // Without a sound package there is no shipped version, and any published one is newer.
   shippedVersion.clear();
   resultOf([&] {
-    Path const root = layout::currentRoot(installationRoot);
-    shippedVersion = versionOf(*openPackage(layout::serviceHostPackage(root)));
+    Path const file = layout::serviceHostPackage(layout::currentRoot(installationRoot));
+    shippedVersion = versionOf(*openPackage(file), file);
   });
   latestVersion =
-      parseVersionDocument(fetchVersionDocument(installationRoot, limits())).serviceHostVersion;
+      fetchVersionDocument(installationRoot, documentLimits()).document.serviceHostVersion;
   return compare(shippedVersion, latestVersion) >= 0;
 }
 
-machine::DownloadLimits DesktopServiceSetup::limits() const {
-  return {0, patience_.silence, patience_.download};
+machine::DownloadLimits DesktopServiceSetup::packageLimits() const {
+  return {0, timeouts_.packageIdle, timeouts_.package};
+}
+
+machine::DownloadLimits DesktopServiceSetup::documentLimits() const {
+  return {0, timeouts_.documentIdle, timeouts_.document};
 }
 
 }  // namespace desktopservicesetup

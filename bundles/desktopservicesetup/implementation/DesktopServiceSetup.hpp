@@ -15,15 +15,20 @@ using fl::filesystem::Path;
 using fl::i18n::UString;
 using install::desktopservicesetup::DesktopServiceSetupResult;
 
-/// How long the setup waits.
-struct Patience {
+/// How long the setup waits at most.
+struct Timeouts {
   std::chrono::milliseconds service = std::chrono::seconds(30);  ///< to start, to stop
-  std::chrono::milliseconds silence = std::chrono::seconds(30);  ///< a server's
-  std::chrono::milliseconds download = std::chrono::minutes(30);
+  /// Of a package's download: each time that nothing comes, and in all.
+  std::chrono::milliseconds packageIdle = std::chrono::seconds(30);
+  std::chrono::milliseconds package = std::chrono::minutes(30);
+  /// Of the version document's, which is small.
+  std::chrono::milliseconds documentIdle = std::chrono::seconds(5);
+  std::chrono::milliseconds document = std::chrono::seconds(15);
 };
 
 /// The setup on the current machine. An operation that fails leaves what was installed as it was,
-/// logs why in a line that begins "Brantix Service Host setup: ", and ends with its result.
+/// logs why in a line that begins "Brantix Service Host setup: ", tells that as trouble, and ends
+/// with its result. The service host is replaced under the machine's lock.
 ///
 /// In a folder of packages there are, besides the packages:
 ///
@@ -34,7 +39,7 @@ struct Patience {
 /// A service-host package carries its own version in version.txt, one line.
 class DesktopServiceSetup final : public install::desktopservicesetup::DesktopServiceSetupUtility {
  public:
-  explicit DesktopServiceSetup(Patience const& patience = {}) : patience_(patience) {}
+  explicit DesktopServiceSetup(Timeouts const& timeouts = {}) : timeouts_(timeouts) {}
 
   DesktopServiceSetupResult unpackInstaller(Path const& folder,
                                             UString const& packageName) override;
@@ -48,9 +53,10 @@ class DesktopServiceSetup final : public install::desktopservicesetup::DesktopSe
 
  private:
   void install(Path const& source, Path const& target, bool isShipped) const;
-  machine::DownloadLimits limits() const;
+  machine::DownloadLimits packageLimits() const;
+  machine::DownloadLimits documentLimits() const;
 
-  Patience patience_;
+  Timeouts timeouts_;
 };
 
 }  // namespace desktopservicesetup

@@ -74,11 +74,7 @@ void downloadTo(Path const& file, Download const& what, machine::DownloadLimits 
     size += bytes.size();
     during(Result::filesNotWritten, [&] { partial->write(bytes); });
   });
-  constexpr std::uint32_t found = 200;
-  if (status != found) {
-    throw SetupFailure(Result::downloadFailed,
-                       "status " + std::to_string(status) + " for " + what.url);
-  }
+  during(Result::downloadFailed, [&] { requireFound(status, what.url); });
   if (size != what.size || hash.finish() != what.sha256) {
     throw SetupFailure(Result::downloadRefused, what.url + " is not the file that was announced");
   }

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "fl/filesystem/operations.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace desktopservicesetup {
 
@@ -10,12 +11,24 @@ namespace {
 
 using namespace fl::filesystem;
 
-void removeQuietly(Path const& folder) noexcept {
+/// For what no failure of may stop: it is told, and put right at the start of the next replacement.
+template <typename Step>
+void attempt(Path const& folder, Step&& step) noexcept {
   try {
-    remove_all(folder);
-  } catch (std::exception const&) {
-    // It is removed at the start of the next replacement.
+    step();
+  } catch (std::exception const& failure) {
+    try {
+      registration::utility::warn(u"Brantix Service Host setup: " + folder.ustring() +
+                                      u" was left: " + fl::i18n::utf8_to_ustring(failure.what()),
+                                  folder.ustring());
+    } catch (std::exception const&) {
+      // Who is told of it fails.
+    }
   }
+}
+
+void remove(Path const& folder) noexcept {
+  attempt(folder, [&] { remove_all(folder); });
 }
 
 void move(Path const& from, Path const& to) {
@@ -35,7 +48,7 @@ FolderReplacement::FolderReplacement(Path const& folder)
 
 FolderReplacement::~FolderReplacement() {
   takeBack();
-  removeQuietly(staging_);
+  desktopservicesetup::remove(staging_);
 }
 
 void FolderReplacement::exchange() {
@@ -48,7 +61,7 @@ void FolderReplacement::exchange() {
 
 void FolderReplacement::keep() {
   exchanged_ = false;
-  removeQuietly(old_);
+  desktopservicesetup::remove(old_);
 }
 
 void FolderReplacement::takeBack() noexcept {
@@ -56,14 +69,12 @@ void FolderReplacement::takeBack() noexcept {
     return;
   }
   exchanged_ = false;
-  try {
+  attempt(old_, [&] {
     remove_all(folder_);
     if (exists(old_)) {
       move(old_, folder_);
     }
-  } catch (std::exception const&) {
-    // The old folder waits beside it for the next replacement.
-  }
+  });
 }
 
 }  // namespace desktopservicesetup

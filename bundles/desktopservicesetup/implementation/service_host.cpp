@@ -3,7 +3,7 @@
 #include <exception>
 
 #include "bundles/desktopservicesetup/implementation/json_document.hpp"
-#include "install/cpputil/logger.hpp"
+#include "bundles/desktopservicesetup/implementation/setup_failure.hpp"
 #include "install/cpputil/zip_names.hpp"
 #include "machine/command_line.hpp"
 #include "machine/machine.hpp"
@@ -27,8 +27,7 @@ void attempt(Step&& step) noexcept {
     step();
   } catch (std::exception const& failure) {
     try {
-      install::cpputil::logger::append_message(
-          std::string("Brantix Service Host setup: taking back: ") + failure.what());
+      reportFailure(std::string("taking back: ") + failure.what());
     } catch (std::exception const&) {
       // The log itself fails.
     }
@@ -37,8 +36,8 @@ void attempt(Step&& step) noexcept {
 
 }  // namespace
 
-ServiceHost parseServiceHost(std::string_view text) {
-  JsonDocument const document("service.json", text);
+ServiceHost parseServiceHost(std::string const& name, std::string_view text) {
+  JsonDocument const document(name, text);
   std::string const program = document.text("program");
   auto const& arguments = document.member("arguments");
   if (program.ends_with('/') || !install::cpputil::problemOfZipName(program).empty()) {
@@ -73,15 +72,15 @@ machine::ServiceDefinition serviceFor(ServiceHost const& host, Path const& folde
   return definition;
 }
 
-ServiceReplacement::ServiceReplacement(std::chrono::milliseconds patience)
-    : patience_(patience), oldDefinition_(services().definition(serviceName)) {
+ServiceReplacement::ServiceReplacement(std::chrono::milliseconds timeout)
+    : timeout_(timeout), oldDefinition_(services().definition(serviceName)) {
   auto const state = services().state(serviceName);
   wasRunning_ = state && *state != machine::ServiceState::stopped;
 }
 
 void ServiceReplacement::stopOld() {
   if (wasRunning_) {
-    services().stop(serviceName, patience_);
+    services().stop(serviceName, timeout_);
   }
 }
 
@@ -90,13 +89,13 @@ void ServiceReplacement::registerNew(machine::ServiceDefinition const& definitio
 }
 
 void ServiceReplacement::startNew() {
-  services().start(serviceName, patience_);
+  services().start(serviceName, timeout_);
 }
 
 void ServiceReplacement::stopNew() noexcept {
   attempt([&] {
     if (services().state(serviceName)) {
-      services().stop(serviceName, patience_);
+      services().stop(serviceName, timeout_);
     }
   });
 }
@@ -109,7 +108,7 @@ void ServiceReplacement::takeBack() noexcept {
     }
     services().set(serviceName, *oldDefinition_);
     if (wasRunning_) {
-      services().start(serviceName, patience_);
+      services().start(serviceName, timeout_);
     }
   });
 }

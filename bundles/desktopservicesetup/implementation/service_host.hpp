@@ -24,8 +24,8 @@ struct ServiceHost {
 };
 
 /// Throws std::runtime_error for a text that is not such a document, or that names a program
-/// outside the folder.
-ServiceHost parseServiceHost(std::string_view text);
+/// outside the folder. `name`: the file's, for that error.
+ServiceHost parseServiceHost(std::string const& name, std::string_view text);
 
 /// The service for the service host in `folder`: starts with the system, and again a minute after
 /// each failure.
@@ -35,7 +35,7 @@ machine::ServiceDefinition serviceFor(ServiceHost const& host, Path const& folde
 class ServiceReplacement {
  public:
   /// Remembers what there is.
-  explicit ServiceReplacement(std::chrono::milliseconds patience);
+  explicit ServiceReplacement(std::chrono::milliseconds timeout);
 
   void stopOld();
   void registerNew(machine::ServiceDefinition const& definition);
@@ -48,7 +48,7 @@ class ServiceReplacement {
   void takeBack() noexcept;
 
  private:
-  std::chrono::milliseconds patience_;
+  std::chrono::milliseconds timeout_;
   std::optional<machine::ServiceDefinition> oldDefinition_;
   bool wasRunning_;
 };

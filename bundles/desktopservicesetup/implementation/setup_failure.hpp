@@ -23,6 +23,9 @@ class SetupFailure : public std::runtime_error {
   DesktopServiceSetupResult result_;
 };
 
+/// Logs what failed and why, and tells it as trouble.
+void reportFailure(std::string const& reason);
+
 /// Runs `step`; a std::exception ends it with `result`, unless the step knew better.
 template <typename Step>
 decltype(auto) during(DesktopServiceSetupResult result, Step&& step) {

@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::size_t largestDocument = 64 << 10;
 constexpr std::uint64_t largestDownload = 0xFFFFFFFF;  // packages are no zip64 archives
-constexpr std::uint32_t found = 200;
 
 bool isSha256(std::string_view text) {
   return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == text.npos;
@@ -43,14 +42,14 @@ std::string configuredUrl(Path const& installationRoot) {
   }
   Path const file =
       install::desktopservicesetup::currentRoot(installationRoot) / u"service-host-source.json";
-  return JsonDocument("service-host-source.json", readText(file, largestDocument))
+  return JsonDocument(fl::i18n::ustring_to_utf8(file.ustring()), readText(file, largestDocument))
       .text("latestVersionUrl");
 }
 
 }  // namespace
 
-VersionDocument parseVersionDocument(std::string_view text) {
-  JsonDocument const document("the version document", text);
+VersionDocument parseVersionDocument(std::string const& name, std::string_view text) {
+  JsonDocument const document(name, text);
   VersionDocument latest{document.text("serviceHostVersion"), readDownload(document, "installer"),
                          readDownload(document, "package")};
   if (!isVersion(latest.serviceHostVersion)) {
@@ -59,8 +58,8 @@ VersionDocument parseVersionDocument(std::string_view text) {
   return latest;
 }
 
-std::string fetchVersionDocument(Path const& installationRoot,
-                                 machine::DownloadLimits const& limits) {
+FetchedVersionDocument fetchVersionDocument(Path const& installationRoot,
+                                            machine::DownloadLimits const& limits) {
   std::string const url = configuredUrl(installationRoot);
   if (!isTrustedUrl(url)) {
     throw std::runtime_error("the version document's address is neither https nor this computer: " +
@@ -72,10 +71,19 @@ std::string fetchVersionDocument(Path const& installationRoot,
   std::uint32_t const status =
       machine::current().downloads().get(fl::i18n::utf8_to_ustring(url), documentLimits,
                                          [&](std::string_view bytes) { text += bytes; });
-  if (status != found) {
-    throw std::runtime_error("status " + std::to_string(status) + " for " + url);
+  requireFound(status, url);
+  return {text, parseVersionDocument(url, text)};
+}
+
+void requireFound(std::uint32_t status, std::string const& url) {
+  constexpr std::uint32_t found = 200;
+  if (status == found) {
+    return;
   }
-  return text;
+  bool const isRedirection = status >= 300 && status < 400;
+  throw std::runtime_error("the server answers with status " + std::to_string(status) +
+                           (isRedirection ? ", a redirection that is not followed," : "") +
+                           " for " + url);
 }
 
 bool isVersion(std::string_view text) {

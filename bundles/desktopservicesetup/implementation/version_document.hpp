@@ -34,15 +34,25 @@ struct VersionDocument {
   Download package;
 };
 
-/// Throws std::runtime_error for a text that is not such a document.
-VersionDocument parseVersionDocument(std::string_view text);
+/// Throws std::runtime_error for a text that is not such a document. `name`: where it comes from,
+/// for that error.
+VersionDocument parseVersionDocument(std::string const& name, std::string_view text);
 
-/// The document's text as it is published now. Its address is the registry value LatestVersionUrl
+struct FetchedVersionDocument {
+  std::string text;
+  VersionDocument document;
+};
+
+/// The document as it is published now. Its address is the registry value LatestVersionUrl
 /// of HKEY_LOCAL_MACHINE\SOFTWARE\Brantix\Vortan\ServiceHost, else the one in the file
 /// service-host-source.json in the installation's current root: {"version": 1, "latestVersionUrl":
-/// "https://..."}. Throws std::runtime_error when there is no address or no document at it.
-std::string fetchVersionDocument(Path const& installationRoot,
-                                 machine::DownloadLimits const& limits);
+/// "https://..."}. Throws std::runtime_error when there is no address or no document at it. Of
+/// `limits` the size is this function's own.
+FetchedVersionDocument fetchVersionDocument(Path const& installationRoot,
+                                            machine::DownloadLimits const& limits);
+
+/// Throws std::runtime_error for another status than 200 of a server's answer.
+void requireFound(std::uint32_t status, std::string const& url);
 
 /// Digits and dots, such as "25.2.0.1".
 bool isVersion(std::string_view text);

@@ -15,6 +15,10 @@ namespace registration::commands {
 /// command has the order, the fallback and the log lines. undo does nothing: the service host
 /// outlives the product.
 ///
+/// From its first log line on execute holds the machine's lock (install::cpputil::machine_lock), so
+/// that two setups do not undo each other. When it cannot be had, or not within ten minutes, that
+/// is logged as a failure of region 3, and nothing is installed.
+///
 /// execute is divided into three guarded regions:
 ///
 ///   1. Obtaining the setup service, startService to getServicePointer. A std::exception is logged
@@ -56,6 +60,9 @@ class REGISTRATION_API BrantixServiceHostSetupCommand : public utility::Command 
   bool installLatest(std::shared_ptr<DesktopServiceSetupUtility> const& service) const;
   bool isShippedLatest(std::shared_ptr<DesktopServiceSetupUtility> const& service) const;
   void installShipped(std::shared_ptr<DesktopServiceSetupUtility> const& service) const;
+
+  void reportFailure(UString const& line) const;
+  Path bundleFolder() const;
 
   bool shouldDownloadLatestBsh() const;
   DesktopServiceSetupResult downloadAndInstallLatestBsh(

@@ -1,5 +1,6 @@
 #include "registration/commands/BrantixServiceHostSetupCommand.hpp"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -7,6 +8,7 @@
 #include "foundation/cppmicroservices/framework.hpp"
 #include "foundation/feature/feature.hpp"
 #include "install/cpputil/logger.hpp"
+#include "install/cpputil/machine_lock.hpp"
 #include "install/desktopservicesetup/layout.hpp"
 #include "registration/commands/component_service.hpp"
 #include "registration/utility/failure_convention.hpp"
@@ -17,6 +19,20 @@ namespace {
 
 namespace layout = install::desktopservicesetup;
 using Result = layout::DesktopServiceSetupResult;
+
+UString codeOf(Result result) {
+  return fl::i18n::to_ustring(std::to_string(static_cast<int>(result)));
+}
+
+/// A step of the latest version's setup that failed, whose result this hands back: the log passes
+/// over it, and the shipped packages are installed.
+Result latestFailed(char16_t const* step, Result result) {
+  UString const name = u"the latest version of Brantix Service Host";
+  utility::warn(name + u" was not installed, but the shipped one: " + step +
+                    u" ended with error code " + codeOf(result),
+                name);
+  return result;
+}
 
 }  // namespace
 
@@ -30,7 +46,7 @@ BrantixServiceHostSetupCommand::BrantixServiceHostSetupCommand(BrantixServiceHos
 BrantixServiceHostSetupCommand::~BrantixServiceHostSetupCommand() = default;
 
 void BrantixServiceHostSetupCommand::execute() const {
-  if (!options.isServiceHostRequested()) {
+  if (utility::skippedBy(u"isServiceHostRequested", options.isServiceHostRequested(), false)) {
     return;
   }
   if (auto const service = obtainService()) {
@@ -51,9 +67,11 @@ BrantixServiceHostSetupCommand::obtainService() const {
     throw std::runtime_error("the service pointer is empty");
   } catch (std::exception const& failure) {
     // The one message that goes to the log in UTF-8, and so past log_message.
-    install::cpputil::logger::append_message(
+    std::string const line =
         std::string("Failed to get Brantix Service Host utility service pointer: ") +
-        failure.what());
+        failure.what();
+    utility::logTrouble([&](UString const&) { install::cpputil::logger::append_message(line); },
+                        fl::i18n::utf8_to_ustring(line), bundleFolder().ustring());
     return nullptr;
   }
 }
@@ -61,6 +79,15 @@ BrantixServiceHostSetupCommand::obtainService() const {
 void BrantixServiceHostSetupCommand::install(
     std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
   log_message(u"Installing Brantix Service Host");
+  auto const report = [this](UString const& text) {
+    reportFailure(u"Failed to install Brantix Service Host with exception: " + text);
+  };
+  // Two setups at once would each take away what the other one is about to start.
+  std::optional<install::cpputil::machine_lock> lock;
+  utility::reportingFailure([&] { lock.emplace(); }, report);
+  if (!lock) {
+    return;
+  }
   bool const hasLatest = installLatest(service);
   utility::reportingFailure(
       [&] {
@@ -69,21 +96,26 @@ void BrantixServiceHostSetupCommand::install(
         }
         removeBrantixServiceHostSource(service, getBrantixServiceHostTempDownloadRoot());
       },
-      [this](UString const& text) {
-        log_message(u"Failed to install Brantix Service Host with exception: " + text);
-      });
+      report);
 }
 
 /// Region 2. True when the latest version was downloaded and installed.
 bool BrantixServiceHostSetupCommand::installLatest(
     std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
+  auto const report = [this](UString const& cause) {
+    utility::logTrouble([this](UString const& line) { log_message(line); },
+                        u"Failed to connect to Brantix Service Host latest version web service", {},
+                        cause);
+    return false;
+  };
   try {
     return shouldDownloadLatestBsh() && !isShippedLatest(service) &&
            downloadAndInstallLatestBsh(service, getBrantixServiceHostCurrentRoot().ustring()) ==
                Result::success;
+  } catch (std::exception const& failure) {
+    return report(fl::i18n::utf8_to_ustring(failure.what()));
   } catch (...) {
-    log_message(u"Failed to connect to Brantix Service Host latest version web service");
-    return false;
+    return report(u"an exception that is no std::exception");
   }
 }
 
@@ -105,9 +137,14 @@ void BrantixServiceHostSetupCommand::installShipped(
   Result const result =
       installBshUsingShippedPackages(service, getBrantixServiceHostCurrentRoot().ustring());
   if (result != Result::success) {
-    log_message(u"Failed to install Brantix Service Host with error code: " +
-                fl::i18n::to_ustring(std::to_string(static_cast<int>(result))));
+    reportFailure(u"Failed to install Brantix Service Host with error code: " + codeOf(result));
   }
+}
+
+/// Logs that something of the service host was not done.
+void BrantixServiceHostSetupCommand::reportFailure(UString const& line) const {
+  utility::logTrouble([this](UString const& text) { log_message(text); }, line,
+                      getBrantixServiceHostCurrentRoot().ustring());
 }
 
 void BrantixServiceHostSetupCommand::log_message(UString const& message) const {
@@ -115,9 +152,12 @@ void BrantixServiceHostSetupCommand::log_message(UString const& message) const {
 }
 
 void BrantixServiceHostSetupCommand::startService() const {
-  foundation::cppmicroservices::installAndStart(Path(options.getRootPath()) / u"bin" / u"win64" /
-                                                u"desktopservicesetup" / u"install" /
-                                                u"desktopservicesetup" / u"implementation");
+  foundation::cppmicroservices::installAndStart(bundleFolder());
+}
+
+Path BrantixServiceHostSetupCommand::bundleFolder() const {
+  return Path(options.getRootPath()) / u"bin" / u"win64" / u"desktopservicesetup" / u"install" /
+         u"desktopservicesetup" / u"implementation";
 }
 
 std::shared_ptr<BrantixServiceHostSetupCommand::DesktopServiceSetupUtility>
@@ -145,28 +185,28 @@ Result BrantixServiceHostSetupCommand::downloadAndInstallLatestBsh(
     log_message(u"Downloading the latest version of Brantix Service Host Installer");
     Result result = service->downloadLatestInstaller(root);
     if (result != Result::success) {
-      return result;
+      return latestFailed(u"downloading its installer", result);
     }
     log_message(u"Completed downloading the latest version of Brantix Service Host Installer");
     result = service->unpackInstaller(source, getDownloadedBshInstallerOrPkgZipName(source));
     if (result != Result::success) {
-      return result;
+      return latestFailed(u"unpacking its installer", result);
     }
     log_message(u"Downloading the latest version of Brantix Service Host");
     result = service->downloadLatestPackage(root);
     if (result != Result::success) {
-      return result;
+      return latestFailed(u"downloading its package", result);
     }
     log_message(u"Completed downloading the latest version of Brantix Service Host");
     result = service->installServiceHost(source, Path(serviceHostRoot), false);
     if (result != Result::success) {
-      return result;
+      return latestFailed(u"installing its package", result);
     }
     log_message(u"Completed installing the latest version of Brantix Service Host");
     replaceShippedBshPackageByLatestBsh();
     return Result::success;
   } catch (std::exception const& failure) {
-    log_message(
+    reportFailure(
         u"Failed to download and install the latest version of Brantix Service Host with "
         u"exception: " +
         fl::i18n::utf8_to_ustring(failure.what()));
@@ -187,7 +227,7 @@ Result BrantixServiceHostSetupCommand::installBshUsingShippedPackages(
     }
     return result;
   } catch (std::exception const& failure) {
-    log_message(
+    reportFailure(
         u"Failed to install the Brantix Service Host from shipped packages with exception: " +
         fl::i18n::utf8_to_ustring(failure.what()));
     return Result::shippedPackagesException;
@@ -208,10 +248,12 @@ void BrantixServiceHostSetupCommand::replaceShippedPackage(Path const& downloade
       fl::filesystem::rename(downloaded.ustring(), shipped.ustring(),
                              fl::filesystem::rename_options::replace_existing);
     }
-  } catch (std::exception const&) {
-    log_message(
+  } catch (std::exception const& failure) {
+    utility::logTrouble(
+        [this](UString const& line) { log_message(line); },
         u"Failed to overwrite the shipped Brantix Service Host package with the latest downloaded "
-        u"package");
+        u"package",
+        shipped.ustring(), fl::i18n::utf8_to_ustring(failure.what()));
   }
 }
 

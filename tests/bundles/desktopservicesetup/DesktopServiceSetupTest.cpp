@@ -5,6 +5,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/service_host.hpp"
+#include "tests/support/trouble_capture.hpp"
 #include "tests/support/wine.hpp"
 
 namespace desktopservicesetup {
@@ -86,6 +87,59 @@ TEST_F(SetupTest, AFailureIsLoggedWithItsReason) {
   ASSERT_EQ(log.messages().size(), 1u);
   EXPECT_TRUE(log.messages()[0].starts_with(u"Brantix Service Host setup: "));
   EXPECT_NE(log.messages()[0].find(u"zci.zip"), machine::UString::npos);
+}
+
+TEST_F(SetupTest, AFailureIsTroubleThatNamesItsFileAndReason) {
+  auto const troubleOf = [this](auto const& step) -> std::string {
+    tests::LogCapture const log;
+    tests::TroubleCapture const trouble;
+    EXPECT_NE(step(), Result::success);
+    EXPECT_EQ(trouble.reports().size(), 1u);
+    EXPECT_EQ(log.messages().size(), 1u);
+    if (trouble.reports().empty() || log.messages().empty()) return "";
+    auto const& told = trouble.reports()[0];
+    EXPECT_EQ(told.severity, install::cpputil::trouble::severity::error);
+    EXPECT_EQ(told.logged_lines, 1u);
+    EXPECT_EQ(told.text, log.messages()[0]);
+    return trouble.texts()[0];
+  };
+  std::string const head = "Brantix Service Host setup: ";
+  auto const nameOf = [this](std::u16string_view file) { return machine::toUtf8(in(file)); };
+  auto const install = [this] { return setup.installServiceHost(current(), current(), true); };
+
+  EXPECT_EQ(troubleOf([this] { return setup.unpackInstaller(current(), u""); }),
+            head + "there is no installer package in " + machine::toUtf8(currentRoot()));
+  ship("1.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  std::u16string_view const package = u"packages\\win64\\brantixservicehost.zip";
+  writeFile(in(package), tests::zipOf({{"version.txt", "1.0"}}));
+  EXPECT_EQ(troubleOf(install), head + nameOf(package) + " lacks the program bin\\host.exe");
+  writeFile(in(u"installer\\service.json"), "{");
+  EXPECT_EQ(troubleOf(install), head + nameOf(u"installer\\service.json") + " is not JSON");
+  EXPECT_EQ(troubleOf([this] { return setup.installServiceHost(current(), u"sys", true); }),
+            head + "the folder to install to is not absolute: sys");
+}
+
+TEST_F(SetupTest, ServiceHostIsNotReplacedWhileAnotherProcessHoldsTheMachine) {
+  /// Never free.
+  class Held final : public machine::MachineLock {
+   public:
+    std::shared_ptr<MachineLock::Held> acquire(std::chrono::milliseconds) override {
+      throw machine::SystemError("lock the machine", u"it", ErrorCode::timeout);
+    }
+  };
+  ship("1.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  Held lock;
+  tests::SubstitutedMachine locked(machine::current());
+  locked.replace(lock);
+  machine::ScopedMachine const scope(locked);
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(setup.installServiceHost(current(), current(), true), Result::failed);
+  EXPECT_EQ(serviceState(), std::nullopt);
+  EXPECT_EQ(trouble.texts(),
+            std::vector<std::string>{"Brantix Service Host setup: another installation, removal or "
+                                     "restore has not ended within 600 seconds"});
 }
 
 TEST_F(SetupTest, WhatAnInterruptedReplacementLeftIsPutRight) {
@@ -256,6 +310,27 @@ TEST_F(FailingUpgrade, FullDiskLeavesTheOld) {
   expectVersion1Runs();
 }
 
+TEST_F(SetupTest, OldFilesThatCannotBeRemovedAreTold) {
+  ship("1.0");
+  ASSERT_EQ(installShipped(), Result::success);
+  ship("2.0");
+  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
+  tests::FaultyMachine faulty(machine());
+  faulty.faults().failWhen(
+      [](std::string_view name, std::u16string_view of) {
+        return name == "removeDirectory" && of.ends_with(u"servicehost.old");
+      },
+      ErrorCode::accessDenied);
+  machine::ScopedMachine const scope(faulty);
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(setup.installServiceHost(current(), current(), true), Result::success);
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.reports()[0].severity, install::cpputil::trouble::severity::warning);
+  EXPECT_EQ(trouble.reports()[0].subject, in(u"servicehost.old"));
+  EXPECT_TRUE(trouble.reports()[0].text.starts_with(u"Brantix Service Host setup: " +
+                                                    in(u"servicehost.old") + u" was left: "));
+}
+
 TEST_F(SetupTest, FirstInstallationThatFailsLeavesNoService) {
   ship("1.0");
   ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
@@ -306,6 +381,44 @@ TEST_F(SetupTest, QueryThrowsWhenThereIsNoVersionDocument) {
                                  R"({"version": 1, "serviceHostVersion": 2})"}) {
     downloads.files[u"https://host.example/latest.json"] = text;
     EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::exception) << text;
+  }
+}
+
+TEST_F(SetupTest, QuerySaysWhatIsWrongWithTheVersionDocument) {
+  std::string shipped, latest;
+  auto const reason = [&]() -> std::string {
+    try {
+      setup.queryVersions(root(), shipped, latest);
+      return "";
+    } catch (std::exception const& failure) {
+      return failure.what();
+    }
+  };
+  std::string const url = "https://host.example/latest.json";
+  ship("1.0");
+  publish("2.0");
+  downloads.files.clear();
+  EXPECT_EQ(reason(), "the server answers with status 404 for " + url);
+  downloads.missing = 302;
+  EXPECT_EQ(reason(),
+            "the server answers with status 302, a redirection that is not followed, for " + url);
+  downloads.files[machine::toUtf16(url)] = "<html>";
+  EXPECT_EQ(reason(), url + " is not JSON");
+  downloads.files[machine::toUtf16(url)] = R"({"version": 1})";
+  EXPECT_EQ(reason(), url + ": \"serviceHostVersion\" is missing or not what it should be");
+  writeFile(in(u"service-host-source.json"), "");
+  EXPECT_EQ(reason(), machine::toUtf8(in(u"service-host-source.json")) + " is not JSON");
+}
+
+TEST_F(SetupTest, AVersionDocumentMayTakeSecondsAndAPackageLonger) {
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  auto const& document = downloads.limits[u"https://host.example/latest.json"];
+  EXPECT_LE(document.idleTimeout, std::chrono::seconds(10));
+  EXPECT_LE(document.totalTimeout, std::chrono::seconds(30));
+  EXPECT_LE(document.size, 64u << 10);
+  for (auto const* package : {u"https://host.example/i.zip", u"https://host.example/p.zip"}) {
+    EXPECT_EQ(downloads.limits[package].totalTimeout, std::chrono::minutes(30));
   }
 }
 

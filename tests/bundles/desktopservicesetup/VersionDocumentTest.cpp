@@ -55,6 +55,7 @@ std::string documentWith(std::string const& package) {
 TEST(VersionDocument, TellsVersionAndDownloads) {
   std::string const hash(64, '0');
   auto const document = parseVersionDocument(
+      "name",
       documentWith(R"({"url": "https://h/p", "size": 4294967295, "sha256": ")" + hash + "\"}"));
   EXPECT_EQ(document.serviceHostVersion, "2.0");
   EXPECT_EQ(document.installer.url, "https://h/i");
@@ -65,7 +66,8 @@ TEST(VersionDocument, TellsVersionAndDownloads) {
 
 TEST(VersionDocument, IsWhatTheReadmeShows) {
   std::ifstream file(SHOWN_VERSION_DOCUMENT);
-  auto const document = parseVersionDocument(std::string(std::istreambuf_iterator<char>(file), {}));
+  auto const document =
+      parseVersionDocument("name", std::string(std::istreambuf_iterator<char>(file), {}));
   EXPECT_EQ(document.serviceHostVersion, "25.2.0.1");
   EXPECT_EQ(document.installer.size, 262u);
   EXPECT_EQ(document.package.url, "https://downloads.example/brantixservicehost.zip");
@@ -84,13 +86,14 @@ TEST(VersionDocument, RefusesDownloadsThatAreNotDescribedWell) {
         std::string(R"({"url": "https://h/p", "size": 1})"),
         R"({"url": "https://h/p", "size": 1, "sha256": ")" + hash.substr(1) + "\"}",
         R"({"url": "https://h/p", "size": 1, "sha256": ")" + std::string(64, 'A') + "\"}"}) {
-    EXPECT_THROW(parseVersionDocument(documentWith(package)), std::runtime_error) << package;
+    EXPECT_THROW(parseVersionDocument("name", documentWith(package)), std::runtime_error)
+        << package;
   }
 }
 
 TEST(VersionDocument, RefusesAnotherFormat) {
-  EXPECT_THROW(parseVersionDocument(R"({"version": 2})"), std::runtime_error);
-  EXPECT_THROW(parseVersionDocument(std::string(60000, '[')), std::runtime_error);
+  EXPECT_THROW(parseVersionDocument("name", R"({"version": 2})"), std::runtime_error);
+  EXPECT_THROW(parseVersionDocument("name", std::string(60000, '[')), std::runtime_error);
 }
 
 }  // namespace

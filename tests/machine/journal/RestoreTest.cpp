@@ -102,6 +102,21 @@ TEST_F(RestoreTest, ForcedItTakesBackWhatOthersChangedAndTellsWhat) {
   expectStart();
 }
 
+TEST_F(RestoreTest, WhatWasLeftAsItHadBeenIsNotTakenFromThoseWhoChangedItSince) {
+  change([](Machine& machine) {
+    write(machine, u"C:\\d\\short", "short");
+    write(machine, u"C:\\d\\long", "ours");
+  });
+  changeOnTheSide([](Machine& machine) { machine.files().removeFile(u"C:\\d\\short"); });
+  for (bool const force : {false, true}) {
+    auto const report = restore(force);
+    EXPECT_TRUE(report.allRestored());
+    EXPECT_EQ(stepOf(report, u"C:\\d\\short").outcome, Outcome::already);
+  }
+  EXPECT_FALSE(snapshot(directory()).contains("C/d/short"));
+  EXPECT_EQ(snapshot(directory()).at("C/d/long"), start().at("C/d/long"));
+}
+
 TEST_F(RestoreTest, MadeFoldersAndKeysStayWhileSomethingIsInThem) {
   change([](Machine& machine) {
     machine.files().createDirectory(u"C:\\new");

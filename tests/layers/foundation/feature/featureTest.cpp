@@ -70,6 +70,26 @@ TEST_F(FeatureTest, RefusesWhatIsNoNumber) {
   }
 }
 
+TEST_F(FeatureTest, NamesWhatHoldsNoNumberAndWhatItHolds) {
+  auto const reason = [this]() -> std::string {
+    try {
+      feature.get();
+      return "";
+    } catch (std::runtime_error const& failure) {
+      return failure.what();
+    }
+  };
+  setValue(RegistryValue::ofText(u"perhaps"));
+  EXPECT_EQ(reason(),
+            "the registry value TestOfFeatures of HKEY_LOCAL_MACHINE\\SOFTWARE\\Brantix\\Vortan\\"
+            "Features is \"perhaps\", which is no number");
+  setVariable(u"yes");
+  EXPECT_EQ(
+      reason(),
+      "the environment variable BRANTIX_VORTAN_FEATURE_TestOfFeatures is \"yes\", which is no "
+      "number");
+}
+
 TEST_F(FeatureTest, RefusesRegistryValuesOfOtherTypesAndSizes) {
   setValue({machine::RegistryType::binary, "\1"});
   EXPECT_THROW(feature.get(), std::runtime_error);

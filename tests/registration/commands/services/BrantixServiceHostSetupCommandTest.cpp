@@ -11,6 +11,8 @@
 #include "tests/support/command_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
+#include "tests/support/substituted_machine.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -292,6 +294,122 @@ TEST_F(ServiceHostSetup, FeatureThatCannotBeReadFallsBack) {
   setFeature(u"perhaps");
   EXPECT_EQ(execute(), (Lines{installingShipped.front(), notConnected, installingShipped.back()}));
   EXPECT_EQ(setup->calls, shippedCalls());
+}
+
+TEST_F(ServiceHostSetup, LatestVersionThatCannotBeHadIsTroubleWithItsCause) {
+  setFeature(u"perhaps");
+  struct Case {
+    std::function<void()> query;
+    std::string cause;
+  };
+  std::string const connecting =
+      "Failed to connect to Brantix Service Host latest version web service: ";
+  auto const texts = [this] {
+    tests::TroubleCapture const trouble;
+    execute();
+    for (auto const& told : trouble.reports()) EXPECT_EQ(told.logged_lines, 1u);
+    return trouble.texts();
+  };
+  EXPECT_EQ(texts(),
+            std::vector<std::string>{
+                connecting + "the environment variable BRANTIX_VORTAN_FEATURE_DownloadLatestBsh is "
+                             "\"perhaps\", which is no number"});
+  setFeature(u"1");
+  for (Case const& at : {Case{[] { throw std::runtime_error("status 404"); }, "status 404"},
+                         Case{[] { throw 42; }, "an exception that is no std::exception"}}) {
+    setup->actions["queryVersions"] = at.query;
+    EXPECT_EQ(texts(), std::vector<std::string>{connecting + at.cause});
+  }
+}
+
+TEST_F(ServiceHostSetup, ShippedPackagesInstalledForWantOfTheLatestAreTrouble) {
+  publish();
+  setup->results = {{"downloadLatestPackage", Result::downloadFailed}};
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute().back(), installingShipped.back());
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.reports()[0].severity, install::cpputil::trouble::severity::warning);
+  EXPECT_EQ(trouble.reports()[0].logged_lines, 0u);
+  EXPECT_EQ(trouble.texts()[0],
+            "the latest version of Brantix Service Host was not installed, but the shipped one: "
+            "downloading its package ended with error code 4");
+}
+
+TEST_F(ServiceHostSetup, EveryFailureLineIsTrouble) {
+  auto const expectTold = [this](auto const& prepare, std::size_t count) {
+    setup->actions.clear();
+    setup->results.clear();
+    prepare();
+    tests::LogCapture const log;
+    tests::TroubleCapture const trouble;
+    Command(options(), setup).execute();
+    Lines failures;
+    for (auto const& line : log.messages()) {
+      if (line.starts_with(u"Failed to ")) failures.push_back(line);
+    }
+    EXPECT_EQ(failures.size(), count);
+    ASSERT_EQ(trouble.reports().size(), count);
+    for (std::size_t i = 0; i < count; ++i) {
+      EXPECT_TRUE(trouble.reports()[i].text.starts_with(failures[i]));
+      EXPECT_EQ(trouble.reports()[i].logged_lines, 1u);
+      EXPECT_EQ(trouble.reports()[i].severity, install::cpputil::trouble::severity::error);
+    }
+  };
+  expectTold([this] { setup->results = {{"installShipped", Result::failed}}; }, 1);
+  expectTold([this] { setup->actions["unpackInstaller"] = [] { throw std::runtime_error("x"); }; },
+             2);
+  expectTold([this] { setup->actions["removeSource"] = [] { throw std::runtime_error("x"); }; }, 1);
+  expectTold(
+      [this] {
+        publish();
+        setup->actions["installLatest"] = [] { throw std::runtime_error("x"); };
+      },
+      1);
+}
+
+TEST_F(ServiceHostSetup, NotRequestedIsNothingToDoAndSaysWhichOptionDecided) {
+  tests::TroubleCapture const trouble;
+  Command(options(false), setup).execute();
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.reports()[0].severity, install::cpputil::trouble::severity::skipped);
+  EXPECT_EQ(trouble.reports()[0].subject, u"isServiceHostRequested");
+}
+
+TEST_F(ServiceHostSetup, NoOtherInstallationRunsMeanwhile) {
+  class Watched final : public machine::MachineLock {
+   public:
+    std::shared_ptr<Held> acquire(std::chrono::milliseconds) override {
+      if (isBusy) throw machine::SystemError("lock", u"it", machine::ErrorCode::timeout);
+      auto held = std::make_shared<Held>();
+      held_ = held;
+      return held;
+    }
+    bool isHeld() const { return !held_.expired(); }
+    bool isBusy = false;
+
+   private:
+    std::weak_ptr<Held> held_;
+  };
+  Watched lock;
+  tests::SubstitutedMachine locked(machine());
+  locked.replace(lock);
+  machine::ScopedMachine const scope(locked);
+  publish();
+  std::size_t steps = 0;
+  for (auto const* step : {"queryVersions", "installLatest", "removeSource"}) {
+    setup->actions[step] = [&] { steps += lock.isHeld() ? 1u : 0u; };
+  }
+  execute();
+  EXPECT_EQ(steps, 3u);
+  EXPECT_FALSE(lock.isHeld());
+
+  lock.isBusy = true;
+  setup->calls.clear();
+  EXPECT_EQ(execute(), (Lines{u"Installing Brantix Service Host",
+                              u"Failed to install Brantix Service Host with exception: another "
+                              u"installation, removal or restore has not ended within 600 "
+                              u"seconds"}));
+  EXPECT_TRUE(setup->calls.empty());
 }
 
 TEST_F(ServiceHostSetup, FailedShippedInstallationIsLoggedWithItsCode) {
