@@ -7,7 +7,6 @@
 #include "bundles/desktopservicesetup/implementation/text_files.hpp"
 #include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "install/cpputil/machine_lock.hpp"
 #include "install/cpputil/versions.hpp"
 #include "install/desktopservicesetup/layout.hpp"
 #include "machine/path_grammar.hpp"
@@ -121,6 +120,7 @@ void replace(FolderReplacement& files, machine::ServiceDefinition const& definit
 
 Result DesktopServiceSetup::unpackInstaller(Path const& folder, UString const& packageName) {
   return resultOf([&] {
+    holdMachine();
     if (packageName.empty()) {
       throw SetupFailure(Result::packageMissing,
                          "there is no installer package in " + nameOf(folder));
@@ -137,7 +137,10 @@ Result DesktopServiceSetup::unpackInstaller(Path const& folder, UString const& p
 
 Result DesktopServiceSetup::installServiceHost(Path const& source, Path const& target,
                                                bool isShipped) {
-  return resultOf([&] { install(source, target, isShipped); });
+  return resultOf([&] {
+    holdMachine();
+    install(source, target, isShipped);
+  });
 }
 
 void DesktopServiceSetup::install(Path const& source, Path const& target, bool isShipped) const {
@@ -145,7 +148,6 @@ void DesktopServiceSetup::install(Path const& source, Path const& target, bool i
     throw SetupFailure(Result::filesNotWritten,
                        "the folder to install to is not absolute: " + nameOf(target));
   }
-  install::cpputil::machine_lock const lock;
   ServiceHost const host = readServiceHost(source);
   Path const packageFile = layout::serviceHostPackage(source);
   auto const package = openPackage(packageFile);
@@ -162,11 +164,16 @@ void DesktopServiceSetup::install(Path const& source, Path const& target, bool i
 }
 
 void DesktopServiceSetup::removeSource(Path const& folder) {
-  resultOf([&] { fl::filesystem::remove_all(folder); });
+  resultOf([&] {
+    holdMachine();
+    fl::filesystem::remove_all(folder);
+  });
+  lock_.reset();
 }
 
 Result DesktopServiceSetup::downloadLatestInstaller(Path const& installationRoot) {
   return resultOf([&] {
+    holdMachine();
     Path const folder = layout::temporaryDownloadRoot(installationRoot);
     auto const fetched = during(Result::versionUnavailable, [&] {
       return fetchVersionDocument(installationRoot, documentLimits());
@@ -183,6 +190,7 @@ Result DesktopServiceSetup::downloadLatestInstaller(Path const& installationRoot
 
 Result DesktopServiceSetup::downloadLatestPackage(Path const& installationRoot) {
   return resultOf([&] {
+    holdMachine();
     Path const folder = layout::temporaryDownloadRoot(installationRoot);
     downloadTo(layout::serviceHostPackage(folder), announced(folder).package, packageLimits());
   });
@@ -190,6 +198,7 @@ Result DesktopServiceSetup::downloadLatestPackage(Path const& installationRoot) 
 
 bool DesktopServiceSetup::queryVersions(Path const& installationRoot, std::string& shippedVersion,
                                         std::string& latestVersion) {
+  holdMachine();
   // Without a sound package there is no shipped version, and any published one is newer.
   shippedVersion.clear();
   resultOf([&] {
@@ -199,6 +208,12 @@ bool DesktopServiceSetup::queryVersions(Path const& installationRoot, std::strin
   latestVersion =
       fetchVersionDocument(installationRoot, documentLimits()).document.serviceHostVersion;
   return compare(shippedVersion, latestVersion) >= 0;
+}
+
+void DesktopServiceSetup::holdMachine() {
+  if (!lock_) {
+    lock_.emplace();
+  }
 }
 
 machine::DownloadLimits DesktopServiceSetup::packageLimits() const {

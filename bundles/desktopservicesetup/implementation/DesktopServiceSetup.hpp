@@ -3,8 +3,10 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "install/cpputil/machine_lock.hpp"
 #include "install/cpputil/zip_archive.hpp"
 #include "install/desktopservicesetup/DesktopServiceSetupUtility.hpp"
 #include "machine/downloads.hpp"
@@ -28,7 +30,11 @@ struct Timeouts {
 
 /// The setup on the current machine. An operation that fails leaves what was installed as it was,
 /// logs why in a line that begins "Brantix Service Host setup: ", tells that as trouble, and ends
-/// with its result. The service host is replaced under the machine's lock.
+/// with its result.
+///
+/// It holds the machine's lock from its first operation to the end of removeSource, the last one:
+/// two setups at once would each take away what the other one is about to start. An operation that
+/// cannot have the lock fails.
 ///
 /// In a folder of packages there are, besides the packages:
 ///
@@ -53,10 +59,13 @@ class DesktopServiceSetup final : public install::desktopservicesetup::DesktopSe
 
  private:
   void install(Path const& source, Path const& target, bool isShipped) const;
+  /// Keeps others off the machine up to the end of removeSource. Throws as machine_lock does.
+  void holdMachine();
   machine::DownloadLimits packageLimits() const;
   machine::DownloadLimits documentLimits() const;
 
   Timeouts timeouts_;
+  std::optional<install::cpputil::machine_lock> lock_;
 };
 
 }  // namespace desktopservicesetup

@@ -15,9 +15,8 @@ namespace registration::commands {
 /// command has the order, the fallback and the log lines. undo does nothing: the service host
 /// outlives the product.
 ///
-/// From its first log line on execute holds the machine's lock (install::cpputil::machine_lock), so
-/// that two setups do not undo each other. When it cannot be had, or not within ten minutes, that
-/// is logged as a failure of region 3, and nothing is installed.
+/// The product's setup service keeps others off the machine from its first operation to its last, so
+/// that two setups do not undo each other.
 ///
 /// execute is divided into three guarded regions:
 ///

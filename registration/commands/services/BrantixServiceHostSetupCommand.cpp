@@ -1,6 +1,5 @@
 #include "registration/commands/BrantixServiceHostSetupCommand.hpp"
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -8,7 +7,6 @@
 #include "foundation/cppmicroservices/framework.hpp"
 #include "foundation/feature/feature.hpp"
 #include "install/cpputil/logger.hpp"
-#include "install/cpputil/machine_lock.hpp"
 #include "install/desktopservicesetup/layout.hpp"
 #include "registration/commands/component_service.hpp"
 #include "registration/utility/failure_convention.hpp"
@@ -54,7 +52,9 @@ void BrantixServiceHostSetupCommand::execute() const {
   }
 }
 
-void BrantixServiceHostSetupCommand::undo() const {}
+void BrantixServiceHostSetupCommand::undo() const {
+  utility::skipped(u"the service host stays", {});
+}
 
 /// Region 1. Null when it failed.
 std::shared_ptr<BrantixServiceHostSetupCommand::DesktopServiceSetupUtility>
@@ -79,15 +79,6 @@ BrantixServiceHostSetupCommand::obtainService() const {
 void BrantixServiceHostSetupCommand::install(
     std::shared_ptr<DesktopServiceSetupUtility> const& service) const {
   log_message(u"Installing Brantix Service Host");
-  auto const report = [this](UString const& text) {
-    reportFailure(u"Failed to install Brantix Service Host with exception: " + text);
-  };
-  // Two setups at once would each take away what the other one is about to start.
-  std::optional<install::cpputil::machine_lock> lock;
-  utility::reportingFailure([&] { lock.emplace(); }, report);
-  if (!lock) {
-    return;
-  }
   bool const hasLatest = installLatest(service);
   utility::reportingFailure(
       [&] {
@@ -96,7 +87,9 @@ void BrantixServiceHostSetupCommand::install(
         }
         removeBrantixServiceHostSource(service, getBrantixServiceHostTempDownloadRoot());
       },
-      report);
+      [this](UString const& text) {
+        reportFailure(u"Failed to install Brantix Service Host with exception: " + text);
+      });
 }
 
 /// Region 2. True when the latest version was downloaded and installed.

@@ -120,26 +120,57 @@ TEST_F(SetupTest, AFailureIsTroubleThatNamesItsFileAndReason) {
             head + "the folder to install to is not absolute: sys");
 }
 
-TEST_F(SetupTest, ServiceHostIsNotReplacedWhileAnotherProcessHoldsTheMachine) {
-  /// Never free.
-  class Held final : public machine::MachineLock {
-   public:
-    std::shared_ptr<MachineLock::Held> acquire(std::chrono::milliseconds) override {
-      throw machine::SystemError("lock the machine", u"it", ErrorCode::timeout);
-    }
-  };
-  ship("1.0");
-  ASSERT_EQ(setup.unpackInstaller(current(), u"zci.zip"), Result::success);
-  Held lock;
+/// A lock of the machine that tells who holds it.
+class WatchedLock final : public machine::MachineLock {
+ public:
+  std::shared_ptr<Held> acquire(std::chrono::milliseconds) override {
+    if (isBusy) throw machine::SystemError("lock the machine", u"it", ErrorCode::timeout);
+    auto held = std::make_shared<Held>();
+    held_ = held;
+    return held;
+  }
+  bool isHeld() const { return !held_.expired(); }
+  bool isBusy = false;
+
+ private:
+  std::weak_ptr<Held> held_;
+};
+
+TEST_F(SetupTest, HoldsTheMachineFromItsFirstOperationToItsLast) {
+  WatchedLock lock;
   tests::SubstitutedMachine locked(machine::current());
   locked.replace(lock);
   machine::ScopedMachine const scope(locked);
+  ship("1.0");
+  DesktopServiceSetup installing;
+  ASSERT_EQ(installing.unpackInstaller(current(), u"zci.zip"), Result::success);
+  EXPECT_TRUE(lock.isHeld());
+  ASSERT_EQ(installing.installServiceHost(current(), current(), true), Result::success);
+  EXPECT_TRUE(lock.isHeld());
+  installing.removeSource(Path(temporary(u"")));
+  EXPECT_FALSE(lock.isHeld());
+}
+
+TEST_F(SetupTest, DoesNothingWhileAnotherProcessHoldsTheMachine) {
+  WatchedLock lock;
+  lock.isBusy = true;
+  tests::SubstitutedMachine locked(machine::current());
+  locked.replace(lock);
+  machine::ScopedMachine const scope(locked);
+  ship("1.0");
+  DesktopServiceSetup installing;
   tests::TroubleCapture const trouble;
-  EXPECT_EQ(setup.installServiceHost(current(), current(), true), Result::failed);
+  EXPECT_EQ(installing.unpackInstaller(current(), u"zci.zip"), Result::failed);
+  EXPECT_EQ(installing.installServiceHost(current(), current(), true), Result::failed);
+  EXPECT_EQ(installing.downloadLatestInstaller(root()), Result::failed);
+  EXPECT_EQ(installing.downloadLatestPackage(root()), Result::failed);
+  std::string version;
+  EXPECT_THROW(installing.queryVersions(root(), version, version), install::cpputil::machine_busy);
   EXPECT_EQ(serviceState(), std::nullopt);
-  EXPECT_EQ(trouble.texts(),
-            std::vector<std::string>{"Brantix Service Host setup: another installation, removal or "
-                                     "restore has not ended within 600 seconds"});
+  EXPECT_FALSE(exists(in(u"installer")));
+  EXPECT_EQ(trouble.texts().at(0),
+            "Brantix Service Host setup: another installation, removal or restore has not ended "
+            "within 600 seconds");
 }
 
 TEST_F(SetupTest, WhatAnInterruptedReplacementLeftIsPutRight) {

@@ -375,43 +375,6 @@ TEST_F(ServiceHostSetup, NotRequestedIsNothingToDoAndSaysWhichOptionDecided) {
   EXPECT_EQ(trouble.reports()[0].subject, u"isServiceHostRequested");
 }
 
-TEST_F(ServiceHostSetup, NoOtherInstallationRunsMeanwhile) {
-  class Watched final : public machine::MachineLock {
-   public:
-    std::shared_ptr<Held> acquire(std::chrono::milliseconds) override {
-      if (isBusy) throw machine::SystemError("lock", u"it", machine::ErrorCode::timeout);
-      auto held = std::make_shared<Held>();
-      held_ = held;
-      return held;
-    }
-    bool isHeld() const { return !held_.expired(); }
-    bool isBusy = false;
-
-   private:
-    std::weak_ptr<Held> held_;
-  };
-  Watched lock;
-  tests::SubstitutedMachine locked(machine());
-  locked.replace(lock);
-  machine::ScopedMachine const scope(locked);
-  publish();
-  std::size_t steps = 0;
-  for (auto const* step : {"queryVersions", "installLatest", "removeSource"}) {
-    setup->actions[step] = [&] { steps += lock.isHeld() ? 1u : 0u; };
-  }
-  execute();
-  EXPECT_EQ(steps, 3u);
-  EXPECT_FALSE(lock.isHeld());
-
-  lock.isBusy = true;
-  setup->calls.clear();
-  EXPECT_EQ(execute(), (Lines{u"Installing Brantix Service Host",
-                              u"Failed to install Brantix Service Host with exception: another "
-                              u"installation, removal or restore has not ended within 600 "
-                              u"seconds"}));
-  EXPECT_TRUE(setup->calls.empty());
-}
-
 TEST_F(ServiceHostSetup, FailedShippedInstallationIsLoggedWithItsCode) {
   setup->results = {{"installShipped", Result::serviceNotStarted}};
   EXPECT_EQ(execute(), (Lines{u"Installing Brantix Service Host",
