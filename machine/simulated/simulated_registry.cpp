@@ -136,6 +136,13 @@ bool SimulatedRegistry::removeKey(RegistryKey const& key) {
   return parent != nullptr && parent->subkeys.erase(name) > 0;
 }
 
+bool SimulatedRegistry::removeEmptyKey(RegistryKey const& key) {
+  auto const* const found = find(key);
+  if (found != nullptr && (!found->values.empty() || !found->subkeys.empty())) return false;
+  removeKey(key);
+  return true;
+}
+
 std::vector<UString> SimulatedRegistry::subkeys(RegistryKey const& key) {
   std::vector<UString> names;
   if (auto const* const found = find(key))
