@@ -83,10 +83,9 @@ UString HostTree::machineName(fs::path const& linkTarget) const {
   auto name = fromHostName(linkTarget);
   if (linkTarget.is_absolute()) {
     if (!isInside(directory_, linkTarget)) return name;
-    name = fromHostName(linkTarget.lexically_relative(directory_)) + u'/';
-    if (name[1] != u'/') return fromHostName(linkTarget);  // a share
-    name.insert(1, u":");
-    if (name.size() > 3) name.pop_back();
+    auto const below = fromHostName(linkTarget.lexically_relative(directory_));
+    if (below.find(u'/') > 1) return name;  // a drive's own folder, or a share
+    name = below.substr(0, 1) + u':' + below.substr(1);
   }
   std::ranges::replace(name, u'/', u'\\');
   return name;

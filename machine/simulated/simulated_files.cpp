@@ -79,16 +79,14 @@ bool isReadOnly(fs::file_status const& status) {
 using FileTimeTicks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
 
 /// From 1601 to 1970.
-constexpr FileTimeTicks toHostEpoch(
-    116'444'736'000'000'000);
+constexpr FileTimeTicks toHostEpoch(116'444'736'000'000'000);
 
 FileTime writtenAt(fs::path const& host, Operation const& operation) {
   std::error_code error;
   auto const time = fs::last_write_time(host, error);
   operation.check(error);
   auto const since = std::chrono::file_clock::to_sys(time).time_since_epoch();
-  return static_cast<FileTime>(
-      (std::chrono::floor<FileTimeTicks>(since) + toHostEpoch).count());
+  return static_cast<FileTime>((std::chrono::floor<FileTimeTicks>(since) + toHostEpoch).count());
 }
 
 fs::file_time_type hostTime(FileTime time) {
