@@ -39,6 +39,7 @@ void rewritePath();
 void components();
 void createShortcuts();
 void unpack();
+void installationRecords();
 void writeJournal();
 void previewMemory();
 

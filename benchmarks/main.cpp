@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
                                {"components", components},
                                {"create-shortcuts", createShortcuts},
                                {"unpack", unpack},
+                               {"installation-records", installationRecords},
                                {"journal", writeJournal},
                                {"preview", previewMemory}};
   std::string_view const wanted = argc > 1 ? argv[1] : "";

@@ -24,36 +24,16 @@ UString withoutEmptyNames(std::u16string_view path) {
   return result;
 }
 
-/// Reads the file to its end; its content stays as it is when that fails.
-void readContent(Files& files, std::u16string_view path, std::size_t shownBytes,
-                 FileContent& content) {
-  auto const reader = files.openForReading(path);
-  std::array<char, 65536> part;
-  Sha256 hash;
-  std::uint64_t size = 0;
-  std::string shown;
-  while (std::size_t const count = reader->read(part)) {
-    std::string_view const bytes(part.data(), count);
-    hash.add(bytes);
-    size += count;
-    shown.append(bytes.substr(0, shownBytes + 1 - std::min(shown.size(), shownBytes + 1)));
-  }
-  content.size = size;
-  content.sha256 = hash.finish();
-  if (size <= shownBytes) content.bytes = std::move(shown);
-}
-
 FileContent contentOf(Files& files, std::u16string_view path, FileStatus const& status,
                       std::size_t shownBytes) {
   FileContent content;
   content.size = status.size;
-  content.isLink = status.isLink;
-  if (status.isDirectory) return content;
   try {
-    readContent(files, path, shownBytes, content);
+    if (!status.isDirectory) content = fileContent(files, path, shownBytes);
   } catch (SystemError const&) {
     // A file that nobody may read, or a link that leads nowhere: it is there all the same.
   }
+  content.isLink = status.isLink;
   return content;
 }
 
@@ -116,6 +96,23 @@ UString identityOf(Item const& item) {
 
 bool sameItem(Item const& a, Item const& b) {
   return identityOf(a) == identityOf(b);
+}
+
+FileContent fileContent(Files& files, std::u16string_view path, std::size_t shownBytes) {
+  auto const reader = files.openForReading(path);
+  std::array<char, 65536> part;
+  Sha256 hash;
+  FileContent content;
+  std::string shown;
+  while (std::size_t const count = reader->read(part)) {
+    std::string_view const bytes(part.data(), count);
+    hash.add(bytes);
+    content.size += count;
+    shown.append(bytes.substr(0, shownBytes + 1 - std::min(shown.size(), shownBytes + 1)));
+  }
+  content.sha256 = hash.finish();
+  if (content.size <= shownBytes) content.bytes = std::move(shown);
+  return content;
 }
 
 ItemState stateOf(Machine& machine, Item const& item, std::size_t shownBytes) {

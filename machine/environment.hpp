@@ -25,6 +25,9 @@ class Environment {
   virtual std::intptr_t broadcastSettingChange() = 0;
   /// The calling thread's last system error code, as the latest operation of this part left it.
   virtual std::uint32_t lastError() = 0;
+  /// Whose account this process runs under: the text form of its security identifier, "S-1-5-...".
+  /// Throws SystemError.
+  virtual UString account() = 0;
 };
 
 }  // namespace machine

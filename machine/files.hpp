@@ -14,13 +14,38 @@
 
 namespace machine {
 
+/// A moment as the system's file times count it: 100 nanoseconds each since 1601-01-01, UTC. 0
+/// where it is not known.
+using FileTime = std::uint64_t;
+
+/// What a folder keeps of a file beside its name and content. The other attributes (archive,
+/// compressed, ...) are left to the system.
+struct FileAttributes {
+  bool isReadOnly = false;
+  bool isHidden = false;
+  bool isSystem = false;
+  FileTime created = 0;
+  FileTime written = 0;  ///< last
+
+  bool operator==(FileAttributes const&) const = default;
+};
+
+/// What a link leads to, so that an equal one can be made.
+struct Link {
+  UString target;  ///< as the link holds it: absolute, or relative to the link's folder
+  bool isDirectory = false;
+  bool isJunction = false;  ///< else a symbolic link
+
+  bool operator==(Link const&) const = default;
+};
+
 /// What a name in the file system stands for. A link (symbolic link, junction: any reparse point
 /// that stands for another name) is described itself, never what it points to.
 struct FileStatus {
   bool isDirectory = false;
   bool isLink = false;
-  std::uint64_t size = 0;   ///< bytes; 0 for a folder
-  bool isReadOnly = false;  ///< of a file, the attribute; false for a folder or link
+  std::uint64_t size = 0;       ///< bytes; 0 for a folder
+  FileAttributes attributes{};  ///< of a file; none of a folder or link
 };
 
 /// One name in a folder. `name` is valid until the next call on the stream that gave it.
@@ -94,8 +119,16 @@ class Files {
   virtual bool removeDirectory(std::u16string_view path) = 0;
   /// Renames or moves within a volume. Without `replaceExisting` an existing target is an error.
   virtual void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) = 0;
-  /// Sets a file's read-only attribute. A folder or link is an error (accessDenied).
-  virtual void setReadOnly(std::u16string_view path, bool readOnly) = 0;
+  /// Sets a file's attributes; a time of 0 stays as it is. A folder or link is an error
+  /// (accessDenied). A file system may keep a time less exactly, or not at all.
+  virtual void setAttributes(std::u16string_view path, FileAttributes const& attributes) = 0;
+  /// Sets the read-only attribute alone.
+  REGISTRATION_API void setReadOnly(std::u16string_view path, bool readOnly);
+  /// What the link at `path` leads to. nullopt for what is no link, and for a link of a kind that
+  /// createLink cannot make.
+  virtual std::optional<Link> link(std::u16string_view path) = 0;
+  /// Makes a link; an existing name is an error (alreadyExists). What it leads to need not exist.
+  virtual void createLink(std::u16string_view path, Link const& link) = 0;
   virtual UString currentDirectory() = 0;
   /// False when the folder does not exist or cannot be entered.
   virtual bool setCurrentDirectory(std::u16string_view path) = 0;

@@ -29,8 +29,12 @@ class ForwardingFiles : public Files {
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
     inner_.rename(from, to, replaceExisting);
   }
-  void setReadOnly(std::u16string_view path, bool readOnly) override {
-    inner_.setReadOnly(path, readOnly);
+  void setAttributes(std::u16string_view path, FileAttributes const& attributes) override {
+    inner_.setAttributes(path, attributes);
+  }
+  std::optional<Link> link(std::u16string_view path) override { return inner_.link(path); }
+  void createLink(std::u16string_view path, Link const& link) override {
+    inner_.createLink(path, link);
   }
   UString currentDirectory() override { return inner_.currentDirectory(); }
   bool setCurrentDirectory(std::u16string_view path) override {
@@ -71,6 +75,7 @@ class ForwardingRegistry : public Registry {
     return inner_.removeValue(key, name);
   }
   bool removeKey(RegistryKey const& key) override { return inner_.removeKey(key); }
+  bool removeEmptyKey(RegistryKey const& key) override { return inner_.removeEmptyKey(key); }
   std::vector<UString> subkeys(RegistryKey const& key) override { return inner_.subkeys(key); }
   std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const& key) override {
     return inner_.values(key);
@@ -97,6 +102,7 @@ class ForwardingEnvironment : public Environment {
   bool removeVariable(std::u16string_view name) override { return inner_.removeVariable(name); }
   std::intptr_t broadcastSettingChange() override { return inner_.broadcastSettingChange(); }
   std::uint32_t lastError() override { return inner_.lastError(); }
+  UString account() override { return inner_.account(); }
 
  protected:
   Environment& inner() { return inner_; }

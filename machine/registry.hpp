@@ -96,6 +96,11 @@ class REGISTRATION_API Registry {
   virtual bool removeValue(RegistryKey const& key, std::u16string_view name) = 0;
   /// Removes the key with everything below it; false when there was no such key.
   virtual bool removeKey(RegistryKey const& key) = 0;
+  /// Removes the key unless it has values or subkeys; false when it has and stays, true when it is
+  /// gone, also because there was no such key. Subkeys are the system's own condition. Values are
+  /// not: between the last look at them and the removal, nothing else in between, one that somebody
+  /// else sets goes with the key.
+  virtual bool removeEmptyKey(RegistryKey const& key) = 0;
   /// Names of the direct subkeys; empty when the key is missing.
   virtual std::vector<UString> subkeys(RegistryKey const& key) = 0;
   /// Names and values of the key; empty when the key is missing.

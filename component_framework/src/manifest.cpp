@@ -123,6 +123,26 @@ std::filesystem::path pathOf(std::string const& utf8) {
   return std::u8string(utf8.begin(), utf8.end());
 }
 
+/// Told before parsing: the parser's own callback, asked at every value, takes a time that grows
+/// with the square of a list's length.
+bool isNestedTooDeeply(std::string_view json) {
+  int depth = 0;
+  bool isInText = false;
+  for (std::size_t i = 0; i < json.size() && depth <= deepestNesting; ++i) {
+    char const c = json[i];
+    if (isInText && c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      isInText = !isInText;
+    } else if (!isInText && (c == '[' || c == '{')) {
+      ++depth;
+    } else if (!isInText && (c == ']' || c == '}')) {
+      --depth;
+    }
+  }
+  return depth > deepestNesting;
+}
+
 /// Empty for null and for a whole number that is no int; headers and lists leave those out.
 Any toAny(nlohmann::json const& value);
 
@@ -200,13 +220,10 @@ std::optional<std::string> embeddedManifest(std::string const& location) {
 }
 
 AnyMap parsedManifest(std::string const& text) {
-  auto const shallow = [](int depth, nlohmann::json::parse_event_t, nlohmann::json const&) {
-    if (depth > deepestNesting) {
-      throw std::runtime_error("nested too deeply");
-    }
-    return true;
-  };
-  auto const document = nlohmann::json::parse(text, shallow);
+  if (isNestedTooDeeply(text)) {
+    throw std::runtime_error("nested too deeply");
+  }
+  auto const document = nlohmann::json::parse(text);
   if (!document.is_object()) {
     throw std::runtime_error("The Json root element must be an object.");
   }

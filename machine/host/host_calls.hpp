@@ -29,6 +29,10 @@ int flushFile(int file);
 /// on failure.
 int flushFolder(std::filesystem::path const& path);
 int closeFile(int file);
+/// Gives a file a name in the same folder tree, in the place of one that has it. -1 on failure.
+int renameFile(std::filesystem::path const& from, std::filesystem::path const& to);
+/// Removes a file, or a link itself. -1 on failure, ENOENT when there is none.
+int removeFile(std::filesystem::path const& path);
 /// 1 when the open file is now locked against every other opening of it, until it is closed; 0 when
 /// another one has it locked.
 int tryLockFile(int file);

@@ -10,45 +10,60 @@ namespace {
 
 constexpr int closed = -1;
 
-template <typename Result>
-Result checked(Result result) {
-  if (result < 0) throw std::system_error(errno, std::generic_category());
-  return result;
+std::string utf8(std::filesystem::path const& path) {
+  auto const text = path.u8string();
+  return {text.begin(), text.end()};
 }
 
 }  // namespace
 
+std::system_error hostError(std::string_view operation, std::filesystem::path const& file) {
+  std::error_code const code(errno, std::generic_category());
+  return {code, std::string(operation) + " " + utf8(file)};
+}
+
+void renameHostFile(std::filesystem::path const& from, std::filesystem::path const& to) {
+  if (host::renameFile(from, to) != 0) throw hostError("rename to", to);
+}
+
+template <typename Result>
+Result HostFile::checked(std::string_view operation, Result result) const {
+  if (result < 0) throw hostError(operation, path_);
+  return result;
+}
+
 HostFile::HostFile(std::filesystem::path const& path, host::OpenMode mode)
-    : file_(checked(host::openFile(path, mode))) {}
+    : path_(path), file_(checked("open", host::openFile(path, mode))) {}
 
 HostFile::~HostFile() {
   if (file_ != closed) host::closeFile(file_);
 }
 
 std::size_t HostFile::read(std::span<char> buffer) {
-  return static_cast<std::size_t>(checked(host::readFile(file_, buffer.data(), buffer.size())));
+  return static_cast<std::size_t>(
+      checked("read", host::readFile(file_, buffer.data(), buffer.size())));
 }
 
 void HostFile::seek(std::uint64_t position) {
-  checked(host::seekFile(file_, static_cast<std::int64_t>(position)));
+  checked("seek in", host::seekFile(file_, static_cast<std::int64_t>(position)));
 }
 
 void HostFile::write(std::string_view bytes) {
   while (!bytes.empty())
-    bytes.remove_prefix(
-        static_cast<std::size_t>(checked(host::writeFile(file_, bytes.data(), bytes.size()))));
+    bytes.remove_prefix(static_cast<std::size_t>(
+        checked("write", host::writeFile(file_, bytes.data(), bytes.size()))));
 }
 
 void HostFile::flush() {
-  checked(host::flushFile(file_));
+  checked("flush", host::flushFile(file_));
 }
 
 bool HostFile::tryLock() {
-  return checked(host::tryLockFile(file_)) != 0;
+  return checked("lock", host::tryLockFile(file_)) != 0;
 }
 
 void HostFile::close() {
-  checked(host::closeFile(std::exchange(file_, closed)));
+  checked("close", host::closeFile(std::exchange(file_, closed)));
 }
 
 ErrorCode fromHost(std::error_code const& error) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <span>
 #include <string_view>
+#include <system_error>
 
 #include "machine/api.hpp"
 #include "machine/error.hpp"
@@ -11,7 +12,16 @@
 
 namespace machine {
 
-/// An open file of the host. Failures are std::system_error with the host's error.
+/// What a host's call has just failed with, its text "OPERATION FILE: reason", in UTF-8.
+REGISTRATION_API std::system_error hostError(std::string_view operation,
+                                             std::filesystem::path const& file);
+
+/// Gives a file another name, in the place of one that has it. Throws std::system_error.
+REGISTRATION_API void renameHostFile(std::filesystem::path const& from,
+                                     std::filesystem::path const& to);
+
+/// An open file of the host. Failures are std::system_error with the host's error, and with the
+/// file's name in their text.
 class REGISTRATION_API HostFile {
  public:
   HostFile(std::filesystem::path const& path, host::OpenMode mode);
@@ -30,6 +40,10 @@ class REGISTRATION_API HostFile {
   void close();
 
  private:
+  template <typename Result>
+  Result checked(std::string_view operation, Result result) const;
+
+  std::filesystem::path path_;
   int file_;
 };
 

@@ -1,6 +1,5 @@
 #include "machine/journal/content_store.hpp"
 
-#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -9,50 +8,53 @@
 
 namespace machine::journal {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-FileContent copy(Files& files, std::u16string_view path, HostFile& target) {
+FileContent ContentStore::keep(Files& files, std::u16string_view path) {
   auto const reader = files.openForReading(path);
-  std::array<char, 65536> part;
-  Sha256 hash;
-  FileContent content;
-  while (std::size_t const count = reader->read(part)) {
-    std::string_view const bytes(part.data(), count);
-    hash.add(bytes);
-    target.write(bytes);
-    content.size += count;
+  std::string bytes(longestInline_ + 1, '\0');
+  std::size_t size = 0;
+  while (size < bytes.size()) {
+    std::size_t const count = reader->read(std::span(bytes).subspan(size));
+    if (count == 0) break;
+    size += count;
   }
-  content.sha256 = hash.finish();
-  return content;
+  bytes.resize(size);
+  if (size > longestInline_) return store(bytes, *reader);
+  Sha256 hash;
+  hash.add(bytes);
+  return {size, hash.finish(), std::move(bytes)};
 }
 
-}  // namespace
-
-FileContent ContentStore::keep(Files& files, std::u16string_view path) {
+FileContent ContentStore::store(std::string_view beginning, FileReader& rest) {
   makeFolder();
   auto const temporary = folder_ / "new";
-  fs::remove(temporary);  // of a copy that failed
+  host::removeFile(temporary);  // of a copy that failed
   HostFile target(temporary, host::OpenMode::createPrivate);
-  auto content = copy(files, path, target);
+  Sha256 hash;
+  FileContent content;
+  std::string part(65536, '\0');
+  for (auto bytes = beginning; !bytes.empty();
+       bytes = std::string_view(part).substr(0, rest.read(part))) {
+    hash.add(bytes);
+    target.write(bytes);
+    content.size += bytes.size();
+  }
+  content.sha256 = hash.finish();
   bool const isNew = !kept_.contains(content.sha256);
   if (isNew) target.flush();
   target.close();
   if (isNew) {
-    fs::rename(temporary, folder_ / content.sha256);
+    renameHostFile(temporary, folder_ / content.sha256);
     host::flushFolder(folder_);
     kept_.insert(content.sha256);
   } else {
-    fs::remove(temporary);
+    host::removeFile(temporary);
   }
   return content;
 }
 
 void ContentStore::makeFolder() {
   if (made_) return;
-  if (host::makePrivateFolder(folder_) != 0)
-    throw std::system_error(errno, std::generic_category());
+  if (host::makePrivateFolder(folder_) != 0) throw hostError("make the folder", folder_);
   made_ = true;
   host::flushFolder(folder_.parent_path());
 }

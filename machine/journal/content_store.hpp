@@ -8,21 +8,26 @@
 
 namespace machine::journal {
 
-/// The longer contents of files that a journal keeps, each once, under its hash.
+/// The contents of files that a journal keeps: short ones are handed out to be kept in the journal
+/// itself, longer ones are stored, each once, under its hash.
 class ContentStore {
  public:
   /// `folder` is made with the first content. One that exists is an error then: it is not this
   /// journal's.
-  explicit ContentStore(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  ContentStore(std::filesystem::path folder, std::size_t longestInline)
+      : folder_(std::move(folder)), longestInline_(longestInline) {}
 
-  /// Copies a file's content; it is on the disk when this returns. Throws SystemError for the file,
-  /// std::system_error for the store.
+  /// Reads a file to its end, whatever its size was said to be. The content comes with its bytes,
+  /// or is on the disk when this returns. Throws SystemError for the file, std::system_error for
+  /// the store.
   FileContent keep(Files& files, std::u16string_view path);
 
  private:
+  FileContent store(std::string_view beginning, FileReader& rest);
   void makeFolder();  ///< once
 
   std::filesystem::path folder_;
+  std::size_t longestInline_;
   bool made_ = false;
   std::set<std::string> kept_;  ///< hashes
 };

@@ -3,6 +3,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "machine/journal/entry_rules.hpp"
 #include "machine/journal/journal_file.hpp"
 #include "machine/journal/record_json.hpp"
 
@@ -35,12 +36,14 @@ class Reader {
     if (record.value("format", "") != "registration-journal") {
       refuse("the file is no journal");
     }
-    if (record.at("version") != 1) {
+    if (record.at("version") != formatVersion) {
       refuse("version " + record.at("version").dump() +
-             " of journals is not known; this program reads version 1");
+             " of journals is not known; this program reads version " +
+             std::to_string(formatVersion));
     }
     journal_.created = record.at("created").get<std::string>();
     journal_.plan = record.at("plan").get<std::string>();
+    journal_.origin = originFrom(record);
     hasHeader_ = true;
   }
 
@@ -51,6 +54,8 @@ class Reader {
 
   void takeFirst(Record const& record) {
     Entry entry{itemFrom(record.at("about")), imageFrom(record.at("before")), std::nullopt};
+    requireItem(entry.item);
+    requireState(entry.item.kind, entry.before);
     if (!places_.emplace(identityOf(entry.item), journal_.entries.size()).second) {
       throw std::runtime_error("an item begins twice");
     }
@@ -60,7 +65,10 @@ class Reader {
   void takeEnd(Record const& record) {
     auto& entry = entryOf(record.at("changed"));
     entry.after.reset();
-    if (record.contains("after")) entry.after = imageFrom(record.at("after"));
+    if (!record.contains("after")) return;
+    auto after = imageFrom(record.at("after"));
+    requireState(entry.item.kind, after);
+    entry.after = std::move(after);
   }
 
   Entry& entryOf(Record const& item) {

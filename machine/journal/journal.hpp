@@ -8,6 +8,7 @@
 #include "machine/change.hpp"
 #include "machine/journal/damage.hpp"
 #include "machine/journal/image.hpp"
+#include "machine/journal/origin.hpp"
 
 namespace machine::journal {
 
@@ -25,12 +26,14 @@ struct Journal {
   std::filesystem::path files;  ///< the folder of the longer contents
   std::string created;          ///< ISO 8601, UTC
   std::string plan;
+  Origin origin;               ///< where the changes were made
   std::vector<Entry> entries;  ///< in the order in which the items were changed first
   std::vector<HandOver> handOvers;
   std::optional<Damage> damage;  ///< nullopt: read to its end
 };
 
-/// Reads a journal as far as it is whole. Throws std::system_error when the file cannot be opened
+/// Reads a journal as far as it is whole; a record with an item or state that no machine can have
+/// counts as damaged. Throws std::system_error when the file cannot be opened
 /// or read, std::runtime_error when it is whole and no journal, or one of another version.
 REGISTRATION_API Journal readJournal(std::filesystem::path const& file);
 

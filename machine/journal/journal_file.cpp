@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "machine/json/document.hpp"
 #include "machine/sha256.hpp"
 
 namespace machine::journal {
@@ -17,6 +18,8 @@ constexpr std::string_view hashPart = ",\"sha256\":\"";
 constexpr std::string_view recordPart = "\",\"record\":";
 constexpr std::string_view endPart = "}";
 constexpr std::size_t hashLength = 64;
+/// A service's recovery action has five levels.
+constexpr std::size_t deepestNesting = 8;
 
 std::string hashOf(std::string_view previous, std::string_view record) {
   Sha256 hash;
@@ -116,7 +119,7 @@ std::optional<Damage> readLines(std::filesystem::path const& file,
   std::string hash;
   while (auto const line = lines.next()) {
     try {
-      takeRecord(Record::parse(recordOf(*line, hash)));
+      takeRecord(json::parse({}, recordOf(*line, hash), deepestNesting));
     } catch (std::exception const& error) {
       at.reason = error.what();
       return at;

@@ -18,8 +18,10 @@
 /// the first line) and RECORD, so that a line that is torn, changed, left out or in another place
 /// is found. The members stand in this order, without blanks. The records:
 ///
-///   {"format":"registration-journal","version":1,"created":"2026-11-21T08:30:00.123Z","plan":NAME}
-///       the first, and only the first
+///   {"format":"registration-journal","version":2,"created":"2026-11-21T08:30:00.123Z","plan":NAME,
+///    "computer":{"name":NAME,"id":NAME},"account":{"name":NAME,"id":NAME}}
+///       the first, and only the first. The identifiers are the system's MachineGuid and the
+///       account's security identifier; what the machine does not tell is empty.
 ///   {"about":ITEM,"before":STATE}
 ///       The item is about to be changed for the first time; how it was. It is on the disk, and the
 ///       content it needs too, before the change begins.
@@ -33,15 +35,20 @@
 ///       does is not in the journal.
 ///
 /// ITEM: {"kind":KIND,"where":NAME}, of a registry value also "value"; kinds: "file", "folder",
-/// "shortcut", "key", "value", "variable", "task", "taskFolder", "service". A NAME is a string, or,
-/// when it is no well-formed UTF-16, {"utf16":"hexadecimal, little endian"}. STATE, bytes in
-/// hexadecimal:
+/// "shortcut", "key", "value", "variable", "task", "taskFolder", "service". Paths are absolute and
+/// worked out, see path_grammar::absolute. A NAME is a string, or, when it is no well-formed
+/// UTF-16,
+/// {"utf16":"hexadecimal, little endian"}. STATE, of the item's kind, bytes in hexadecimal:
 ///
 ///   {"is":"nothing"}, {"is":"there"}           a folder, key or task folder
-///   {"is":"file","size":3,"sha256":"...","hex":"616263","readOnly":true}
+///   {"is":"file","size":3,"sha256":"...","hex":"616263","readOnly":true,"hidden":true,
+///    "system":true,"created":134080362001230000,"written":134080362001230000}
 ///       "hex" in a "before" when the file is short; a longer one's content is the file
-///       JOURNAL.files/SHA256, stored once. "readOnly" is left out when false.
-///   {"is":"link","size":3,"sha256":"..."}      a link; size and hash of what it leads to
+///       JOURNAL.files/SHA256, stored once. Attributes that are not set and times that are not
+///       known are left out; times as machine::FileTime counts them.
+///   {"is":"link","size":3,"sha256":"...","target":NAME,"directory":false,"junction":false}
+///       A link; size and hash of what it leads to, an empty hash when it leads nowhere. The last
+///       three are left out of a link that is neither a symbolic link nor a junction.
 ///   {"is":"value","type":1,"hex":"..."}        a registry value: winnt.h's type, its raw bytes
 ///   {"is":"variable","text":NAME}
 ///   {"is":"task","definition":{...},"document":NAME}     the scheduler's XML document
@@ -52,6 +59,8 @@
 namespace machine::journal {
 
 using Record = nlohmann::ordered_json;
+
+constexpr int formatVersion = 2;
 
 /// The longest line that is written and read, against input without end.
 constexpr std::size_t longestLine = std::size_t{64} << 20;

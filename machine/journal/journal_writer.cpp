@@ -6,6 +6,7 @@
 
 #include "machine/error.hpp"
 #include "machine/journal/content_store.hpp"
+#include "machine/journal/entry_rules.hpp"
 #include "machine/journal/image.hpp"
 #include "machine/journal/journal_file.hpp"
 #include "machine/journal/record_json.hpp"
@@ -15,11 +16,15 @@ namespace machine::journal {
 class JournalWriter::State {
  public:
   State(std::filesystem::path const& file, Machine& machine, std::string_view plan)
-      : machine_(machine), lines_(file), store_(filesFolder(std::filesystem::absolute(file))) {
-    write({{"format", "registration-journal"},
-           {"version", 1},
-           {"created", toIso8601(machine.clock().now())},
-           {"plan", toUtf8(toUtf16(plan))}});
+      : machine_(machine),
+        lines_(file),
+        store_(filesFolder(std::filesystem::absolute(file)), longestInline) {
+    Record header{{"format", "registration-journal"},
+                  {"version", formatVersion},
+                  {"created", toIso8601(machine.clock().now())},
+                  {"plan", toUtf8(toUtf16(plan))}};
+    header.update(toJson(originOf(machine)));
+    write(header);
     lines_.flush();
     host::flushFolder(std::filesystem::absolute(file).parent_path());
   }
@@ -30,8 +35,12 @@ class JournalWriter::State {
     if (known_.contains(identity)) {
       write({{"again", toJson(item)}});
     } else {
-      auto const before = toJson(keptImage(item));
-      write({{"about", toJson(item)}, {"before", before}});
+      requireItem(item);
+      auto const before = imageOf(machine_, item, [this](Files& files, std::u16string_view path) {
+        return store_.keep(files, path);
+      });
+      requireState(item.kind, before);
+      write({{"about", toJson(item)}, {"before", toJson(before)}});
     }
     ++known_[identity];
   }
@@ -43,8 +52,10 @@ class JournalWriter::State {
     --known->second;
     Record record{{"changed", toJson(item)}};
     try {
-      record["after"] = toJson(imageOf(machine_, item, 0));
-    } catch (SystemError const&) {
+      auto const after = imageOf(machine_, item);
+      requireState(item.kind, after);
+      record["after"] = toJson(after);
+    } catch (std::runtime_error const&) {
       // The reader takes it for a change that may not have ended.
     }
     write(record);
@@ -64,16 +75,6 @@ class JournalWriter::State {
   }
 
  private:
-  /// How the item is now, its content kept.
-  Image keptImage(Item const& item) {
-    bool const isPath = item.kind == Item::Kind::file || item.kind == Item::Kind::shortcut;
-    auto const status = isPath ? machine_.files().status(item.where) : std::nullopt;
-    bool const isLong = status && !status->isDirectory && !status->isLink &&
-                        status->size > JournalWriter::longestInline;
-    if (!isLong) return imageOf(machine_, item, JournalWriter::longestInline);
-    return {store_.keep(machine_.files(), item.where), status->isReadOnly, {}};
-  }
-
   void requireWhole() const {
     if (broken_) throw std::runtime_error("the journal could not be written: no change without it");
   }

@@ -79,6 +79,33 @@ UString textFrom(Json const& json) {
   return text;
 }
 
+std::uint64_t numberFrom(Json const& json, std::uint64_t lowest, std::uint64_t highest) {
+  bool const isNumber = json.is_number_unsigned() && json.get<std::uint64_t>() >= lowest &&
+                        json.get<std::uint64_t>() <= highest;
+  if (!isNumber) {
+    throw std::runtime_error("no number from " + std::to_string(lowest) + " to " +
+                             std::to_string(highest));
+  }
+  return json.get<std::uint64_t>();
+}
+
+template <class Enumeration>
+Enumeration enumeratedFrom(Json const& json, Enumeration lowest, Enumeration highest) {
+  return static_cast<Enumeration>(
+      numberFrom(json, static_cast<std::uint64_t>(lowest), static_cast<std::uint64_t>(highest)));
+}
+
+constexpr std::pair<char const*, bool FileAttributes::*> attributeFlags[] = {
+    {"readOnly", &FileAttributes::isReadOnly},
+    {"hidden", &FileAttributes::isHidden},
+    {"system", &FileAttributes::isSystem},
+};
+
+constexpr std::pair<char const*, FileTime FileAttributes::*> attributeTimes[] = {
+    {"created", &FileAttributes::created},
+    {"written", &FileAttributes::written},
+};
+
 Json taskJson(TaskDefinition const& task) {
   Json json;
   for (auto const& [name, member] : taskTexts) json[name] = textJson(task.*member);
@@ -117,14 +144,16 @@ ServiceCondition serviceFrom(Json const& json) {
   ServiceCondition service;
   for (auto const& [name, member] : serviceTexts)
     service.definition.*member = textFrom(json.at(name));
-  service.definition.start = static_cast<ServiceStart>(json.at("start").get<std::uint32_t>());
+  service.definition.start =
+      enumeratedFrom(json.at("start"), ServiceStart{0}, ServiceStart::disabled);
   for (auto const& action : json.at("actions"))
     service.definition.recovery.actions.push_back(
-        {static_cast<ServiceRecovery::Kind>(action.at("kind").get<std::uint32_t>()),
-         std::chrono::milliseconds(action.at("delay").get<std::int64_t>())});
+        {enumeratedFrom(action.at("kind"), ServiceRecovery::Kind::none,
+                        ServiceRecovery::Kind::runCommand),
+         std::chrono::milliseconds(numberFrom(action.at("delay"), 0, UINT32_MAX))});
   service.definition.recovery.resetAfter =
-      std::chrono::seconds(json.at("resetAfter").get<std::int64_t>());
-  service.state = static_cast<ServiceState>(json.at("state").get<std::uint32_t>());
+      std::chrono::seconds(numberFrom(json.at("resetAfter"), 0, UINT32_MAX));
+  service.state = enumeratedFrom(json.at("state"), ServiceState::stopped, ServiceState::paused);
   return service;
 }
 
@@ -135,20 +164,48 @@ Json contentJson(FileContent const& content) {
   return json;
 }
 
-/// A hash names a stored file: nothing else may get into its path.
-std::string hashFrom(Json const& json) {
+void addAttributes(FileAttributes const& attributes, Json& json) {
+  for (auto const& [name, member] : attributeFlags) {
+    if (attributes.*member) json[name] = true;
+  }
+  for (auto const& [name, member] : attributeTimes) {
+    if (attributes.*member != 0) json[name] = attributes.*member;
+  }
+}
+
+FileAttributes attributesFrom(Json const& json) {
+  FileAttributes attributes;
+  for (auto const& [name, member] : attributeFlags) attributes.*member = json.value(name, false);
+  for (auto const& [name, member] : attributeTimes) {
+    if (json.contains(name)) attributes.*member = numberFrom(json.at(name), 0, INT64_MAX);
+  }
+  return attributes;
+}
+
+std::optional<Link> linkFrom(Json const& json) {
+  if (!json.contains("target")) return std::nullopt;
+  return Link{textFrom(json.at("target")), json.at("directory").get<bool>(),
+              json.at("junction").get<bool>()};
+}
+
+/// A hash names a stored file: nothing else may get into its path. Only of what a link leads to it
+/// may be unknown.
+std::string hashFrom(Json const& json, bool isLink) {
   auto hash = json.get<std::string>();
   bool const isHash = hash.size() == 64 && hash.find_first_not_of("0123456789abcdef") == hash.npos;
-  if (!isHash && !hash.empty()) throw std::runtime_error("no hash");
+  if (!isHash && !(isLink && hash.empty())) throw std::runtime_error("no hash");
   return hash;
 }
 
 FileContent contentFrom(Json const& json) {
   FileContent content;
   content.isLink = json.at("is") == "link";
-  content.size = json.at("size").get<std::uint64_t>();
-  content.sha256 = hashFrom(json.at("sha256"));
-  if (json.contains("hex")) content.bytes = bytesFrom(json.at("hex"));
+  content.size = numberFrom(json.at("size"), 0, INT64_MAX);
+  content.sha256 = hashFrom(json.at("sha256"), content.isLink);
+  if (json.contains("hex")) {
+    content.bytes = bytesFrom(json.at("hex"));
+    if (content.bytes->size() != content.size) throw std::runtime_error("not as long as it says");
+  }
   return content;
 }
 
@@ -203,15 +260,39 @@ Item itemFrom(Json const& json) {
 
 Json toJson(Image const& image) {
   Json json = std::visit(StateJson{}, image.state);
-  if (image.isReadOnly) json["readOnly"] = true;
+  addAttributes(image.attributes, json);
+  if (image.link) {
+    json["target"] = textJson(image.link->target);
+    json["directory"] = image.link->isDirectory;
+    json["junction"] = image.link->isJunction;
+  }
   if (image.taskDocument) json["document"] = textJson(*image.taskDocument);
   return json;
 }
 
 Image imageFrom(Json const& json) {
-  Image image{stateFrom(json), json.value("readOnly", false), {}};
+  Image image{stateFrom(json)};
+  if (auto const* const content = std::get_if<FileContent>(&image.state)) {
+    if (content->isLink) {
+      image.link = linkFrom(json);
+    } else {
+      image.attributes = attributesFrom(json);
+    }
+  }
   if (json.contains("document")) image.taskDocument = textFrom(json.at("document"));
   return image;
+}
+
+Json toJson(Origin const& origin) {
+  return {{"computer", {{"name", textJson(origin.computer)}, {"id", textJson(origin.computerId)}}},
+          {"account", {{"name", textJson(origin.account)}, {"id", textJson(origin.accountId)}}}};
+}
+
+Origin originFrom(Json const& json) {
+  auto const& computer = json.at("computer");
+  auto const& account = json.at("account");
+  return {textFrom(computer.at("name")), textFrom(computer.at("id")), textFrom(account.at("name")),
+          textFrom(account.at("id"))};
 }
 
 Json toJson(HandOver const& handOver) {

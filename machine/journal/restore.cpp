@@ -7,6 +7,7 @@
 
 #include "machine/error.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/journal/entry_rules.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/sha256.hpp"
 
@@ -18,10 +19,6 @@ using Outcome = RestoreStep::Outcome;
 
 constexpr std::chrono::seconds patience(30);
 constexpr std::u16string_view temporaryEnd = u".journal-restore.tmp";
-
-bool isNothing(ItemState const& state) {
-  return std::holds_alternative<std::monostate>(state);
-}
 
 bool isFolder(ItemState const& state) {
   return std::holds_alternative<Existing>(state);
@@ -41,21 +38,28 @@ bool isBefore(Image const& now, Image const& before) {
   return sameImage(now, before);
 }
 
-/// Equal but for what may differ without anybody's doing: whether a service runs, and an attribute
-/// that an interrupted restore has changed already.
+/// Both are links, and lead to one place as far as is known.
+bool isSameLink(Image const& a, Image const& b) {
+  return isLink(a) && isLink(b) && a.link == b.link;
+}
+
+/// Equal but for what may differ without anybody's doing: whether a service runs, attributes that
+/// an interrupted restore has put back already or not yet, and what is behind a link.
 bool isStill(Image now, Image other) {
   auto const* const service = std::get_if<ServiceCondition>(&now.state);
   auto const* const otherService = std::get_if<ServiceCondition>(&other.state);
   if (service && otherService) return service->definition == otherService->definition;
-  now.isReadOnly = other.isReadOnly = false;
+  if (now.link && isSameLink(now, other)) return true;
+  now.attributes = other.attributes = {};
   return sameImage(now, other);
 }
 
 /// Whether the item is what the journal's changes left, or what an interrupted restore did.
 bool isExpected(Image const& now, Entry const& entry) {
   if (!entry.after || isStill(now, *entry.after) || isStill(now, entry.before)) return true;
-  // Between a folder and a file of its name there is nothing for a moment.
-  bool const changesKind = isFolder(entry.before.state) != isFolder(entry.after->state);
+  // Between a folder or link and a file of its name there is nothing for a moment.
+  bool const changesKind = isFolder(entry.before.state) != isFolder(entry.after->state) ||
+                           isLink(entry.before) || isLink(*entry.after);
   return isNothing(now.state) && changesKind && !isNothing(entry.after->state) &&
          !isNothing(entry.before.state);
 }
@@ -81,13 +85,15 @@ bool isAssociation(Item const& item) {
 
 class Restoring {
  public:
-  Restoring(Journal const& journal, Machine& machine, bool force)
-      : journal_(journal), machine_(machine), force_(force) {}
+  Restoring(Journal const& journal, Machine& machine, RestoreOptions const& options)
+      : journal_(journal), machine_(machine), options_(options) {}
 
   RestoreReport run() {
+    requireOrigin();
     for (auto entry = journal_.entries.rbegin(); entry != journal_.entries.rend(); ++entry) {
       report_.steps.push_back(step(*entry));
     }
+    tellWhatWasWrittenThroughLinks();
     announce();
     report_.handOvers = journal_.handOvers;
     report_.damage = journal_.damage;
@@ -95,13 +101,37 @@ class Restoring {
   }
 
  private:
+  void requireOrigin() const {
+    auto const here = originOf(machine_);
+    auto const& there = journal_.origin;
+    auto const refuse = [](std::string const& what, UString const& name, UString const& id,
+                           UString const& thisName, UString const& thisId) {
+      throw ForeignJournal("the journal was written " + what + " " + named(name, id) +
+                           ", and this is " + named(thisName, thisId));
+    };
+    if (options_.otherComputer) return;
+    if (!sameComputer(there, here)) {
+      refuse("on the computer", there.computer, there.computerId, here.computer, here.computerId);
+    }
+    if (!options_.otherAccount && !sameAccount(there, here)) {
+      refuse("by the account", there.account, there.accountId, here.account, here.accountId);
+    }
+  }
+
+  static std::string named(UString const& name, UString const& id) {
+    if (name.empty() && id.empty()) return "one without a name";
+    if (name.empty() || id.empty()) return toUtf8(name + id);
+    return toUtf8(name + u" (" + id + u")");
+  }
+
   RestoreStep step(Entry const& entry) {
     RestoreStep step;
     step.item = entry.item;
     step.before = entry.before.state;
     if (entry.after) step.after = entry.after->state;
     try {
-      auto const now = imageOf(machine_, entry.item, 0);
+      requireSound(entry);
+      auto const now = imageOf(machine_, entry.item);
       step.found = now.state;
       decide(entry, now, step);
     } catch (std::exception const& error) {
@@ -111,19 +141,27 @@ class Restoring {
     return step;
   }
 
+  /// A journal need not come from readJournal.
+  static void requireSound(Entry const& entry) {
+    requireItem(entry.item);
+    requireState(entry.item.kind, entry.before);
+  }
+
   void decide(Entry const& entry, Image const& now, RestoreStep& step) {
     bool const expected = isExpected(now, entry);
     // What the run itself left as it was may have been changed by others: that is theirs.
     bool const wasChanged = !entry.after || !isBefore(*entry.after, entry.before);
     if (!wasChanged || isBefore(now, entry.before)) {
       step.outcome = Outcome::already;
-    } else if (isLink(entry.before) || isLink(now)) {
+    } else if (isSameLink(now, entry.before)) {
+      step.outcome = Outcome::already;
+    } else if (isLink(entry.before) && !entry.before.link) {
       step.outcome = Outcome::notRestorable;
-      step.reason = "links are not put back";
+      step.reason = "links of its kind are not put back";
     } else if (entry.item.kind == Item::Kind::variable && !expected) {
       step.outcome = Outcome::already;
       step.reason = "it is gone with the process that it belonged to";
-    } else if (!expected && !force_) {
+    } else if (!expected && !options_.force) {
       step.outcome = Outcome::left;
       step.reason = "it was changed since";
     } else if (!put(entry, now)) {
@@ -162,16 +200,26 @@ class Restoring {
   }
 
   bool putPath(UString const& path, Image const& before, Image const& now) {
-    if (isFolder(now.state) && !removeFolder(path)) return false;
-    if (now.isReadOnly) machine_.files().setReadOnly(path, false);
-    if (isNothing(before.state)) {
-      machine_.files().removeFile(path);
-    } else if (isFolder(before.state)) {
-      machine_.files().removeFile(path);
+    bool const isFile = std::holds_alternative<FileContent>(before.state) && !isLink(before);
+    bool const replacesFile = isFile && !isFolder(now.state) && !isLink(now);
+    if (!replacesFile && !removePresent(path, now)) return false;
+    if (isFolder(before.state)) {
       makeFolders(path);
-    } else {
-      putFile(path, std::get<FileContent>(before.state), before.isReadOnly);
+    } else if (isFile) {
+      if (now.attributes.isReadOnly) machine_.files().setReadOnly(path, false);
+      putFile(path, std::get<FileContent>(before.state), before.attributes);
+    } else if (isLink(before)) {
+      makeFolderFor(path);
+      machine_.files().createLink(path, before.link.value());
     }
+    return true;
+  }
+
+  /// False for a folder with something in it. Of a link the link itself goes.
+  bool removePresent(UString const& path, Image const& now) {
+    bool const isFolderLink = isLink(now) && now.link && now.link->isDirectory;
+    if (isFolder(now.state) || isFolderLink) return removeFolder(path);
+    machine_.files().removeFile(path);
     return true;
   }
 
@@ -191,6 +239,11 @@ class Restoring {
     }
   }
 
+  void makeFolderFor(UString const& path) {
+    UString const above(path_grammar::parent(path));
+    if (!machine_.files().status(above)) makeFolders(above);
+  }
+
   /// The folder, and those above it that are missing.
   void makeFolders(UString const& path) {
     UString const above(path_grammar::parent(path));
@@ -198,20 +251,20 @@ class Restoring {
     machine_.files().createDirectory(path);
   }
 
-  void putFile(UString const& path, FileContent const& content, bool readOnly) {
+  void putFile(UString const& path, FileContent const& content, FileAttributes const& attributes) {
     auto const temporary = path + UString(temporaryEnd);
-    UString const above(path_grammar::parent(path));
-    if (!machine_.files().status(above)) makeFolders(above);
+    makeFolderFor(path);
     // Made anew, never written through: somebody may have put a link there.
     machine_.files().removeFile(temporary);
     try {
       writeContent(temporary, content);
-      if (readOnly) machine_.files().setReadOnly(temporary, true);
       machine_.files().rename(temporary, path, true);
     } catch (std::exception const&) {
       removeIfPossible(temporary);
       throw;
     }
+    // Not before: for a while a system gives a name that comes back the old time of making.
+    machine_.files().setAttributes(path, attributes);
   }
 
   void removeIfPossible(UString const& path) {
@@ -250,9 +303,7 @@ class Restoring {
       registry.createKey(key);
       return true;
     }
-    if (!registry.subkeys(key).empty() || !registry.values(key).empty()) return false;
-    registry.removeKey(key);
-    return true;
+    return registry.removeEmptyKey(key);
   }
 
   void putValue(Item const& item, ItemState const& before) {
@@ -300,6 +351,28 @@ class Restoring {
     if (runs(*wanted)) services.start(name, patience);
   }
 
+  /// Known at the end only: what a link leads to may be an item of its own.
+  void tellWhatWasWrittenThroughLinks() {
+    for (std::size_t i = 0; i < report_.steps.size(); ++i) {
+      auto const& entry = journal_.entries[journal_.entries.size() - 1 - i];
+      auto& step = report_.steps[i];
+      bool const isPutBack = step.outcome == Outcome::restored || step.outcome == Outcome::forced ||
+                             step.outcome == Outcome::already;
+      bool const isOthers = entry.after && sameImage(*entry.after, entry.before);
+      if (!isPutBack || !isLink(entry.before) || isOthers || isAsBefore(entry)) continue;
+      step.outcome = Outcome::notRestorable;
+      step.reason = "what was written through a link is not put back";
+    }
+  }
+
+  bool isAsBefore(Entry const& entry) {
+    try {
+      return sameImage(imageOf(machine_, entry.item), entry.before);
+    } catch (SystemError const&) {
+      return false;
+    }
+  }
+
   void announce() {
     auto const anyChanged = [&](auto const& predicate) {
       return std::any_of(report_.steps.begin(), report_.steps.end(), [&](auto const& step) {
@@ -313,7 +386,7 @@ class Restoring {
 
   Journal const& journal_;
   Machine& machine_;
-  bool force_;
+  RestoreOptions options_;
   RestoreReport report_;
 };
 
@@ -326,8 +399,8 @@ bool RestoreReport::allRestored() const {
   });
 }
 
-RestoreReport restore(Journal const& journal, Machine& machine, bool force) {
-  return Restoring(journal, machine, force).run();
+RestoreReport restore(Journal const& journal, Machine& machine, RestoreOptions const& options) {
+  return Restoring(journal, machine, options).run();
 }
 
 }  // namespace machine::journal

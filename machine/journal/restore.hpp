@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,19 @@ struct RestoreReport {
   REGISTRATION_API bool allRestored() const;
 };
 
+struct RestoreOptions {
+  bool force = false;          ///< also what others have changed since
+  bool otherComputer = false;  ///< also on another computer than the journal's, as any account
+  bool otherAccount = false;   ///< also as another account of the same computer
+};
+
+/// The journal is another computer's or account's, and nothing was restored. what(), UTF-8, tells
+/// both.
+class REGISTRATION_API ForeignJournal : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 /// Takes a journal's changes back, the last item first, each to how it was before its first change:
 /// after a success, a failure half-way or the end of the process at any moment.
 ///
@@ -45,17 +59,28 @@ struct RestoreReport {
 ///   restored whatever it is: the change may have happened in whole, in part or not at all, and
 ///   which of it others did cannot be told.
 /// - An item that already is as it was is fine, so a restore that was interrupted can be run again.
-///   A file is put back under a name of its own, "NAME.journal-restore.tmp", and renamed over; that
-///   leaves its access rights to the folder.
+///   A file is put back under a name of its own, "NAME.journal-restore.tmp", and renamed over; then
+///   it gets its attributes (read-only, hidden, system) and the times of its making and its last
+///   write. That leaves its access rights to the folder, and its alternate streams are gone.
+/// - Of folders nothing but that they are there is put back.
 /// - Folders, keys and task folders that were made are removed when nothing is in them, else left,
 ///   even with `force`.
 /// - Of a service the definition counts for whether others changed it; whether it runs is put back
 ///   too, waiting up to half a minute.
 /// - Variables are put back while the process that set them lives; with it they are gone.
-/// - Links that were moved or removed, and what was written through them, are not restored.
+/// - Symbolic links and junctions are put back as they were, whatever they lead to; made ones are
+///   removed. Other kinds of links, and what was written through a link, are not restored.
+/// - A made key is removed with Registry::removeEmptyKey, which tells what that holds against
+/// others.
 ///
 /// A step's failure is reported and the others go on. Where a changed environment or file
 /// associations are put back, that is broadcast.
-REGISTRATION_API RestoreReport restore(Journal const& journal, Machine& machine, bool force);
+///
+/// Throws SystemError when the machine does not tell which one it is, and ForeignJournal, both with
+/// nothing changed, for a journal that was not written on this computer
+/// (machine/journal/origin.hpp) by this account, unless the options say otherwise: keys and folders
+/// of the current user are another user's for another account.
+REGISTRATION_API RestoreReport restore(Journal const& journal, Machine& machine,
+                                       RestoreOptions const& options);
 
 }  // namespace machine::journal

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -153,9 +154,9 @@ std::string_view withoutByteOrderMark(std::string_view text) {
 std::string errorLine(std::string_view file, std::string_view place, std::string_view reason) {
   bool const isPointer = place.starts_with('/');
   std::string line = printable(file);
-  line += place.empty() ? "" : isPointer ? ": " : ":";
+  if (!file.empty() && !place.empty()) line += isPointer ? ": " : ":";
   line += place;
-  line += ": ";
+  if (!line.empty()) line += ": ";
   line += reason;
   return line;
 }
@@ -183,6 +184,14 @@ std::optional<Json> parse(std::string_view text, std::size_t nestingLimit, Repor
   DocumentBuilder builder(json, nestingLimit, report);
   if (!Json::sax_parse(json, &builder)) return std::nullopt;
   return builder.take();
+}
+
+Json parse(std::string_view file, std::string_view text, std::size_t nestingLimit) {
+  auto document =
+      parse(text, nestingLimit, [&](std::string const& place, std::string const& reason) {
+        throw std::runtime_error(errorLine(file, place, reason));
+      });
+  return std::move(document).value();
 }
 
 }  // namespace machine::json

@@ -9,15 +9,16 @@
 
 #include "machine/api.hpp"
 
-/// JSON documents that people write and administrators' programs read: read strictly, and whatever
-/// is wrong is told with its place.
+/// The one reader of JSON documents: whatever anybody may have written is read within limits, in a
+/// time that grows with its length and no faster, and what is wrong is told with its place.
 namespace machine::json {
 
 /// Takes one thing that is wrong. `place` is "LINE:COLUMN" (from 1, columns in characters), a JSON
 /// pointer (RFC 6901) or empty for the document as a whole. May throw to end the reading there.
 using Report = std::function<void(std::string const& place, std::string const& reason)>;
 
-/// "FILE:3:17: reason", "FILE: /list/3/name: reason" or "FILE: reason".
+/// "FILE:3:17: reason", "FILE: /list/3/name: reason" or "FILE: reason"; without the first part for
+/// an empty name.
 REGISTRATION_API std::string errorLine(std::string_view file, std::string_view place,
                                        std::string_view reason);
 
@@ -32,5 +33,11 @@ REGISTRATION_API std::string below(std::string_view pointer, std::size_t index);
 REGISTRATION_API std::optional<nlohmann::ordered_json> parse(std::string_view text,
                                                              std::size_t nestingLimit,
                                                              Report const& report);
+
+/// The same for a document that is of no use once anything in it is wrong: throws
+/// std::runtime_error with the errorLine of what is found first. How long `text` may be is for its
+/// reader to limit.
+REGISTRATION_API nlohmann::ordered_json parse(std::string_view file, std::string_view text,
+                                              std::size_t nestingLimit);
 
 }  // namespace machine::json

@@ -105,9 +105,9 @@ std::optional<FileStatus> FileTree::status(Node const& node) {
   if (node.removed) return std::nullopt;
   auto status = node.inner.empty() ? std::nullopt : inner_.status(node.inner);
   if (node.inner.empty()) {
-    status = FileStatus{!node.content, false, node.content ? node.content->size() : 0, false};
+    status = FileStatus{!node.content, false, node.content ? node.content->size() : 0};
   }
-  if (status && node.readOnly) status->isReadOnly = *node.readOnly;
+  if (status && node.attributes) status->attributes = *node.attributes;
   return status;
 }
 

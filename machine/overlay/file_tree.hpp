@@ -25,7 +25,7 @@ struct Node {
   bool removed = false;
   UString inner;
   std::shared_ptr<WrittenContent> content;
-  std::optional<bool> readOnly;                       ///< a file's attribute, where it was set
+  std::optional<FileAttributes> attributes;           ///< a file's, where they were set
   std::map<UString, std::unique_ptr<Node>> children;  // by folded name
 };
 

@@ -112,7 +112,7 @@ std::unique_ptr<FileWriter> OverlayFiles::openForWriting(std::u16string_view pat
   auto const place = tree_.find(target);
   auto const status = operation.statusWithFolder(target, place);
   operation.require(!status || mode != WriteMode::createNew, ErrorCode::fileExists);
-  operation.require(!status || (!status->isDirectory && !status->isReadOnly),
+  operation.require(!status || (!status->isDirectory && !status->attributes.isReadOnly),
                     ErrorCode::accessDenied);
   operation.require(!Operation::isRoot(target), ErrorCode::pathNotFound);
   std::shared_ptr<WrittenContent> content;
@@ -200,14 +200,15 @@ void OverlayFiles::rename(std::u16string_view from, std::u16string_view to, bool
   bool const isSameEntry = sourceKey == targetKey;
   if (replaced && !isSameEntry) {
     operation.require(replaceExisting, ErrorCode::alreadyExists);
-    operation.require(!moved->isDirectory && !replaced->isDirectory && !replaced->isReadOnly,
-                      ErrorCode::accessDenied);
+    operation.require(
+        !moved->isDirectory && !replaced->isDirectory && !replaced->attributes.isReadOnly,
+        ErrorCode::accessDenied);
   }
   operation.require(!isBelow(targetKey, sourceKey), ErrorCode::invalidParameter);
   tree_.put(target, tree_.take(source), replaced && !isSameEntry);
 }
 
-void OverlayFiles::setReadOnly(std::u16string_view path, bool readOnly) {
+void OverlayFiles::setAttributes(std::u16string_view path, FileAttributes const& attributes) {
   Operation const operation("change the attributes of", path, tree_);
   auto const target = absolute(path);
   auto place = tree_.find(target);
@@ -220,7 +221,20 @@ void OverlayFiles::setReadOnly(std::u16string_view path, bool readOnly) {
     tree_.put(target, std::move(node), true);
     place = tree_.find(target);
   }
-  place.node->readOnly = readOnly;
+  auto kept = attributes;
+  if (kept.created == 0) kept.created = status->attributes.created;
+  if (kept.written == 0) kept.written = status->attributes.written;
+  place.node->attributes = kept;
+}
+
+std::optional<Link> OverlayFiles::link(std::u16string_view path) {
+  auto const place = tree_.find(absolute(path));
+  auto const status = tree_.status(place);
+  return status && status->isLink ? inner_.link(innerOf(place)) : std::nullopt;
+}
+
+void OverlayFiles::createLink(std::u16string_view path, Link const&) {
+  throw SystemError("make the link", path, ErrorCode::notSupported);
 }
 
 bool OverlayFiles::setCurrentDirectory(std::u16string_view path) {

@@ -25,7 +25,10 @@ class OverlayFiles final : public Files {
   bool removeFile(std::u16string_view path) override;
   bool removeDirectory(std::u16string_view path) override;
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override;
-  void setReadOnly(std::u16string_view path, bool readOnly) override;
+  void setAttributes(std::u16string_view path, FileAttributes const& attributes) override;
+  std::optional<Link> link(std::u16string_view path) override;
+  /// An error (notSupported): memory holds no links.
+  void createLink(std::u16string_view path, Link const& link) override;
   UString currentDirectory() override { return currentFolder_; }
   bool setCurrentDirectory(std::u16string_view path) override;
   std::optional<FileVersion> fileVersion(std::u16string_view path) override;

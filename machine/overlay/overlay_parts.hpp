@@ -23,6 +23,7 @@ class OverlayEnvironment final : public Environment {
   bool removeVariable(std::u16string_view name) override;
   std::intptr_t broadcastSettingChange() override;
   std::uint32_t lastError() override { return lastError_; }
+  UString account() override { return inner_.account(); }
 
   std::size_t names() const { return changed_.size(); }
 

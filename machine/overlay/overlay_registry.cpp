@@ -128,6 +128,12 @@ bool OverlayRegistry::removeKey(RegistryKey const& key) {
   return true;
 }
 
+bool OverlayRegistry::removeEmptyKey(RegistryKey const& key) {
+  if (!subkeys(key).empty() || !values(key).empty()) return false;
+  removeKey(key);
+  return true;
+}
+
 std::vector<UString> OverlayRegistry::subkeys(RegistryKey const& key) {
   auto const place = find(key);
   auto inner = place.showsInner ? inner_.subkeys(key) : std::vector<UString>();

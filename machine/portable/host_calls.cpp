@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 namespace machine::host {
 
@@ -65,6 +66,14 @@ int flushFolder(std::filesystem::path const& path) {
 
 int closeFile(int file) {
   return ::close(file);
+}
+
+int renameFile(std::filesystem::path const& from, std::filesystem::path const& to) {
+  return std::rename(from.c_str(), to.c_str());
+}
+
+int removeFile(std::filesystem::path const& path) {
+  return ::unlink(path.c_str());
 }
 
 int tryLockFile(int file) {

@@ -109,6 +109,25 @@ Place HostTree::findTarget(std::u16string_view path) const {
   return place.exists() && place.isLink() ? follow(place) : place;
 }
 
+UString HostTree::machineName(fs::path const& linkTarget) const {
+  auto name = fromHostName(linkTarget);
+  if (linkTarget.is_absolute()) {
+    if (!isInside(directory_, linkTarget)) return name;
+    auto const below = fromHostName(linkTarget.lexically_relative(directory_));
+    if (below.find(u'/') > 1) return name;  // a drive's own folder, or a share
+    name = below.substr(0, 1) + u':' + below.substr(1);
+  }
+  std::ranges::replace(name, u'/', u'\\');
+  return name;
+}
+
+fs::path HostTree::hostName(std::u16string_view linkTarget) const {
+  if (path_grammar::isAbsolute(linkTarget)) return find(linkTarget).host;
+  UString name(linkTarget);
+  std::ranges::replace(name, u'\\', u'/');
+  return toHostName(name);
+}
+
 bool HostTree::sameVolume(std::u16string_view a, std::u16string_view b) const {
   auto const rootsOfA = rootFolders(a);
   auto const rootsOfB = rootFolders(b);

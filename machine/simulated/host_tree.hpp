@@ -33,6 +33,12 @@ class HostTree {
   /// The same, but a link in the last place is followed too.
   Place findTarget(std::u16string_view path) const;
 
+  /// What a link of the host holds, as the machine names it: `../a` -> `..\a`, what lies on a drive
+  /// by its absolute path; other absolute paths of the host as they are.
+  UString machineName(std::filesystem::path const& linkTarget) const;
+  /// The reverse.
+  std::filesystem::path hostName(std::u16string_view linkTarget) const;
+
   /// Both on one drive or share. REQUIRES: both are absolute.
   bool sameVolume(std::u16string_view a, std::u16string_view b) const;
 

@@ -1,15 +1,29 @@
 #include "machine/simulated/json_file.hpp"
 
-#include <fstream>
+#include <array>
 #include <stdexcept>
 
 #include "machine/host/host_file.hpp"
+#include "machine/json/document.hpp"
 
 namespace machine::simulated {
 
 namespace {
 
 constexpr std::uint64_t formatVersion = 1;
+constexpr std::size_t largestFile = std::size_t{256} << 20;
+constexpr std::size_t deepestNesting = 16;
+
+std::string content(std::filesystem::path const& path) {
+  HostFile file(path, host::OpenMode::read);
+  std::string bytes;
+  std::array<char, 65536> part;
+  while (std::size_t const count = file.read(part)) {
+    bytes.append(part.data(), count);
+    if (bytes.size() > largestFile) throw std::runtime_error(path.string() + ": too large");
+  }
+  return bytes;
+}
 
 }  // namespace
 
@@ -52,13 +66,7 @@ void JsonValue::refuse(std::string const& reason) const {
 }
 
 JsonValue JsonFile::read() {
-  std::ifstream file(path_, std::ios::binary);
-  if (!file) throw std::runtime_error(path_.string() + ": cannot be opened");
-  try {
-    document_ = nlohmann::json::parse(file);
-  } catch (nlohmann::json::parse_error const& error) {
-    throw std::runtime_error(path_.string() + ": " + error.what());
-  }
+  document_ = json::parse(path_.string(), content(path_), deepestNesting);
   JsonValue document(path_, "", document_);
   auto const version = document.member("version");
   if (version.number(UINT32_MAX) != formatVersion)

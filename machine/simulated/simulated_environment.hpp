@@ -21,6 +21,7 @@ class SimulatedEnvironment final : public Environment {
   bool removeVariable(std::u16string_view name) override;
   /// Counts; always 1.
   std::intptr_t broadcastSettingChange() override;
+  UString account() override { return u"S-1-5-21-1-2-3-1001"; }
   std::uint32_t lastError() override { return lastError_; }
 
   /// {"variables": {"Path": "..."}, "settingChangeBroadcasts": 0}

@@ -76,6 +76,25 @@ bool isReadOnly(fs::file_status const& status) {
   return (status.permissions() & fs::perms::owner_write) == fs::perms::none;
 }
 
+using FileTimeTicks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+
+/// From 1601 to 1970.
+constexpr FileTimeTicks toHostEpoch(116'444'736'000'000'000);
+
+FileTime writtenAt(fs::path const& host, Operation const& operation) {
+  std::error_code error;
+  auto const time = fs::last_write_time(host, error);
+  operation.check(error);
+  auto const since = std::chrono::file_clock::to_sys(time).time_since_epoch();
+  return static_cast<FileTime>((std::chrono::floor<FileTimeTicks>(since) + toHostEpoch).count());
+}
+
+fs::file_time_type hostTime(FileTime time) {
+  FileTimeTicks const ticks(static_cast<std::int64_t>(time));
+  return std::chrono::file_clock::from_sys(
+      std::chrono::sys_time<std::chrono::nanoseconds>(ticks - toHostEpoch));
+}
+
 /// Windows sorts a folder by name; the host's order would differ from one computer to the next.
 class SortedNames final : public DirectoryStream {
  public:
@@ -209,9 +228,10 @@ std::optional<FileStatus> SimulatedFiles::status(std::u16string_view path) {
   auto const place = tree_.find(absolute(path));
   if (isNowhere(place)) return std::nullopt;
   operation.existing(place);
-  FileStatus result{isFolder(place.host, place.status), place.isLink(), 0, false};
+  FileStatus result{isFolder(place.host, place.status), place.isLink()};
   if (fs::is_regular_file(place.status)) {
-    result.isReadOnly = isReadOnly(place.status);
+    result.attributes.isReadOnly = isReadOnly(place.status);
+    result.attributes.written = writtenAt(place.host, operation);
     std::error_code error;
     result.size = fs::file_size(place.host, error);
     operation.check(error);
@@ -309,15 +329,39 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
   operation.check(error);
 }
 
-void SimulatedFiles::setReadOnly(std::u16string_view path, bool readOnly) {
+void SimulatedFiles::setAttributes(std::u16string_view path, FileAttributes const& attributes) {
   Operation const operation{"change the attributes of", path};
   auto const place = tree_.find(absolute(path));
   operation.require(fs::is_regular_file(operation.existing(place).status), ErrorCode::accessDenied);
   constexpr auto everybody =
       fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
   std::error_code error;
-  fs::permissions(place.host, readOnly ? everybody : fs::perms::owner_write,
-                  readOnly ? fs::perm_options::remove : fs::perm_options::add, error);
+  if (attributes.written != 0) {
+    fs::last_write_time(place.host, hostTime(attributes.written), error);
+    operation.check(error);
+  }
+  if (attributes.isReadOnly == isReadOnly(place.status)) return;
+  fs::permissions(place.host, attributes.isReadOnly ? everybody : fs::perms::owner_write,
+                  attributes.isReadOnly ? fs::perm_options::remove : fs::perm_options::add, error);
+  operation.check(error);
+}
+
+std::optional<Link> SimulatedFiles::link(std::u16string_view path) {
+  Operation const operation{"read the link", path};
+  auto const place = tree_.find(absolute(path));
+  if (isNowhere(place) || !operation.existing(place).isLink()) return std::nullopt;
+  std::error_code error;
+  auto const target = fs::read_symlink(place.host, error);
+  operation.check(error);
+  return Link{tree_.machineName(target), isFolder(place.host, place.status), false};
+}
+
+void SimulatedFiles::createLink(std::u16string_view path, Link const& link) {
+  Operation const operation{"make the link", path};
+  auto const place = tree_.find(absolute(path));
+  operation.require(!operation.reachable(place).exists(), ErrorCode::alreadyExists);
+  std::error_code error;
+  fs::create_symlink(tree_.hostName(link.target), place.host, error);
   operation.check(error);
 }
 

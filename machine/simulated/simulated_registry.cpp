@@ -1,8 +1,10 @@
 #include "machine/simulated/simulated_registry.hpp"
 
 #include <algorithm>
+#include <random>
 
 #include "machine/error.hpp"
+#include "machine/hexadecimal.hpp"
 #include "machine/host/host_file.hpp"
 #include "machine/simulated/registry_value_json.hpp"
 
@@ -26,6 +28,17 @@ RegistryKey withoutAlias(RegistryKey const& key) {
   return {RegistryRoot::localMachine, u"SOFTWARE\\Classes\\" + key.path};
 }
 
+/// Every new machine's own, in the form of a GUID.
+UString newIdentifier() {
+  std::random_device random;
+  UString text;
+  for (int byte = 0; byte < 16; ++byte) {
+    if (byte == 4 || byte == 6 || byte == 8 || byte == 10) text += u'-';
+    text += toUtf16(hexadecimal(std::string(1, static_cast<char>(random()))));
+  }
+  return text;
+}
+
 RegistryKey keyFromName(std::string const& name, JsonValue const& place) {
   auto const full = toUtf16(name);
   auto const end = std::min(full.find(u'\\'), full.size());
@@ -45,6 +58,8 @@ SimulatedRegistry::SimulatedRegistry() {
       {RegistryRoot::localMachine, environment}, u"Path",
       RegistryValue::ofText(u"%SystemRoot%\\system32;%SystemRoot%;%SystemRoot%\\System32\\Wbem",
                             RegistryType::expandableString));
+  setValue({RegistryRoot::localMachine, u"SOFTWARE\\Microsoft\\Cryptography"}, u"MachineGuid",
+           RegistryValue::ofText(newIdentifier()));
   createKey({RegistryRoot::classesRoot, u""});
   createKey({RegistryRoot::currentUser, u"Software"});
 }
@@ -134,6 +149,13 @@ bool SimulatedRegistry::removeKey(RegistryKey const& key) {
   for (auto const& part : names) above.path += part + u'\\';
   auto* const parent = find(above);
   return parent != nullptr && parent->subkeys.erase(name) > 0;
+}
+
+bool SimulatedRegistry::removeEmptyKey(RegistryKey const& key) {
+  auto const* const found = find(key);
+  if (found != nullptr && (!found->values.empty() || !found->subkeys.empty())) return false;
+  removeKey(key);
+  return true;
 }
 
 std::vector<UString> SimulatedRegistry::subkeys(RegistryKey const& key) {

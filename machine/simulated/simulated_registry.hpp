@@ -24,6 +24,7 @@ class SimulatedRegistry final : public Registry {
                 RegistryValue const& value) override;
   bool removeValue(RegistryKey const& key, std::u16string_view name) override;
   bool removeKey(RegistryKey const& key) override;
+  bool removeEmptyKey(RegistryKey const& key) override;
   std::vector<UString> subkeys(RegistryKey const& key) override;
   std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const& key) override;
 

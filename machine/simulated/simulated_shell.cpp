@@ -5,15 +5,17 @@
 
 #include "machine/error.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/json/document.hpp"
 #include "machine/whole_file.hpp"
 
 namespace machine::simulated {
 
 namespace {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 
 constexpr std::size_t largestShortcut = 1 << 20;
+constexpr std::size_t deepestNesting = 4;
 constexpr int formatVersion = 1;
 
 constexpr std::array<std::pair<WindowState, char const*>, 3> windowNames{{
@@ -22,7 +24,7 @@ constexpr std::array<std::pair<WindowState, char const*>, 3> windowNames{{
     {WindowState::minimized, "minimized"},
 }};
 
-json windowToJson(WindowState window) {
+Json windowToJson(WindowState window) {
   for (auto const& [state, name] : windowNames)
     if (state == window) return name;
   return "normal";
@@ -36,7 +38,7 @@ WindowState windowFrom(std::string const& text) {
 
 std::string toText(Shortcut const& shortcut) {
   bool const hasIcon = !shortcut.iconFile.empty();
-  return json{{"version", formatVersion},
+  return Json{{"version", formatVersion},
               {"target", toUtf8(shortcut.target)},
               {"arguments", toUtf8(shortcut.arguments)},
               {"workingFolder", toUtf8(shortcut.workingFolder)},
@@ -52,7 +54,7 @@ std::string toText(Shortcut const& shortcut) {
 
 /// Throws a std::exception for a text that toText did not write.
 Shortcut fromText(std::string const& text) {
-  auto const document = json::parse(text);
+  auto const document = machine::json::parse({}, text, deepestNesting);
   if (document.at("version") != formatVersion) throw std::runtime_error("another version");
   auto const textOf = [&](char const* name) {
     return toUtf16(document.at(name).get<std::string>());

@@ -67,8 +67,11 @@ class WatchedFiles final : public ForwardingFiles {
     if (!inner().status(from)) return move();
     announcing(watch_.observers, renamedItems(watch_.machine, from, to), move);
   }
-  void setReadOnly(std::u16string_view path, bool readOnly) override {
-    announcing(watch_.observers, {item(path)}, [&] { inner().setReadOnly(path, readOnly); });
+  void setAttributes(std::u16string_view path, FileAttributes const& attributes) override {
+    announcing(watch_.observers, {item(path)}, [&] { inner().setAttributes(path, attributes); });
+  }
+  void createLink(std::u16string_view path, Link const& link) override {
+    announcing(watch_.observers, {item(path)}, [&] { inner().createLink(path, link); });
   }
   std::unique_ptr<FileLock> lock(std::u16string_view path,
                                  std::chrono::milliseconds limit) override {
@@ -114,6 +117,12 @@ class WatchedRegistry final : public ForwardingRegistry {
     std::vector<Item> items;
     addWithContents(whole, items);
     return announcing(watch_.observers, std::move(items), [&] { return inner().removeKey(key); });
+  }
+  bool removeEmptyKey(RegistryKey const& key) override {
+    auto const whole = keyOf(itemOf(key));
+    if (whole.path.empty() || !inner().keyExists(whole)) return inner().removeEmptyKey(key);
+    return announcing(watch_.observers, {itemOf(whole)},
+                      [&] { return inner().removeEmptyKey(key); });
   }
 
  private:

@@ -1,6 +1,12 @@
 #include <windows.h>
 
+#include <sddl.h>
+
+#include <array>
+
+#include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
+#include "machine/windows/system_error.hpp"
 #include "machine/windows/text.hpp"
 
 namespace machine::windows {
@@ -43,6 +49,26 @@ class WindowsEnvironment final : public Environment {
   }
 
   std::uint32_t lastError() override { return lastError_; }
+
+  UString account() override {
+    constexpr auto operation = "find the account of";
+    HANDLE token = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) {
+      throw systemError(operation, u"this process");
+    }
+    UniqueHandle const owner(token);
+    // A user's identifier has at most SECURITY_MAX_SID_SIZE bytes.
+    alignas(TOKEN_USER) std::array<char, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user;
+    DWORD size = 0;
+    LPWSTR text = nullptr;
+    if (!GetTokenInformation(token, TokenUser, user.data(), static_cast<DWORD>(user.size()),
+                             &size) ||
+        !ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text)) {
+      throw systemError(operation, u"this process");
+    }
+    UniqueLocalText const identifier(text);
+    return UString(unitsOf(text));
+  }
 
  private:
   bool change(std::u16string_view name, wchar_t const* value) {

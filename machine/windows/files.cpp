@@ -1,10 +1,13 @@
 #include <windows.h>
 
+#include <winioctl.h>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
 #include "machine/path_grammar.hpp"
+#include "machine/reparse_data.hpp"
 #include "machine/windows/file_lock.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
@@ -57,14 +60,21 @@ std::optional<WIN32_FIND_DATAW> listedEntry(UString path) {
   return find ? std::optional(data) : std::nullopt;
 }
 
+FileTime fileTime(FILETIME const& time) {
+  return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
 /// Of a folder the read-only attribute means something else.
 template <class Data>
 FileStatus statusOf(Data const& data, bool link) {
-  bool const directory = isDirectory(data.dwFileAttributes);
-  bool const readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
-  return {directory, link,
-          directory ? 0 : std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow,
-          readOnly && !directory && !link};
+  if (isDirectory(data.dwFileAttributes)) return {true, link};
+  FileStatus status{false, link, std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow};
+  if (link) return status;
+  auto const has = [&](DWORD attribute) { return (data.dwFileAttributes & attribute) != 0; };
+  status.attributes = {has(FILE_ATTRIBUTE_READONLY), has(FILE_ATTRIBUTE_HIDDEN),
+                       has(FILE_ATTRIBUTE_SYSTEM), fileTime(data.ftCreationTime),
+                       fileTime(data.ftLastWriteTime)};
+  return status;
 }
 
 FileStatus statusOf(WIN32_FIND_DATAW const& data) {
@@ -303,6 +313,38 @@ std::optional<FileVersion> versionIn(std::string const& resource) {
                      HIWORD(info->dwFileVersionLS), LOWORD(info->dwFileVersionLS)};
 }
 
+bool isLinkOpen(HANDLE file) {
+  FILE_ATTRIBUTE_TAG_INFO info{};
+  return GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) &&
+         isLink(info.FileAttributes, info.ReparseTag);
+}
+
+void createSymbolicLink(std::u16string_view path, UString const& made, Link const& link) {
+  if (!CreateSymbolicLinkW(wide(made), wide(link.target),
+                           link.isDirectory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0)) {
+    throw systemError("make the link", path);
+  }
+}
+
+/// A folder that becomes a junction, or goes again.
+void createJunction(std::u16string_view path, UString const& made, Link const& link) {
+  if (!CreateDirectoryW(wide(made), nullptr)) {
+    throw systemError("make the link", path);
+  }
+  auto data = junctionData(link.target);
+  DWORD size = 0;
+  UniqueHandle file(
+      orNull(CreateFileW(wide(made), GENERIC_WRITE, shareAll, nullptr, OPEN_EXISTING,
+                         FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+  if (!file || !DeviceIoControl(file.get(), FSCTL_SET_REPARSE_POINT, data.data(),
+                                static_cast<DWORD>(data.size()), nullptr, 0, &size, nullptr)) {
+    DWORD const error = GetLastError();
+    file.reset();
+    RemoveDirectoryW(wide(made));
+    throw systemError("make the link", path, error);
+  }
+}
+
 class WindowsFiles final : public Files {
  public:
   std::optional<FileStatus> status(std::u16string_view path) override {
@@ -369,18 +411,66 @@ class WindowsFiles final : public Files {
     }
   }
 
-  void setReadOnly(std::u16string_view path, bool readOnly) override {
+  void setAttributes(std::u16string_view path, FileAttributes const& attributes) override {
     constexpr auto operation = "change the attributes of";
-    auto const present = status(path);
-    if (present && (present->isDirectory || present->isLink)) {
+    constexpr DWORD ours = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    UString const target = systemPath(operation, path);
+    // One handle for all, to the thing itself: nobody can put a link in its place in between.
+    UniqueHandle const file(orNull(CreateFileW(
+        wide(target), FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, shareAll, nullptr,
+        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+    FILE_BASIC_INFO info{};
+    if (!file || !GetFileInformationByHandleEx(file.get(), FileBasicInfo, &info, sizeof info)) {
+      throw systemError(operation, path);
+    }
+    if (isDirectory(info.FileAttributes) || isLinkOpen(file.get())) {
       throw SystemError(operation, path, ErrorCode::accessDenied);
     }
-    UString const target = systemPath(operation, path);
-    DWORD const attributes = GetFileAttributesW(wide(target));
-    DWORD const others = attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
-    if (attributes == INVALID_FILE_ATTRIBUTES ||
-        !SetFileAttributesW(wide(target), readOnly ? others | FILE_ATTRIBUTE_READONLY : others)) {
+    DWORD const wanted = (attributes.isReadOnly ? FILE_ATTRIBUTE_READONLY : 0) |
+                         (attributes.isHidden ? FILE_ATTRIBUTE_HIDDEN : 0) |
+                         (attributes.isSystem ? FILE_ATTRIBUTE_SYSTEM : 0);
+    // 0 would leave the attributes as they are.
+    DWORD const all = (info.FileAttributes & ~ours) | wanted;
+    info.FileAttributes = all != 0 ? all : FILE_ATTRIBUTE_NORMAL;
+    info.LastAccessTime.QuadPart = info.ChangeTime.QuadPart = 0;  // left as they are
+    info.CreationTime.QuadPart = static_cast<LONGLONG>(attributes.created);
+    info.LastWriteTime.QuadPart = static_cast<LONGLONG>(attributes.written);
+    if (!SetFileInformationByHandle(file.get(), FileBasicInfo, &info, sizeof info)) {
       throw systemError(operation, path);
+    }
+  }
+
+  std::optional<Link> link(std::u16string_view path) override {
+    constexpr auto operation = "read the link";
+    auto const present = status(path);
+    if (!present || !present->isLink) {
+      return std::nullopt;
+    }
+    UniqueHandle const file(
+        orNull(CreateFileW(wide(systemPath(operation, path)), 0, shareAll, nullptr, OPEN_EXISTING,
+                           FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+    std::string data(MAXIMUM_REPARSE_DATA_BUFFER_SIZE, '\0');
+    DWORD size = 0;
+    if (!file || !DeviceIoControl(file.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, data.data(),
+                                  static_cast<DWORD>(data.size()), &size, nullptr)) {
+      throw systemError(operation, path);
+    }
+    auto link = linkIn(std::string_view(data).substr(0, size));
+    if (link) link->isDirectory = present->isDirectory;
+    return link;
+  }
+
+  void createLink(std::u16string_view path, Link const& link) override {
+    UString const made = systemPath("make the link", path);
+    if (hasNul(link.target)) {
+      throw systemError("make the link", path, ERROR_INVALID_NAME);
+    }
+    link.isJunction ? createJunction(path, made, link) : createSymbolicLink(path, made, link);
+    // Some systems answer with success and make something else, or nothing.
+    auto const present = status(path);
+    if (!present || !present->isLink) {
+      if (link.isJunction) RemoveDirectoryW(wide(made));
+      throw SystemError("make the link", path, ErrorCode::notSupported);
     }
   }
 

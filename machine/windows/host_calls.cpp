@@ -136,7 +136,8 @@ unsigned chunk(std::size_t size) {
 int openFile(std::filesystem::path const& path, OpenMode mode) {
   if (mode == OpenMode::createPrivate) return createPrivateFile(path);
   if (mode == OpenMode::read) return openForReading(path);
-  return ::_wopen(path.c_str(), flags(mode) | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+  return ::_wopen(windows::wide(nameOf(path)), flags(mode) | _O_BINARY | _O_NOINHERIT,
+                  _S_IREAD | _S_IWRITE);
 }
 
 std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
@@ -169,6 +170,16 @@ int flushFolder(std::filesystem::path const&) {
 
 int closeFile(int file) {
   return ::_close(file);
+}
+
+int renameFile(std::filesystem::path const& from, std::filesystem::path const& to) {
+  bool const renamed = MoveFileExW(windows::wide(nameOf(from)), windows::wide(nameOf(to)),
+                                   MOVEFILE_REPLACE_EXISTING) != FALSE;
+  return renamed ? 0 : failed();
+}
+
+int removeFile(std::filesystem::path const& path) {
+  return DeleteFileW(windows::wide(nameOf(path))) ? 0 : failed();
 }
 
 int tryLockFile(int file) {

@@ -200,6 +200,33 @@ class WindowsRegistry final : public Registry {
     return wasFound("remove", key, RegDeleteTreeW(handleOf(key.root), wide(key.path)));
   }
 
+  bool removeEmptyKey(RegistryKey const& key) override {
+    if (key.path.find_first_not_of(u'\\') == UString::npos || hasNul(key.path)) {
+      throw registryError("remove", key, ERROR_INVALID_PARAMETER);
+    }
+    open_.reset();
+    bool empty = false;
+    // Looked at through a handle, and removed at once: the call itself refuses a key with subkeys.
+    bool const isThere = onExistingKey("remove", key, KEY_QUERY_VALUE, [&](HKEY handle) {
+      auto const isEmpty = [&](LSTATUS& status) {
+        DWORD keys = 0;
+        DWORD values = 0;
+        status = RegQueryInfoKeyW(handle, nullptr, nullptr, nullptr, &keys, nullptr, nullptr,
+                                  &values, nullptr, nullptr, nullptr, nullptr);
+        return status == ERROR_SUCCESS && keys == 0 && values == 0;
+      };
+      LSTATUS status = ERROR_SUCCESS;
+      if (!(empty = isEmpty(status))) return status;
+      LSTATUS const removed =
+          RegDeleteKeyExW(handleOf(key.root), wide(key.path), KEY_WOW64_64KEY, 0);
+      if (removed == ERROR_SUCCESS || (empty = isEmpty(status)) || status != ERROR_SUCCESS) {
+        return removed;
+      }
+      return status;  // somebody has put a subkey into it
+    });
+    return !isThere || empty;
+  }
+
   std::vector<UString> subkeys(RegistryKey const& key) override {
     std::vector<UString> names;
     onExistingKey("list the subkeys of", key, KEY_READ, [&](HKEY handle) {

@@ -154,9 +154,17 @@ class FaultyFiles final : public machine::ForwardingFiles {
     faults_.check("rename", from);
     inner().rename(from, to, replaceExisting);
   }
-  void setReadOnly(std::u16string_view path, bool readOnly) override {
-    faults_.check("setReadOnly", path);
-    inner().setReadOnly(path, readOnly);
+  void setAttributes(std::u16string_view path, machine::FileAttributes const& attributes) override {
+    faults_.check("setAttributes", path);
+    inner().setAttributes(path, attributes);
+  }
+  std::optional<machine::Link> link(std::u16string_view path) override {
+    faults_.check("link", path);
+    return inner().link(path);
+  }
+  void createLink(std::u16string_view path, machine::Link const& link) override {
+    faults_.check("createLink", path);
+    inner().createLink(path, link);
   }
   machine::UString currentDirectory() override {
     faults_.check("currentDirectory", u"");
@@ -211,6 +219,10 @@ class FaultyRegistry final : public machine::ForwardingRegistry {
   bool removeKey(machine::RegistryKey const& key) override {
     faults_.check("removeKey", key.path);
     return inner().removeKey(key);
+  }
+  bool removeEmptyKey(machine::RegistryKey const& key) override {
+    faults_.check("removeEmptyKey", key.path);
+    return inner().removeEmptyKey(key);
   }
   std::vector<machine::UString> subkeys(machine::RegistryKey const& key) override {
     faults_.check("subkeys", key.path);

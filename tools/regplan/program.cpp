@@ -87,6 +87,8 @@ struct CommandLine {
   std::string journal;  ///< empty: none is written
   bool force = false;
   std::uint32_t wait = 600;  ///< seconds
+  bool otherComputer = false;
+  bool otherAccount = false;
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
@@ -191,6 +193,14 @@ void addJournal(CLI::App& verb, CommandLine& given) {
 void addRestore(CLI::App& verb, CommandLine& given) {
   verb.add_option("FILE", given.plan, "The journal of a run or undo")->required()->type_name("");
   verb.add_flag("--force", given.force, "Restore also what others have changed since")
+      ->option_text(" ");
+  verb.add_flag("--other-computer", given.otherComputer,
+                "Restore also on another computer than the one that\n"
+                "the journal was written on")
+      ->option_text(" ");
+  verb.add_flag("--other-account", given.otherAccount,
+                "Restore also as another account than the one that\n"
+                "wrote the journal")
       ->option_text(" ");
 }
 
@@ -404,9 +414,8 @@ namespace journal = machine::journal;
 
 RestoredItem restoredItem(journal::RestoreStep const& step) {
   RestoredItem item{step.item, step.outcome, step.reason};
-  bool const isPutBack = item.outcome == RestoredItem::Outcome::restored ||
-                         item.outcome == RestoredItem::Outcome::forced;
-  if (isPutBack && step.found) item.change = machine::Change{step.item, *step.found, step.before};
+  if (step.found && *step.found != step.before)
+    item.change = machine::Change{step.item, *step.found, step.before};
   return item;
 }
 
@@ -436,9 +445,12 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(Verb::restore, given)};
   report.request.force = given.force;
+  report.request.otherComputer = given.otherComputer;
+  report.request.otherAccount = given.otherAccount;
   view->begin(report.request, 0);
   auto const start = surroundings.now();
-  journal::RestoreReport const result = journal::restore(read, machine::current(), given.force);
+  journal::RestoreReport const result = journal::restore(
+      read, machine::current(), {given.force, given.otherComputer, given.otherAccount});
   report.duration = surroundings.now() - start;
   report.handOvers = result.handOvers;
   for (journal::RestoreStep const& step : result.steps) {

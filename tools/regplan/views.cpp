@@ -76,11 +76,21 @@ std::string handedOverLine(machine::HandOver const& handOver) {
   return "not restorable, foreign code: " + printable(toUtf8(handOverText(handOver)));
 }
 
+std::string shownState(machine::ItemState const& state) {
+  auto const* const file = std::get_if<machine::FileContent>(&state);
+  if (file) return (file->isLink ? "link, " : "") + byteCount(file->size);
+  return shortened(toUtf8(stateText(state)), shownValue);
+}
+
 std::string restoredLine(RestoredItem const& item) {
   std::string line = std::string(nameOf(item.outcome).words) + ": " +
                      std::string(nameOf(item.item.kind).words) + " " +
                      printable(toUtf8(itemName(item.item)));
   if (!item.reason.empty()) line += ": " + printable(item.reason);
+  if (item.change && !isPutBack(item.outcome)) {
+    line +=
+        "; it was " + shownState(item.change->after) + ", it is " + shownState(item.change->before);
+  }
   return line;
 }
 
@@ -111,12 +121,6 @@ std::string changedEntries(machine::Change const& change) {
   std::string const added = listedEntries(list->after, list->before, "adds");
   std::string const removed = listedEntries(list->before, list->after, "removes");
   return added + (added.empty() || removed.empty() ? "" : ", ") + removed;
-}
-
-std::string shownState(machine::ItemState const& state) {
-  auto const* const file = std::get_if<machine::FileContent>(&state);
-  if (file) return (file->isLink ? "link, " : "") + byteCount(file->size);
-  return shortened(toUtf8(stateText(state)), shownValue);
 }
 
 std::string valueChange(machine::Change const& change) {

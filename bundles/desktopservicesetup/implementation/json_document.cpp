@@ -2,13 +2,18 @@
 
 #include <stdexcept>
 
+#include "machine/json/document.hpp"
+
 namespace desktopservicesetup {
 
+namespace {
+
+constexpr std::size_t deepestNesting = 16;
+
+}  // namespace
+
 JsonDocument::JsonDocument(std::string what, std::string_view text)
-    : what_(std::move(what)), json_(nlohmann::json::parse(text, nullptr, false)) {
-  if (json_.is_discarded()) {
-    throw std::runtime_error(what_ + " is not JSON");
-  }
+    : what_(std::move(what)), json_(machine::json::parse(what_, text, deepestNesting)) {
   if (number(json_, "version", UINT32_MAX) != 1) {
     throw std::runtime_error(what_ + " has a version that is not known");
   }

@@ -1,24 +1,27 @@
 #include "fl/i18n/MessageCatalog.hpp"
 
 #include <charconv>
-#include <nlohmann/json.hpp>
 
 #include "fl/i18n/embedded_messages.hpp"
+#include "machine/json/document.hpp"
 
 namespace fl::i18n {
 
 namespace {
 
+constexpr std::size_t deepestNesting = 4;
+
 /// Component, then language, then key: the text, UTF-8.
-nlohmann::json const& catalog() {
-  static nlohmann::json const& texts = *new nlohmann::json(
-      nlohmann::json::parse(embeddedMessages, embeddedMessages + embeddedMessagesSize));
+nlohmann::ordered_json const& catalog() {
+  static auto const& texts = *new nlohmann::ordered_json(machine::json::parse(
+      "messages.json", {reinterpret_cast<char const*>(embeddedMessages), embeddedMessagesSize},
+      deepestNesting));
   return texts;
 }
 
 /// Null when the catalog has none.
-nlohmann::json const* textFor(MessageId const& id, std::string const& language) {
-  nlohmann::json const* node = &catalog();
+nlohmann::ordered_json const* textFor(MessageId const& id, std::string const& language) {
+  nlohmann::ordered_json const* node = &catalog();
   for (auto const& name : {id.component, language, id.key}) {
     auto const found = node->find(name);
     if (found == node->end()) {

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <stdexcept>
-#include <vector>
 
+#include "machine/json/document.hpp"
 #include "machine/path_grammar.hpp"
 
 namespace vortanconnector::installationsregistry {
@@ -17,50 +16,15 @@ using nlohmann::ordered_json;
 namespace {
 
 constexpr std::uint64_t formatVersion = 1;
+// A record is the third level; the rest is for what other programs add. Writing goes as deep.
+constexpr std::size_t nestingLimit = 32;
 
 [[noreturn]] void refuse(std::string const& place, std::string const& reason) {
   throw std::runtime_error(place + ": " + reason);
 }
 
-/// Refuses an object with two members of one name: of such a pair the parser keeps one only.
-class UniqueNames {
- public:
-  bool operator()(int, ordered_json::parse_event_t event, ordered_json const& value) {
-    switch (event) {
-      case ordered_json::parse_event_t::object_start:
-        open_.emplace_back();
-        break;
-      case ordered_json::parse_event_t::object_end:
-        open_.pop_back();
-        break;
-      case ordered_json::parse_event_t::key:
-        if (!open_.back().insert(value.get<std::string>()).second) {
-          refuse("\"" + value.get<std::string>() + "\"", "is there twice");
-        }
-        break;
-      default:
-        break;
-    }
-    return true;
-  }
-
- private:
-  std::vector<std::set<std::string>> open_;
-};
-
 ordered_json emptyDocument() {
   return {{"version", formatVersion}, {"installations", ordered_json::array()}};
-}
-
-ordered_json parse(std::string_view text) {
-  try {
-    return ordered_json::parse(
-        text, [names = UniqueNames()](int depth, auto event, auto const& value) mutable {
-          return names(depth, event, value);
-        });
-  } catch (ordered_json::exception const& error) {
-    throw std::runtime_error(error.what());
-  }
 }
 
 void requireVersion(ordered_json const& document) {
@@ -102,9 +66,19 @@ UString withoutVerbatimPrefix(UString const& path) {
   return path.starts_with(prefix) ? path.substr(prefix.size()) : path;
 }
 
+/// The form in which two names of one root are equal; empty for one that is not absolute.
+UString comparable(UString const& root) {
+  UString const native = grammar::toNative(root);
+  UString const plain = withoutVerbatimPrefix(native);
+  // A volume's name has no other form.
+  return machine::foldCase(normalizedRoot(grammar::isAbsolute(plain) ? plain : native));
+}
+
 bool contains(ordered_json const& records, UString const& root) {
+  UString const wanted = comparable(root);
   return std::any_of(records.begin(), records.end(), [&](ordered_json const& record) {
-    return isSameRoot(fl::i18n::utf8_to_ustring(record["root"].get<std::string>()), root);
+    auto const& recorded = record["root"].get_ref<std::string const&>();
+    return comparable(fl::i18n::utf8_to_ustring(recorded)) == wanted;
   });
 }
 
@@ -112,7 +86,7 @@ bool contains(ordered_json const& records, UString const& root) {
 
 std::optional<std::string> withRecord(std::optional<std::string> const& file, UString const& root,
                                       std::string const& added) {
-  ordered_json document = file ? parse(*file) : emptyDocument();
+  ordered_json document = file ? machine::json::parse({}, *file, nestingLimit) : emptyDocument();
   requireVersion(document);
   requireRecords(document);
   if (contains(document["installations"], root)) {
@@ -136,14 +110,8 @@ UString normalizedRoot(UString const& root) {
 }
 
 bool isSameRoot(UString const& a, UString const& b) {
-  auto const comparable = [](UString const& root) {
-    UString const native = grammar::toNative(root);
-    UString const plain = withoutVerbatimPrefix(native);
-    // A volume's name has no other form.
-    return normalizedRoot(grammar::isAbsolute(plain) ? plain : native);
-  };
   UString const folder = comparable(a);
-  return !folder.empty() && machine::equalIgnoringCase(folder, comparable(b));
+  return !folder.empty() && folder == comparable(b);
 }
 
 }  // namespace vortanconnector::installationsregistry

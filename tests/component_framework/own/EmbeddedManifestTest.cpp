@@ -46,6 +46,14 @@ TEST_F(EmbeddedManifest, ANestingThatWouldExhaustTheStackIsRefused) {
   EXPECT_THAT(installFailure(file), HasSubstr("nested too deeply"));
 }
 
+TEST_F(EmbeddedManifest, BracketsInATextAreNoNesting) {
+  tests::TemporaryFolder const folder;
+  auto const file = folder.path() / "small.dll";
+  write(file, peFile(R"({"bundle.symbolic_name": "small", "a": "\"\\)" + std::string(100, '[') +
+                     R"(", "b": [[1], [2]]})"));
+  EXPECT_EQ(context().InstallBundles(utf8(file)).at(0).GetSymbolicName(), "small");
+}
+
 TEST_F(EmbeddedManifest, AManifestBeyondEverySizeIsNone) {
   tests::TemporaryFolder const folder;
   auto const file = folder.path() / "large.dll";

@@ -92,7 +92,7 @@ TEST_P(FilesContract, StatusTellsFileFromFolderAndGivesTheSize) {
   ASSERT_TRUE(file);
   EXPECT_FALSE(file->isDirectory);
   EXPECT_FALSE(file->isLink);
-  EXPECT_FALSE(file->isReadOnly);
+  EXPECT_FALSE(file->attributes.isReadOnly);
   EXPECT_EQ(file->size, 5u);
   auto const folder = files().status(under().folder());
   ASSERT_TRUE(folder);
@@ -363,7 +363,7 @@ TEST_P(FilesContract, AReadOnlyFileIsNotWrittenTo) {
   fs::permissions(under().hostPath(in(u"file")), fs::perms::owner_read);
   EXPECT_EQ(errorOf([&] { files().openForWriting(in(u"file"), WriteMode::truncate); }),
             codeOf(ErrorCode::accessDenied));
-  EXPECT_TRUE(files().status(in(u"file"))->isReadOnly);
+  EXPECT_TRUE(files().status(in(u"file"))->attributes.isReadOnly);
   EXPECT_EQ(read(in(u"file")), "x");
   files().removeFile(in(u"file"));
 }
@@ -593,13 +593,56 @@ TEST_P(FilesContract, WhatIsNoFileCannotBeLocked) {
 
 TEST_P(FilesContract, AReadOnlyFileTellsAndKeepsItsContent) {
   write(in(u"a"), "content");
-  EXPECT_FALSE(files().status(in(u"a"))->isReadOnly);
+  EXPECT_FALSE(files().status(in(u"a"))->attributes.isReadOnly);
   files().setReadOnly(in(u"a"), true);
-  EXPECT_TRUE(files().status(in(u"a"))->isReadOnly);
+  EXPECT_TRUE(files().status(in(u"a"))->attributes.isReadOnly);
   EXPECT_EQ(read(in(u"a")), "content");
   files().setReadOnly(in(u"a"), false);
-  EXPECT_FALSE(files().status(in(u"a"))->isReadOnly);
+  EXPECT_FALSE(files().status(in(u"a"))->attributes.isReadOnly);
   EXPECT_NO_THROW(write(in(u"a"), "new"));
+}
+
+TEST_P(FilesContract, TheTimeOfTheLastWriteIsPutBack) {
+  write(in(u"a"), "content");
+  machine::FileAttributes attributes;
+  attributes.written = 125'911'584'000'000'007;  // 2000-01-01 and a bit
+  files().setAttributes(in(u"A"), attributes);
+  EXPECT_EQ(files().status(in(u"a"))->attributes.written, attributes.written);
+  // A time of 0 changes nothing.
+  files().setAttributes(in(u"a"), {});
+  EXPECT_EQ(files().status(in(u"a"))->attributes.written, attributes.written);
+  EXPECT_EQ(read(in(u"a")), "content");
+}
+
+TEST_P(FilesContract, AReadOnlyFileGetsItsTimeToo) {
+  write(in(u"a"), "content");
+  files().setReadOnly(in(u"a"), true);
+  auto attributes = files().status(in(u"a"))->attributes;
+  attributes.written = 125'911'584'000'000'000;
+  files().setAttributes(in(u"a"), attributes);
+  EXPECT_EQ(files().status(in(u"a"))->attributes.written, attributes.written);
+  EXPECT_TRUE(files().status(in(u"a"))->attributes.isReadOnly);
+}
+
+TEST_P(FilesContract, ALinkTellsWhatItLeadsToAndIsMadeAgain) {
+  files().createDirectory(in(u"folder"));
+  write(in(u"folder\\file"), "12345");
+  EXPECT_EQ(files().link(in(u"folder")), std::nullopt);
+  EXPECT_EQ(files().link(in(u"none")), std::nullopt);
+  machine::Link const toFolder{in(u"folder"), true, false};
+  machine::Link const toFile{u"folder\\file", false, false};
+  try {
+    files().createLink(in(u"toFolder"), toFolder);
+  } catch (SystemError const&) {
+    GTEST_SKIP() << "this host makes no links";
+  }
+  files().createLink(in(u"toFile"), toFile);
+  EXPECT_EQ(files().link(in(u"toFolder")), toFolder);
+  EXPECT_EQ(files().link(in(u"toFile")), toFile);
+  EXPECT_EQ(read(in(u"toFile")), "12345");
+  EXPECT_EQ(read(in(u"toFolder\\file")), "12345");
+  EXPECT_THROW(files().createLink(in(u"toFile"), toFile), SystemError);
+  EXPECT_EQ(read(in(u"toFile")), "12345");
 }
 
 TEST_P(FilesContract, OnlyFilesAreMadeReadOnly) {
@@ -608,7 +651,7 @@ TEST_P(FilesContract, OnlyFilesAreMadeReadOnly) {
             static_cast<std::uint32_t>(ErrorCode::accessDenied));
   EXPECT_EQ(errorOf([&] { files().setReadOnly(in(u"none"), true); }),
             static_cast<std::uint32_t>(ErrorCode::fileNotFound));
-  EXPECT_FALSE(files().status(in(u"folder"))->isReadOnly);
+  EXPECT_FALSE(files().status(in(u"folder"))->attributes.isReadOnly);
 }
 
 }  // namespace contract

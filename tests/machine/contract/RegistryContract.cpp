@@ -204,6 +204,37 @@ TEST_P(RegistryContract, RemoveKeyTakesEverythingBelow) {
   EXPECT_FALSE(registry().removeKey(key()));
 }
 
+TEST_P(RegistryContract, RemoveEmptyKeyLeavesAKeyWithAnythingInIt) {
+  registry().setValue(below(u"value"), u"name", RegistryValue::ofDword(1));
+  registry().createKey(below(u"subkey\\a"));
+  registry().createKey(below(u"empty"));
+  EXPECT_FALSE(registry().removeEmptyKey(below(u"value")));
+  EXPECT_TRUE(registry().value(below(u"value"), u"name"));
+  EXPECT_FALSE(registry().removeEmptyKey(below(u"subkey")));
+  EXPECT_TRUE(registry().keyExists(below(u"subkey\\a")));
+  EXPECT_TRUE(registry().removeEmptyKey(below(u"EMPTY")));
+  EXPECT_FALSE(registry().keyExists(below(u"empty")));
+  EXPECT_TRUE(registry().removeEmptyKey(below(u"empty")));
+}
+
+TEST_P(RegistryContract, RemoveEmptyKeySeesWhatIsWrittenToTheOpenKey) {
+  registry().createKey(below(u"a"));
+  registry().setValue(below(u"a"), u"name", RegistryValue::ofDword(1));
+  EXPECT_FALSE(registry().removeEmptyKey(below(u"a")));
+  registry().removeValue(below(u"a"), u"name");
+  EXPECT_TRUE(registry().removeEmptyKey(below(u"a")));
+  registry().setValue(below(u"a"), u"again", RegistryValue::ofDword(1));
+  EXPECT_FALSE(registry().value(below(u"a"), u"name"));
+}
+
+TEST_P(RegistryContract, ARootIsNoEmptyKey) {
+  EXPECT_ANY_THROW({
+    if (!registry().removeEmptyKey({RegistryRoot::localMachine, u""})) {
+      throw std::runtime_error("not empty");
+    }
+  });
+}
+
 TEST_P(RegistryContract, RemoveKeyLeavesItsNeighbours) {
   registry().createKey(below(u"a"));
   registry().createKey(below(u"ab"));

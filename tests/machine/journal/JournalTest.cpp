@@ -1,6 +1,9 @@
+#include <regex>
+
 #include "machine/forwarding.hpp"
 #include "machine/journal/journal.hpp"
 #include "machine/journal/journal_file.hpp"
+#include "machine/sha256.hpp"
 #include "tests/machine/journal/journal_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/substituted_machine.hpp"
@@ -38,7 +41,7 @@ TEST_F(JournalOfChanges, BeginsWithItsFormatAndThePlan) {
   change([](Machine&) {});
   auto const record = nlohmann::json::parse(records().at(0));
   EXPECT_EQ(record["format"], "registration-journal");
-  EXPECT_EQ(record["version"], 1);
+  EXPECT_EQ(record["version"], 2);
   EXPECT_EQ(record["plan"], "test");
   auto const journal = readJournal(this->journal());
   EXPECT_EQ(journal.plan, "test");
@@ -56,6 +59,9 @@ TEST_F(JournalOfChanges, TellsEachChangeBeforeAndAfter) {
   });
   auto lines = records();
   lines.erase(lines.begin());
+  for (auto& line : lines) {
+    line = std::regex_replace(line, std::regex(R"re("written":1\d{17})re"), R"("written":1)");
+  }
   std::string const value =
       R"({"kind":"value","where":"HKEY_LOCAL_MACHINE\\SOFTWARE\\K","value":"dword"})";
   EXPECT_THAT(
@@ -64,9 +70,9 @@ TEST_F(JournalOfChanges, TellsEachChangeBeforeAndAfter) {
           // printf short | sha256sum; printf ours | sha256sum
           R"({"about":{"kind":"file","where":"C:\\d\\short"},"before":{"is":"file","size":5,)"
           R"("sha256":"f9b0078b5df596d2ea19010c001bbd009e651de2c57e8fb7e355f31eb9d3f739",)"
-          R"("hex":"73686f7274"}})",
+          R"("hex":"73686f7274","written":1}})",
           R"({"changed":{"kind":"file","where":"C:\\d\\short"},"after":{"is":"file","size":4,)"
-          R"("sha256":"ae0bec9e9d33c56354bd612c8a6010840324fc5b9786ce0a18b696b304b09397"}})",
+          R"("sha256":"ae0bec9e9d33c56354bd612c8a6010840324fc5b9786ce0a18b696b304b09397","written":1}})",
           R"({"about":)" + value + R"(,"before":{"is":"value","type":4,"hex":"07000000"}})",
           R"({"changed":)" + value + R"(,"after":{"is":"value","type":4,"hex":"08000000"}})",
           R"({"again":)" + value + "}",
@@ -106,6 +112,71 @@ TEST_F(JournalOfChanges, EqualLongContentsAreStoredOnce) {
     write(machine, u"C:\\d\\moved", "ours");
   });
   EXPECT_EQ(storedFiles().size(), 2u);
+}
+
+/// Others write to a file between the question for its size and its reading.
+TEST_F(JournalOfChanges, AFileThatGrowsBeforeItIsReadIsKeptAsItWasRead) {
+  simulated::SimulatedMachine machine(directory());
+  struct Growing final : ForwardingFiles {
+    using ForwardingFiles::ForwardingFiles;
+    std::unique_ptr<FileReader> openForReading(std::u16string_view path) override {
+      auto const writer = inner().openForWriting(path, WriteMode::append);
+      writer->write(std::string(JournalWriter::longestInline, 'g'));
+      writer->close();
+      return inner().openForReading(path);
+    }
+  } files(machine.files());
+  SubstitutedMachine growing(machine);
+  growing.replace(files);
+  {
+    JournalWriter writer(journal(), growing, "");
+    watch::WatchedMachine watched(growing, {&writer});
+    watched.files().removeFile(u"C:\\d\\short");
+  }
+  EXPECT_TRUE(restore().allRestored());
+  EXPECT_EQ(bytesOf(directory() / "C" / "d" / "short"),
+            "short" + std::string(JournalWriter::longestInline, 'g'));
+}
+
+TEST_F(JournalOfChanges, AContentIsInlineOrStoredByItsLength) {
+  for (auto const size : {JournalWriter::longestInline, JournalWriter::longestInline + 1}) {
+    TemporaryFolder const folder;
+    simulated::SimulatedMachine machine(directory());
+    write(machine, u"C:\\file", std::string(size, 'x'));
+    {
+      JournalWriter writer(folder.path() / "journal", machine, "");
+      watch::WatchedMachine watched(machine, {&writer});
+      watched.files().removeFile(u"C:\\file");
+    }
+    auto const entry = readJournal(folder.path() / "journal").entries.at(0);
+    auto const& content = std::get<FileContent>(entry.before.state);
+    EXPECT_EQ(content.size, size);
+    EXPECT_EQ(content.bytes.has_value(), size == JournalWriter::longestInline);
+    EXPECT_EQ(fs::exists(folder.path() / "journal.files" / content.sha256), !content.bytes);
+  }
+}
+
+TEST_F(JournalOfChanges, CarriesTheComputerAndTheAccount) {
+  {
+    simulated::SimulatedMachine machine(directory());
+    machine.environment().setVariable(u"COMPUTERNAME", u"CHARLY");
+    machine.environment().setVariable(u"USERDOMAIN", u"HOUSE");
+    machine.registry().setText({RegistryRoot::localMachine, u"SOFTWARE\\Microsoft\\Cryptography"},
+                               u"MachineGuid", u"id of charly");
+  }
+  change([](Machine&) {});
+  journal::Origin const origin{u"CHARLY", u"id of charly", u"HOUSE\\User", u"S-1-5-21-1-2-3-1001"};
+  EXPECT_EQ(readJournal(journal()).origin, origin);
+}
+
+TEST_F(JournalOfChanges, WhatHasNoPlaceOfItsOwnIsNotChanged) {
+  simulated::SimulatedMachine machine(directory());
+  JournalWriter writer(journal(), machine, "");
+  EXPECT_THROW(writer.aboutToChange({Item::Kind::file, u"C:x\\y", {}}), SystemError);
+  EXPECT_THROW(writer.aboutToChange({Item::Kind::file, u"", {}}), SystemError);
+  EXPECT_THROW(writer.aboutToChange({Item::Kind::registryKey, u"HKEY_LOCAL_MACHINE", {}}),
+               SystemError);
+  EXPECT_NO_THROW(writer.aboutToChange({Item::Kind::file, u"C:\\d\\new", {}}));
 }
 
 TEST_F(JournalOfChanges, AnExistingFileIsNeverWrittenOver) {
@@ -303,6 +374,10 @@ TEST_F(DamagedJournal, BytesAfterTheEndAreDamage) {
   EXPECT_EQ(journal.entries.size(), 4u);
 }
 
+constexpr char const* header = R"({"format":"registration-journal","version":2,"created":"now",)"
+                               R"("plan":"","computer":{"name":"A","id":"1"},)"
+                               R"("account":{"name":"B","id":"2"}})";
+
 /// A line as a program would write it that knows other records.
 TEST_F(DamagedJournal, ARecordThatIsNotKnownEndsTheReading) {
   for (char const* text :
@@ -313,8 +388,7 @@ TEST_F(DamagedJournal, ARecordThatIsNotKnownEndsTheReading) {
     fs::remove(journal());
     {
       journal::LineWriter lines(journal());
-      lines.append(
-          {{"format", "registration-journal"}, {"version", 1}, {"created", "now"}, {"plan", ""}});
+      lines.append(journal::Record::parse(header));
       lines.append(journal::Record::parse(text));
     }
     auto const journal = readJournal(this->journal());
@@ -324,16 +398,71 @@ TEST_F(DamagedJournal, ARecordThatIsNotKnownEndsTheReading) {
   }
 }
 
-TEST_F(DamagedJournal, AnotherFormatOrVersionIsRefused) {
-  for (auto const& [header, reason] :
-       {std::pair(R"({"format":"registration-journal","version":2})",
-                  "version 2 of journals is not known; this program reads version 1"),
-        std::pair(R"({"format":"other","version":1})", "the file is no journal")}) {
+/// Of each a restore would do something to something else, or read beyond what is there.
+TEST_F(DamagedJournal, AStateOfAnotherKindAndANameThatDependsOnOtherThingsEndTheReading) {
+  std::string const nothing = R"("before":{"is":"nothing"}})";
+  std::string const task =
+      R"("before":{"is":"task","document":"","definition":{"application":"","arguments":"",)"
+      R"("workingFolder":"","description":"","author":"","group":"","startsAtLogon":true,)"
+      R"("highestRunLevel":true,"enabled":true}}})";
+  std::string const start = R"({"about":{"kind":)";
+  for (std::string const& text :
+       {start + R"("service","where":"Spooler"},"before":{"is":"there"}})",
+        start + R"("service","where":"Spooler"},"before":{"is":"value","type":1,"hex":""}})",
+        start + R"("service","where":"Spooler"},)" + task,
+        start + R"("file","where":"C:\\x"},"before":{"is":"variable","text":""}})",
+        start + R"("file","where":"C:\\x"},"before":{"is":"file","size":1,"sha256":""}})",
+        start + R"("file","where":"C:\\x"},"before":{"is":"file","size":1,"hex":"","sha256":)" +
+            '"' + std::string(64, '0') + R"("}})",
+        start + R"("key","where":"HKEY_LOCAL_MACHINE\\X"},"before":{"is":"file","size":0,)" +
+            R"("sha256":""}})",
+        start + R"("key","where":"HKEY_LOCAL_MACHINE"},)" + nothing,
+        start + R"("key","where":"HKEY_NONE\\X"},)" + nothing,
+        start + R"("value","where":"HKEY_LOCAL_MACHINE\\X","value":""},"before":{"is":"there"}})",
+        start + R"("task","where":"T"},"before":{"is":"there"}})",
+        start + R"("file","where":"C:x\\y"},)" + nothing,
+        start + R"("file","where":"x"},)" + nothing, start + R"("file","where":"\\x"},)" + nothing,
+        start + R"("file","where":""},)" + nothing,
+        start + R"("file","where":"C:\\d\\..\\x"},)" + nothing,
+        start + R"("folder","where":"C:/d"},)" + nothing}) {
     fs::remove(journal());
-    journal::LineWriter(journal()).append(journal::Record::parse(header));
+    {
+      journal::LineWriter lines(journal());
+      lines.append(journal::Record::parse(header));
+      lines.append(journal::Record::parse(text));
+    }
+    auto const journal = readJournal(this->journal());
+    ASSERT_TRUE(journal.damage) << text;
+    EXPECT_EQ(journal.damage->record, 1u) << text;
+    EXPECT_GT(journal.damage->byte, std::string_view(header).size()) << text;
+    EXPECT_NE(journal.damage->reason, "") << text;
+    EXPECT_TRUE(journal.entries.empty()) << text;
+  }
+}
+
+TEST_F(DamagedJournal, ARecordThatIsNestedTooDeeplyEndsTheReading) {
+  fs::remove(journal());
+  auto const text = std::string(20'000, '[') + std::string(20'000, ']');
+  Sha256 hash;
+  hash.add(text);
+  writeBytes(journal(),
+             "{\"length\":40000,\"sha256\":\"" + hash.finish() + "\",\"record\":" + text + "}\n");
+  auto const journal = readJournal(this->journal());
+  ASSERT_TRUE(journal.damage);
+  EXPECT_NE(journal.damage->reason.find("nested deeper than 8 levels"), std::string::npos)
+      << journal.damage->reason;
+}
+
+TEST_F(DamagedJournal, AnotherFormatOrVersionIsRefused) {
+  for (auto const& [begin, reason] :
+       {std::pair(R"({"format":"registration-journal","version":1})",
+                  "version 1 of journals is not known; this program reads version 2"),
+        std::pair(R"({"format":"other","version":2})", "the file is no journal")}) {
+    fs::remove(journal());
+    journal::LineWriter(journal()).append(journal::Record::parse(begin));
     try {
       readJournal(journal());
-      FAIL() << header;
+      FAIL() << begin;
     } catch (std::runtime_error const& error) {
       EXPECT_STREQ(error.what(), reason);
     }

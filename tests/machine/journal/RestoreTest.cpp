@@ -1,6 +1,7 @@
 #include "machine/journal/restore.hpp"
 #include "tests/machine/journal/journal_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
+#include "tests/support/substituted_machine.hpp"
 
 namespace tests {
 
@@ -194,7 +195,7 @@ TEST_F(RestoreTest, AFailedStepIsToldAndTheOthersGoOn) {
           return operation == "rename" && subject.starts_with(u"C:\\d\\long");
         },
         ErrorCode::accessDenied);
-    auto const report = journal::restore(journal::readJournal(journal()), faulty, false);
+    auto const report = journal::restore(journal::readJournal(journal()), faulty, {});
     auto const& step = stepOf(report, u"C:\\d\\long");
     EXPECT_EQ(step.outcome, Outcome::failed);
     EXPECT_NE(step.reason.find("rename"), std::string::npos) << step.reason;
@@ -253,18 +254,258 @@ TEST_F(RestoreTest, NothingIsBroadcastForWhatConcernsNobody) {
   EXPECT_EQ(environment["settingChangeBroadcasts"], 0);
 }
 
+/// A registry that others write to right before a key is removed.
+TEST_F(RestoreTest, AMadeKeyThatOthersWriteToAsItIsRemovedStays) {
+  change([](Machine& machine) {
+    machine.registry().createKey(software(u"New"));
+    machine.registry().createKey(software(u"Newer"));
+  });
+  simulated::SimulatedMachine machine(directory());
+  struct Shared final : ForwardingRegistry {
+    using ForwardingRegistry::ForwardingRegistry;
+    bool removeKey(RegistryKey const& key) override {
+      inner().setValue(key, u"theirs", RegistryValue::ofDword(1));
+      return inner().removeKey(key);
+    }
+    bool removeEmptyKey(RegistryKey const& key) override {
+      if (key == software(u"New")) inner().setValue(key, u"theirs", RegistryValue::ofDword(1));
+      return inner().removeEmptyKey(key);
+    }
+  } registry(machine.registry());
+  SubstitutedMachine shared(machine);
+  shared.replace(registry);
+  auto const report = journal::restore(journal::readJournal(journal()), shared, {});
+  EXPECT_EQ(stepOf(report, u"HKEY_LOCAL_MACHINE\\SOFTWARE\\New").outcome, Outcome::left);
+  EXPECT_EQ(stepOf(report, u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Newer").outcome, Outcome::restored);
+  EXPECT_TRUE(machine.registry().value(software(u"New"), u"theirs"));
+}
+
+/// Attributes of all files, which no host but Windows keeps.
+class KeptAttributes final : public ForwardingFiles {
+ public:
+  using ForwardingFiles::ForwardingFiles;
+  std::optional<FileStatus> status(std::u16string_view path) override {
+    auto result = inner().status(path);
+    auto const found = kept.find(foldCase(path));
+    if (result && found != kept.end()) result->attributes = found->second;
+    return result;
+  }
+  void setAttributes(std::u16string_view path, FileAttributes const& attributes) override {
+    kept[foldCase(path)] = attributes;
+  }
+  bool removeFile(std::u16string_view path) override {
+    kept.erase(foldCase(path));
+    return inner().removeFile(path);
+  }
+  void rename(std::u16string_view from, std::u16string_view to, bool replace) override {
+    inner().rename(from, to, replace);
+    auto moved = kept.extract(foldCase(from));
+    kept.erase(foldCase(to));
+    if (moved) kept[foldCase(to)] = moved.mapped();
+  }
+
+  std::map<UString, FileAttributes> kept;
+};
+
+TEST_F(RestoreTest, AttributesAndTimesOfFilesArePutBack) {
+  FileAttributes const hidden{false, true, true, 11, 22};
+  FileAttributes const readOnly{true, false, false, 33, 44};
+  simulated::SimulatedMachine machine(directory());
+  KeptAttributes files(machine.files());
+  files.kept[u"c:\\d\\short"] = hidden;
+  files.kept[u"c:\\d\\long"] = readOnly;
+  SubstitutedMachine kept(machine);
+  kept.replace(files);
+  {
+    journal::JournalWriter writer(journal(), kept, "test");
+    watch::WatchedMachine watched(kept, {&writer});
+    watched.files().removeFile(u"C:\\d\\short");
+    watched.files().rename(u"C:\\d\\long", u"C:\\d\\moved", false);
+  }
+  EXPECT_FALSE(files.kept.contains(u"c:\\d\\short"));
+  EXPECT_EQ(troubles(journal::restore(journal::readJournal(journal()), kept, {})), "");
+  EXPECT_EQ(files.kept[u"c:\\d\\short"], hidden);
+  EXPECT_EQ(files.kept[u"c:\\d\\long"], readOnly);
+}
+
+/// A file of the same bytes that is hidden no more is not as it was.
+TEST_F(RestoreTest, AnAttributeThatChangedIsPutBackThoughTheContentIsTheSame) {
+  simulated::SimulatedMachine machine(directory());
+  KeptAttributes files(machine.files());
+  files.kept[u"c:\\d\\short"] = {false, true, false, 11, 22};
+  SubstitutedMachine kept(machine);
+  kept.replace(files);
+  {
+    journal::JournalWriter writer(journal(), kept, "test");
+    watch::WatchedMachine watched(kept, {&writer});
+    watched.files().setReadOnly(u"C:\\d\\short", true);
+  }
+  auto const changed = journal::readJournal(journal());
+  EXPECT_EQ(journal::restore(changed, kept, {}).steps.at(0).outcome, Outcome::restored);
+  EXPECT_FALSE(files.kept[u"c:\\d\\short"].isReadOnly);
+  EXPECT_EQ(journal::restore(changed, kept, {}).steps.at(0).outcome, Outcome::already);
+}
+
+class ForeignJournalTest : public RestoreTest {
+ protected:
+  ForeignJournalTest() {
+    rename(u"CHARLY", u"1");
+    change([](Machine& machine) { write(machine, u"C:\\d\\short", "ours"); });
+  }
+  void rename(UString const& computer, UString const& id) {
+    changeOnTheSide([&](Machine& machine) {
+      machine.environment().setVariable(u"COMPUTERNAME", computer);
+      machine.registry().setText({RegistryRoot::localMachine, u"SOFTWARE\\Microsoft\\Cryptography"},
+                                 u"MachineGuid", id);
+    });
+  }
+  /// What a restore is refused with; empty when it is not.
+  std::string refusal(journal::RestoreOptions const& options) {
+    simulated::SimulatedMachine machine(directory());
+    return refusalOn(machine, options);
+  }
+  std::string refusalOn(Machine& machine, journal::RestoreOptions const& options) {
+    try {
+      journal::restore(journal::readJournal(journal()), machine, options);
+      return {};
+    } catch (journal::ForeignJournal const& error) {
+      return error.what();
+    }
+  }
+  std::string content() const { return bytesOf(directory() / "C" / "d" / "short"); }
+};
+
+TEST_F(ForeignJournalTest, OnAnotherComputerNothingIsRestoredUnlessAskedFor) {
+  rename(u"LUCY", u"2");
+  EXPECT_EQ(refusal({}),
+            "the journal was written on the computer CHARLY (1), and this is LUCY (2)");
+  EXPECT_EQ(refusal({true, false, true}), refusal({}));
+  EXPECT_EQ(content(), "ours");
+  EXPECT_EQ(refusal({false, true, false}), "");
+  EXPECT_EQ(content(), "short");
+}
+
+TEST_F(ForeignJournalTest, AComputerOfTheSameNameIsAnotherOne) {
+  rename(u"CHARLY", u"2");
+  EXPECT_EQ(refusal({}),
+            "the journal was written on the computer CHARLY (1), and this is CHARLY (2)");
+}
+
+TEST_F(ForeignJournalTest, AComputerThatGotAnotherNameIsTheSame) {
+  rename(u"LUCY", u"1");
+  EXPECT_EQ(refusal({}), "");
+}
+
+TEST_F(ForeignJournalTest, AsAnotherAccountNothingIsRestoredUnlessAskedFor) {
+  simulated::SimulatedMachine machine(directory());
+  struct Other final : ForwardingEnvironment {
+    using ForwardingEnvironment::ForwardingEnvironment;
+    UString account() override { return u"S-1-5-18"; }
+  } environment(machine.environment());
+  SubstitutedMachine other(machine);
+  other.replace(environment);
+  EXPECT_EQ(refusalOn(other, {true, false, false}),
+            "the journal was written by the account User (S-1-5-21-1-2-3-1001), and this is User "
+            "(S-1-5-18)");
+  EXPECT_EQ(content(), "ours");
+  EXPECT_EQ(refusalOn(other, {false, false, true}), "");
+  EXPECT_EQ(content(), "short");
+}
+
+/// A journal need not have been read from a file.
+TEST_F(RestoreTest, AStateOfAnotherKindRestoresNothing) {
+  change([](Machine& machine) { machine.services().set(u"New", serviceOf(u"C:\\tool.exe")); });
+  auto journal = journal::readJournal(this->journal());
+  journal.entries.at(0).before = {RegistryValue::ofDword(1)};
+  simulated::SimulatedMachine machine(directory());
+  auto const step = journal::restore(journal, machine, {}).steps.at(0);
+  EXPECT_EQ(step.outcome, Outcome::failed);
+  EXPECT_EQ(step.reason, "a state of another kind of item");
+  EXPECT_TRUE(machine.services().definition(u"New"));
+}
+
 #if !defined(_WIN32)
-TEST_F(RestoreTest, ALinkIsNeverWrittenThroughNorRemoved) {
-  std::filesystem::create_symlink("short", directory() / "C" / "d" / "link");
+class RestoredLink : public RestoreTest {
+ protected:
+  std::filesystem::path host(std::string const& name) const {
+    return directory() / "C" / "d" / name;
+  }
+  std::string target(std::string const& name) const {
+    return std::filesystem::read_symlink(host(name)).string();
+  }
+  Outcome outcomeOf(journal::RestoreReport const& report, std::u16string_view name) {
+    return stepOf(report, UString(u"C:\\d\\") + UString(name)).outcome;
+  }
+};
+
+TEST_F(RestoredLink, RemovedMovedAndReplacedLinksAreMadeAgain) {
+  std::filesystem::create_symlink("short", host("removed"));
+  std::filesystem::create_directory_symlink("../d/sub", host("folder"));
+  std::filesystem::create_directory_symlink(host("empty"), host("moved"));
+  std::filesystem::create_symlink("nowhere", host("replaced"));
+  change([](Machine& machine) {
+    machine.files().removeFile(u"C:\\d\\removed");
+    machine.files().removeDirectory(u"C:\\d\\folder");
+    machine.files().rename(u"C:\\d\\moved", u"C:\\d\\moved 2", false);
+    machine.files().rename(u"C:\\d\\long", u"C:\\d\\replaced", true);
+  });
+  EXPECT_EQ(troubles(restore()), "");
+  EXPECT_EQ(target("removed"), "short");
+  EXPECT_EQ(target("folder"), "../d/sub");
+  EXPECT_EQ(target("moved"), host("empty").string());
+  EXPECT_FALSE(std::filesystem::is_symlink(host("moved 2")));
+  EXPECT_EQ(target("replaced"), "nowhere");
+  EXPECT_EQ(bytesOf(host("long")), start().at("C/d/long"));
+  auto const again = restore();
+  for (auto const& step : again.steps) EXPECT_EQ(step.outcome, Outcome::already);
+}
+
+TEST_F(RestoredLink, AFileThatALinkReplacedIsPutBackAndNothingIsWrittenThroughTheLink) {
+  std::filesystem::create_symlink("long", host("link"));
+  change([](Machine& machine) { machine.files().rename(u"C:\\d\\link", u"C:\\d\\short", true); });
+  EXPECT_EQ(troubles(restore()), "");
+  EXPECT_FALSE(std::filesystem::is_symlink(host("short")));
+  EXPECT_EQ(target("link"), "long");
+  std::filesystem::remove(host("link"));
+  expectStart();
+}
+
+TEST_F(RestoredLink, ALinkThatOthersLedElsewhereIsLeft) {
+  std::filesystem::create_symlink("short", host("link"));
+  change([](Machine& machine) { machine.files().removeFile(u"C:\\d\\link"); });
+  std::filesystem::create_symlink("long", host("link"));
+  EXPECT_EQ(outcomeOf(restore(), u"link"), Outcome::left);
+  EXPECT_EQ(target("link"), "long");
+  EXPECT_EQ(outcomeOf(restore(true), u"link"), Outcome::forced);
+  EXPECT_EQ(target("link"), "short");
+}
+
+TEST_F(RestoredLink, WhatWasWrittenThroughALinkIsToldAsNotRestorable) {
+  std::filesystem::create_symlink("short", host("link"));
+  std::filesystem::create_symlink("long", host("stays"));
   change([](Machine& machine) {
     write(machine, u"C:\\d\\link", "through");
+    write(machine, u"C:\\d\\stays", "through");
     machine.files().rename(u"C:\\d\\link", u"C:\\d\\link 2", false);
   });
   auto const report = restore(true);
-  EXPECT_EQ(stepOf(report, u"C:\\d\\link").outcome, Outcome::notRestorable);
-  EXPECT_EQ(stepOf(report, u"C:\\d\\link 2").outcome, Outcome::notRestorable);
-  EXPECT_TRUE(std::filesystem::is_symlink(directory() / "C" / "d" / "link 2"));
-  EXPECT_EQ(bytesOf(directory() / "C" / "d" / "short"), "through");
+  EXPECT_EQ(outcomeOf(report, u"link"), Outcome::notRestorable);
+  EXPECT_EQ(outcomeOf(report, u"stays"), Outcome::notRestorable);
+  EXPECT_EQ(outcomeOf(report, u"link 2"), Outcome::restored);
+  EXPECT_EQ(target("link"), "short");
+  EXPECT_EQ(bytesOf(host("short")), "through");
+}
+
+/// The file's own item puts it back.
+TEST_F(RestoredLink, WhatWasWrittenUnderTheFilesOwnNameIsNothingOfTheLinks) {
+  std::filesystem::create_symlink("short", host("link"));
+  change([](Machine& machine) {
+    write(machine, u"C:\\d\\short", "ours");
+    machine.files().removeFile(u"C:\\d\\link");
+  });
+  auto const report = restore();
+  EXPECT_EQ(outcomeOf(report, u"short"), Outcome::restored);
+  EXPECT_EQ(bytesOf(host("short")), "short");
 }
 #endif
 
@@ -281,12 +522,16 @@ TEST_F(RestoreTest, InterruptedAtAnyOperationItCanBeRunAgain) {
       FaultyMachine faulty(machine);
       std::size_t count = 0;
       faulty.faults().failWhen([&](auto, auto) { return ++count >= n; }, ErrorCode::ioDevice);
-      journal::restore(changed, faulty, false);
+      try {
+        journal::restore(changed, faulty, {});
+      } catch (SystemError const&) {
+        // Stopped before it knew where it was.
+      }
       interrupted = count >= n;
     }
     {
       simulated::SimulatedMachine machine(copy.path() / "machine");
-      EXPECT_EQ(troubles(journal::restore(changed, machine, false)), "") << n;
+      EXPECT_EQ(troubles(journal::restore(changed, machine, {})), "") << n;
     }
     ASSERT_EQ(difference(start(), snapshot(copy.path() / "machine")), "") << n;
   }

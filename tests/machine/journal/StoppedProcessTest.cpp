@@ -52,10 +52,11 @@ class StoppedProcess : public JournalTest {
   void expectStartAfterRestore(fs::path const& directory, fs::path const& file) const {
     {
       simulated::SimulatedMachine machine(directory);
-      auto const report = journal::restore(journal::readJournal(file), machine, false);
+      auto const report = journal::restore(journal::readJournal(file), machine, {});
       EXPECT_EQ(troubles(report), "");
     }
     EXPECT_EQ(difference(start(), snapshot(directory)), "");
+    EXPECT_EQ(difference(startTimes(), writeTimes(directory)), "");
   }
 };
 

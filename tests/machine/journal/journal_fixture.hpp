@@ -36,8 +36,12 @@ inline void copyTree(std::filesystem::path const& from, std::filesystem::path co
   std::filesystem::create_directories(to);
   for (auto const& entry : std::filesystem::directory_iterator(from)) {
     auto const target = to / entry.path().filename();
-    entry.is_directory() ? copyTree(entry.path(), target)
-                         : void(std::filesystem::copy_file(entry.path(), target));
+    if (entry.is_directory()) {
+      copyTree(entry.path(), target);
+    } else {
+      std::filesystem::copy_file(entry.path(), target);
+      std::filesystem::last_write_time(target, entry.last_write_time());
+    }
   }
 }
 
@@ -61,6 +65,22 @@ inline std::map<std::string, std::string> snapshot(std::filesystem::path const& 
   for (auto& service : services["services"]) service.erase("starts");
   tree["services.json"] = services.dump();
   return tree;
+}
+
+/// When the files of the machine's drives were last written.
+inline std::map<std::string, std::string> writeTimes(std::filesystem::path const& directory) {
+  namespace fs = std::filesystem;
+  std::map<std::string, std::string> times;
+  for (auto const& entry : fs::recursive_directory_iterator(directory / "C")) {
+    if (!entry.is_regular_file() || entry.is_symlink()) continue;
+    // In the unit that the machine counts in.
+    auto const time = std::chrono::file_clock::to_sys(entry.last_write_time()).time_since_epoch();
+    auto const ticks =
+        std::chrono::floor<std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>>(time);
+    times[entry.path().lexically_relative(directory).generic_string()] =
+        std::to_string(ticks.count());
+  }
+  return times;
 }
 
 /// What differs, for a message that can be read.
@@ -219,11 +239,13 @@ class JournalTest : public testing::Test {
     prepare(machine);
     machine.save();
     start_ = snapshot(directory());
+    startTimes_ = writeTimes(directory());
   }
 
   std::filesystem::path directory() const { return folder_.path() / "machine"; }
   std::filesystem::path journal() const { return folder_.path() / "journal"; }
   std::map<std::string, std::string> const& start() const { return start_; }
+  std::map<std::string, std::string> const& startTimes() const { return startTimes_; }
 
   /// Runs changes under a journal.
   template <class Changes>
@@ -236,7 +258,7 @@ class JournalTest : public testing::Test {
   /// Takes them back in a machine opened anew.
   journal::RestoreReport restore(bool force = false) {
     simulated::SimulatedMachine machine(directory());
-    return journal::restore(journal::readJournal(journal()), machine, force);
+    return journal::restore(journal::readJournal(journal()), machine, {force});
   }
   static journal::RestoreStep const& stepOf(journal::RestoreReport const& report,
                                             std::u16string_view where,
@@ -246,11 +268,15 @@ class JournalTest : public testing::Test {
     }
     throw std::out_of_range(toUtf8(where));
   }
-  void expectStart() const { EXPECT_EQ(difference(start_, snapshot(directory())), ""); }
+  void expectStart() const {
+    EXPECT_EQ(difference(start_, snapshot(directory())), "");
+    EXPECT_EQ(difference(startTimes_, writeTimes(directory())), "");
+  }
 
  private:
   TemporaryFolder folder_;
   std::map<std::string, std::string> start_;
+  std::map<std::string, std::string> startTimes_;
 };
 
 /// The steps that did not go well, for messages.

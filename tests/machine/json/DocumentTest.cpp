@@ -59,12 +59,29 @@ TEST(JsonDocument, ReportMayEndTheReading) {
   EXPECT_THROW(parse(R"({"a":0,"a":0})", limit, throwing), std::runtime_error);
 }
 
+TEST(JsonDocument, ThrowsTheFirstErrorWhereOneMakesItUseless) {
+  auto const errorOf = [](std::string_view file, std::string_view text) {
+    try {
+      parse(file, text, limit);
+      return std::string();
+    } catch (std::runtime_error const& error) {
+      return std::string(error.what());
+    }
+  };
+  EXPECT_EQ(errorOf("f", R"({"a":0,"a":0,"b":[[[[]]]]})"), "f: /a: given more than once");
+  EXPECT_EQ(errorOf("", R"({"a":0,"a":0})"), "/a: given more than once");
+  EXPECT_THAT(errorOf("f", "{"), testing::StartsWith("f:1:2: not JSON: "));
+  EXPECT_THAT(errorOf("", "{"), testing::StartsWith("1:2: not JSON: "));
+  EXPECT_EQ(parse("f", "[1]", limit).dump(), "[1]");
+}
+
 TEST(JsonDocument, ShowsWhatItQuotesCutAndFitToPrint) {
   auto const errors = errorsOf("\"" + std::string(100'000, 'x'));
   ASSERT_EQ(errors.size(), 1u);
   EXPECT_LT(errors[0].size(), 400u);
   EXPECT_EQ(below("/a", "x\x1B[2J"), "/a/x\\u001B[2J");
   EXPECT_EQ(errorLine("a\nb", "", "r"), "a\\nb: r");
+  EXPECT_EQ(errorLine("", "", "r"), "r");
 }
 
 }  // namespace

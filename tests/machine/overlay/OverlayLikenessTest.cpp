@@ -180,7 +180,8 @@ class Sequence {
 
   static void describe(std::optional<FileStatus> const& status, std::ostream& out) {
     out << status.has_value();
-    if (status) out << status->isDirectory << status->isLink << status->size << status->isReadOnly;
+    if (status)
+      out << status->isDirectory << status->isLink << status->size << status->attributes.isReadOnly;
   }
 
   static void list(Files& files, UString const& where, std::ostream& out) {

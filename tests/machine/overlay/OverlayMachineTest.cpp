@@ -142,7 +142,9 @@ class ManyFiles final : public Files {
   bool removeFile(std::u16string_view path) override { refuse(path); }
   bool removeDirectory(std::u16string_view path) override { refuse(path); }
   void rename(std::u16string_view path, std::u16string_view, bool) override { refuse(path); }
-  void setReadOnly(std::u16string_view path, bool) override { refuse(path); }
+  void setAttributes(std::u16string_view path, FileAttributes const&) override { refuse(path); }
+  std::optional<Link> link(std::u16string_view) override { return std::nullopt; }
+  void createLink(std::u16string_view path, Link const&) override { refuse(path); }
   UString currentDirectory() override { return u"C:\\"; }
   bool setCurrentDirectory(std::u16string_view path) override { refuse(path); }
   std::optional<FileVersion> fileVersion(std::u16string_view) override { return std::nullopt; }
@@ -409,7 +411,8 @@ TEST_F(OverlayMachineTest, AnInnerLinkIsDescribedAndOpened) {
 
 TEST_F(OverlayMachineTest, AnInnerReadOnlyFileIsNotWrittenToButRemoved) {
   fs::permissions(directory() / "C" / "in" / "one", fs::perms::owner_read);
-  if (!inner().files().status(u"C:\\in\\one")->isReadOnly) GTEST_SKIP() << "nor is it on this host";
+  if (!inner().files().status(u"C:\\in\\one")->attributes.isReadOnly)
+    GTEST_SKIP() << "nor is it on this host";
   EXPECT_EQ(errorOf([&] { write(files(), u"C:\\in\\one", "", WriteMode::append); }),
             ErrorCode::accessDenied);
   EXPECT_EQ(errorOf([&] { files().rename(u"C:\\in\\Two", u"C:\\in\\one", true); }),
@@ -458,6 +461,7 @@ TEST_F(OverlayMachineTest, UntouchedClassesAreReadUnderTheRootThatWasAskedFor) {
     void setValue(RegistryKey const&, std::u16string_view, RegistryValue const&) override {}
     bool removeValue(RegistryKey const&, std::u16string_view) override { return false; }
     bool removeKey(RegistryKey const&) override { return false; }
+    bool removeEmptyKey(RegistryKey const&) override { return false; }
     std::vector<UString> subkeys(RegistryKey const&) override { return {}; }
     std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const&) override {
       return {};

@@ -292,7 +292,16 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[](Machine& m) { m.files().rename(u"C:\\tool.exe", u"C:\\new", false); },
         {"about file C:\\tool.exe", "about file C:\\new", "changed file C:\\tool.exe",
          "changed file C:\\new"}}},
-      {"Files::setReadOnly",
+      {"Files::createLink",
+       {[](Machine& m) {
+          try {
+            m.files().createLink(u"C:\\link", {u"tool.exe", false, false});
+          } catch (SystemError const&) {
+            // A host that makes no links.
+          }
+        },
+        both("file C:\\link")}},
+      {"Files::setAttributes",
        {[](Machine& m) { m.files().setReadOnly(u"C:\\tool.exe", true); },
         both("file C:\\tool.exe")}},
       {"Files::lock",
@@ -315,6 +324,8 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[=](Machine& m) { m.registry().removeKey(key); },
         {"about value " + keyName + " [there]", "about key " + keyName,
          "changed value " + keyName + " [there]", "changed key " + keyName}}},
+      {"Registry::removeEmptyKey",
+       {[=](Machine& m) { m.registry().removeEmptyKey(key); }, both("key " + keyName)}},
       {"Environment::setVariable",
        {[](Machine& m) { m.environment().setVariable(u"A", u"1"); }, both("variable A")}},
       {"Environment::removeVariable",
@@ -358,7 +369,7 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
 
 std::vector<std::string> const otherOperations{
     "Files::status", "Files::openDirectory", "Files::openForReading", "Files::currentDirectory",
-    "Files::setCurrentDirectory", "Files::fileVersion", "Registry::keyExists", "Registry::value",
+    "Files::setCurrentDirectory", "Files::fileVersion", "Files::link", "Environment::account", "Registry::keyExists", "Registry::value",
     "Registry::subkeys", "Registry::values", "Environment::variable",
     "Environment::broadcastSettingChange", "Environment::lastError", "Shell::knownFolder",
     "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task", "Tasks::document",

@@ -35,7 +35,7 @@ class JournaledPlan : public FullPlanTest {
     {
       machine::simulated::SimulatedMachine machine(directory);
       EXPECT_EQ(tests::troubles(machine::journal::restore(machine::journal::readJournal(journal),
-                                                          machine, false)),
+                                                          machine, {})),
                 "");
     }
     EXPECT_EQ(tests::difference(start_, tests::snapshot(directory)), "");

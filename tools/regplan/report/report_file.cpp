@@ -38,7 +38,7 @@ ReportFile::ReportFile(std::string name) : name_(std::move(name)), file_(hostPat
   temporary += ".tmp";
   // Whoever may write to the folder could have put a link there: what is there is removed, and made
   // anew or not at all.
-  fs::remove(temporary, error);
+  machine::host::removeFile(temporary);
   try {
     HostFile made(temporary, OpenMode::createNew);
     made.close();
@@ -49,19 +49,18 @@ ReportFile::ReportFile(std::string name) : name_(std::move(name)), file_(hostPat
 }
 
 ReportFile::~ReportFile() {
-  std::error_code ignored;
-  if (!temporary_.empty()) fs::remove(temporary_, ignored);
+  if (!temporary_.empty()) machine::host::removeFile(temporary_);
 }
 
 void ReportFile::write(RunReport const& report) {
   std::string const content = isPage(file_) ? reportPage(report) : reportJson(report);
   try {
-    fs::remove(temporary_);
+    machine::host::removeFile(temporary_);
     HostFile made(temporary_, OpenMode::createNew);
     made.write(content);
     made.flush();
     made.close();
-    fs::rename(temporary_, file_);
+    machine::renameHostFile(temporary_, file_);
     temporary_.clear();
   } catch (std::system_error const& failure) {
     fail("could not be written: " + failure.code().message());

@@ -189,7 +189,7 @@ Json toJson(RestoredItem const& item) {
   if (!item.reason.empty()) json["reason"] = wellFormed(item.reason);
   if (item.change) {
     json["found"] = std::visit(StateJson{}, item.change->before);
-    json["restoredTo"] = std::visit(StateJson{}, item.change->after);
+    json["before"] = std::visit(StateJson{}, item.change->after);
   }
   return json;
 }
@@ -204,6 +204,8 @@ Json requestJson(Request const& request) {
                {"journal", orNull(request.journal)}};
   if (request.verb == Verb::restore) {
     json["force"] = request.force;
+    json["otherComputer"] = request.otherComputer;
+    json["otherAccount"] = request.otherAccount;
   } else {
     json["options"] = givenJson(request.options);
   }

@@ -224,6 +224,8 @@ std::string askedHtml(RunReport const& report) {
   if (request.verb != Verb::preview) facts += fileFact("Log", request.log, "none");
   if (isRestore(report)) {
     facts += fact("Force", request.force ? "yes: also what was changed since" : "no");
+    if (request.otherComputer) facts += fact("Other computer", "yes: also another one's journal");
+    if (request.otherAccount) facts += fact("Other account", "yes: also another one's journal");
   } else if (request.verb != Verb::preview) {
     facts += fileFact("Journal", request.journal, "none");
   }
@@ -382,7 +384,12 @@ std::string restoredHtml(RestoredItem const& item) {
                      itemHtml(item.item);
   line = paragraph("item", line);
   if (!item.reason.empty()) line += paragraph("reason", html::text(item.reason));
-  if (item.change) line += changeBodyHtml(*item.change);
+  if (item.change && isPutBack(item.outcome)) {
+    line += changeBodyHtml(*item.change);
+  } else if (item.change) {
+    line += paragraph("reason", html::text(u"It was: " + stateText(item.change->after))) +
+            paragraph("reason", html::text(u"It is: " + stateText(item.change->before)));
+  }
   return element("li", attributes, line);
 }
 

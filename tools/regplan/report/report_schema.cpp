@@ -182,8 +182,10 @@ Json restoredItemSchema() {
   Json const members = {{"outcome", outcome},
                         {"reason", text},
                         {"found", described("How the restore found it.", reference("state"))},
-                        {"restoredTo", described("How it is again.", reference("state"))}};
-  return object(itemMembers(members), {"value", "reason", "found", "restoredTo"});
+                        {"before", described("How it was before the journal's first change of it, "
+                                             "and is again where it was restored.",
+                                             reference("state"))}};
+  return object(itemMembers(members), {"value", "reason", "found", "before"});
 }
 
 template <typename Outcomes>
@@ -220,8 +222,12 @@ Json requestSchema() {
        {"log", textOrNull},
        {"journal", textOrNull},
        {"force", described("Of a restore: also what was changed since.", boolean)},
+       {"otherComputer",
+        described("Of a restore: also on another computer than the journal's.", boolean)},
+       {"otherAccount",
+        described("Of a restore: also as another account than the journal's.", boolean)},
        {"options", described("As the plan gives them; JSON where one is no text.", texts)}},
-      {"force", "options"});
+      {"force", "otherComputer", "otherAccount", "options"});
 }
 
 Json definitions() {

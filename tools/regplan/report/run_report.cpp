@@ -78,6 +78,10 @@ std::string_view verbTitle(Verb verb) {
   return {};
 }
 
+bool isPutBack(RestoredItem::Outcome outcome) {
+  return outcome == ItemOutcome::restored || outcome == ItemOutcome::forced;
+}
+
 bool isLeft(ItemOutcome outcome) {
   return outcome == ItemOutcome::left || outcome == ItemOutcome::notRestorable;
 }

@@ -22,12 +22,14 @@ std::string_view verbTitle(Verb verb);
 /// What was asked. Texts are UTF-8 as they came.
 struct Request {
   Verb verb = Verb::run;
-  std::string file{};      ///< the plan; of a restore: the journal
-  std::string machine{};   ///< the folder of a simulated machine; empty: this computer
-  std::string computer{};  ///< the computer's own name, where it tells one
-  std::string log{};       ///< empty: none is written
-  std::string journal{};   ///< empty: none is written
-  bool force = false;      ///< of a restore: also what was changed since
+  std::string file{};          ///< the plan; of a restore: the journal
+  std::string machine{};       ///< the folder of a simulated machine; empty: this computer
+  std::string computer{};      ///< the computer's own name, where it tells one
+  std::string log{};           ///< empty: none is written
+  std::string journal{};       ///< empty: none is written
+  bool force = false;          ///< of a restore: also what was changed since
+  bool otherComputer = false;  ///< of a restore: also on another computer than the journal's
+  bool otherAccount = false;   ///< of a restore: also as another account than the journal's
   std::vector<Given> options{};
   std::chrono::system_clock::time_point started{};
 };
@@ -39,9 +41,13 @@ struct RestoredItem {
   machine::Item item;
   Outcome outcome = Outcome::restored;
   std::string reason{};  ///< where the outcome does not say all
-  /// Of what was restored: how it was found, and how it is again.
+  /// How it was found, and how it was before the journal's first change of it: how it is again
+  /// where it was put back. None where it could not be read, or was so already.
   std::optional<machine::Change> change{};
 };
+
+/// It is again as it was before.
+bool isPutBack(RestoredItem::Outcome outcome);
 
 /// Not as before, though nothing failed.
 bool isLeft(RestoredItem::Outcome outcome);

@@ -34,6 +34,7 @@ class MockRegistry : public machine::Registry {
               (override));
   MOCK_METHOD(bool, removeValue, (RegistryKey const&, std::u16string_view), (override));
   MOCK_METHOD(bool, removeKey, (RegistryKey const&), (override));
+  MOCK_METHOD(bool, removeEmptyKey, (RegistryKey const&), (override));
   MOCK_METHOD(std::vector<machine::UString>, subkeys, (RegistryKey const&), (override));
   MOCK_METHOD((std::vector<std::pair<machine::UString, RegistryValue>>), values,
               (RegistryKey const&), (override));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "vortanconnector/installationsregistry/installation_records.hpp"
@@ -65,8 +66,8 @@ TEST(InstallationRecords, WhatOthersAddedIsKept) {
 }
 
 TEST(InstallationRecords, DamagedTextIsRefusedWithPlaceAndReason) {
-  EXPECT_TRUE(mentions(refusalOf(""), "line 1")) << refusalOf("");
-  EXPECT_TRUE(mentions(refusalOf("{\n\"version\": 1,"), "line 2"));
+  EXPECT_TRUE(mentions(refusalOf(""), "1:1: not JSON")) << refusalOf("");
+  EXPECT_TRUE(mentions(refusalOf("{\n\"version\": 1,"), "2:14: not JSON"));
   EXPECT_TRUE(mentions(refusalOf("{\"version\": 1, \"\xff\": 1}"), "UTF-8"));
   EXPECT_TRUE(mentions(refusalOf("[]"), "must be an object"));
   EXPECT_TRUE(mentions(refusalOf("{}"), "/version: must be a whole number"));
@@ -89,11 +90,29 @@ TEST(InstallationRecords, ANewerVersionIsRefused) {
 TEST(InstallationRecords, AMemberThatIsThereTwiceIsRefused) {
   EXPECT_TRUE(mentions(
       refusalOf(R"({"version": 1, "installations": [{"root": "C:\\a"}], "installations": []})"),
-      "\"installations\": is there twice"));
+      "/installations: given more than once"));
 }
 
 TEST(InstallationRecords, DeeplyNestedTextIsNoDanger) {
-  EXPECT_TRUE(mentions(refusalOf(std::string(200000, '[')), "unexpected end of input"));
+  EXPECT_TRUE(mentions(refusalOf(std::string(200000, '[')), "nested deeper than 32 levels"));
+}
+
+TEST(InstallationRecords, WhatWouldBeWrittenBackTooDeepIsRefused) {
+  auto const nested = [](std::size_t levels) {
+    return R"({"version": 1, "installations": [], "x": )" + std::string(levels, '[') +
+           std::string(levels, ']') + "}";
+  };
+  EXPECT_TRUE(mentions(refusalOf(nested(10'000)), "nested deeper than 32 levels"));
+  EXPECT_EQ(refusalOf(nested(31)), "accepted");
+}
+
+TEST(InstallationRecords, ManyThingsOfOthersAreKept) {
+  std::string list = "{}";
+  for (int i = 1; i < 200'000; ++i) list += ",{}";
+  auto const text =
+      withRecord(R"({"version": 1, "installations": [], "x": [)" + list + "]}", u"C:\\a", now);
+  ASSERT_TRUE(text);
+  EXPECT_EQ(std::count(text->begin(), text->end(), '{'), 200'000 + 2);
 }
 
 TEST(NormalizedRoot, IsNativeAndWithoutSeparatorsAtTheEnd) {
