@@ -12,9 +12,10 @@ namespace machine {
 
 /// What a download may cost at most.
 struct DownloadLimits {
-  std::uint64_t size = 0;                ///< bytes of the body
-  std::chrono::milliseconds silence{0};  ///< each time that nothing comes: to connect, to answer
-  std::chrono::milliseconds total{0};    ///< until the whole body is there
+  std::uint64_t size = 0;  ///< bytes of the body
+  /// Each time that nothing comes: to find the server, to connect, to send, to receive.
+  std::chrono::milliseconds idleTimeout{0};
+  std::chrono::milliseconds totalTimeout{0};  ///< until the whole body is there
 };
 
 /// Files from web servers.

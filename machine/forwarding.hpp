@@ -215,11 +215,11 @@ class ForwardingServices : public Services {
     inner_.set(name, definition);
   }
   bool remove(std::u16string_view name) override { return inner_.remove(name); }
-  void start(std::u16string_view name, std::chrono::milliseconds patience) override {
-    inner_.start(name, patience);
+  void start(std::u16string_view name, std::chrono::milliseconds timeout) override {
+    inner_.start(name, timeout);
   }
-  void stop(std::u16string_view name, std::chrono::milliseconds patience) override {
-    inner_.stop(name, patience);
+  void stop(std::u16string_view name, std::chrono::milliseconds timeout) override {
+    inner_.stop(name, timeout);
   }
 
  protected:

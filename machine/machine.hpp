@@ -6,6 +6,7 @@
 #include "machine/environment.hpp"
 #include "machine/error.hpp"
 #include "machine/files.hpp"
+#include "machine/machine_lock.hpp"
 #include "machine/modules.hpp"
 #include "machine/processes.hpp"
 #include "machine/registry.hpp"
@@ -31,6 +32,7 @@ class Machine {
   virtual Services& services() = 0;
   virtual Downloads& downloads() = 0;
   virtual Clock& clock() = 0;
+  virtual MachineLock& lock() = 0;
 };
 
 /// The machine that the layers work on: the innermost ScopedMachine's, else on Windows the real

@@ -68,11 +68,11 @@ class Services {
   /// False when there is no such service. A running one goes when it has ended.
   virtual bool remove(std::u16string_view name) = 0;
   /// Starts the service and waits until it runs; nothing when it does. ErrorCode::timeout when it
-  /// takes longer than `patience`; a service that ends instead of running is an error too.
-  virtual void start(std::u16string_view name, std::chrono::milliseconds patience) = 0;
+  /// takes longer than `timeout`; a service that ends instead of running is an error too.
+  virtual void start(std::u16string_view name, std::chrono::milliseconds timeout) = 0;
   /// Stops the service and waits until it has ended; nothing when it has. ErrorCode::timeout when
-  /// it takes longer than `patience`.
-  virtual void stop(std::u16string_view name, std::chrono::milliseconds patience) = 0;
+  /// it takes longer than `timeout`.
+  virtual void stop(std::u16string_view name, std::chrono::milliseconds timeout) = 0;
 };
 
 }  // namespace machine

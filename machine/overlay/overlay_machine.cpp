@@ -29,6 +29,7 @@ struct OverlayMachine::Parts {
   OverlayTasks tasks;
   OverlayServices services;
   NoDownloads downloads;
+  NoLock lock;
 };
 
 OverlayMachine::OverlayMachine(Machine& inner) : parts_(std::make_unique<Parts>(inner)) {}
@@ -73,6 +74,10 @@ Downloads& OverlayMachine::downloads() {
 
 Clock& OverlayMachine::clock() {
   return parts_->clock;
+}
+
+MachineLock& OverlayMachine::lock() {
+  return parts_->lock;
 }
 
 OverlayMachine::Footprint OverlayMachine::footprint() const {

@@ -14,7 +14,8 @@ namespace machine::overlay {
 ///
 /// Foreign code does not run. A program that is started must exist; it has ended at once with exit
 /// code 0 and written nothing. Of a module that is called, see overlay_parts.hpp; downloads are
-/// refused (notSupported). The clock is the other machine's.
+/// refused (notSupported). The clock is the other machine's. Its lock keeps nobody out: who changes
+/// nothing need not wait.
 ///
 /// Memory grows with what was changed, never with what there is.
 class REGISTRATION_API OverlayMachine final : public Machine {
@@ -41,6 +42,7 @@ class REGISTRATION_API OverlayMachine final : public Machine {
   Services& services() override;
   Downloads& downloads() override;
   Clock& clock() override;
+  MachineLock& lock() override;
 
   Footprint footprint() const;
 

@@ -115,8 +115,8 @@ class OverlayServices final : public Services {
   std::optional<ServiceState> state(std::u16string_view name) override;
   void set(std::u16string_view name, ServiceDefinition const& definition) override;
   bool remove(std::u16string_view name) override;
-  void start(std::u16string_view name, std::chrono::milliseconds patience) override;
-  void stop(std::u16string_view name, std::chrono::milliseconds patience) override;
+  void start(std::u16string_view name, std::chrono::milliseconds timeout) override;
+  void stop(std::u16string_view name, std::chrono::milliseconds timeout) override;
 
   std::size_t names() const { return changed_.size(); }
 
@@ -138,6 +138,14 @@ class NoDownloads final : public Downloads {
  public:
   std::uint32_t get(std::u16string_view url, DownloadLimits const& limits,
                     Sink const& sink) override;
+};
+
+/// Is always free.
+class NoLock final : public MachineLock {
+ public:
+  std::shared_ptr<Held> acquire(std::chrono::milliseconds) override {
+    return std::make_shared<Held>();
+  }
 };
 
 }  // namespace machine::overlay

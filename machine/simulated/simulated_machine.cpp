@@ -1,10 +1,16 @@
 #include "machine/simulated/simulated_machine.hpp"
 
-#include "machine/path_grammar.hpp"
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "machine/host/host_file.hpp"
 #include "machine/simulated/json_file.hpp"
 #include "machine/simulated/simulated_downloads.hpp"
 #include "machine/simulated/simulated_environment.hpp"
 #include "machine/simulated/simulated_files.hpp"
+#include "machine/simulated/simulated_lock.hpp"
 #include "machine/simulated/simulated_modules.hpp"
 #include "machine/simulated/simulated_processes.hpp"
 #include "machine/simulated/simulated_registry.hpp"
@@ -21,56 +27,97 @@ class SystemClock final : public Clock {
   std::chrono::system_clock::time_point now() override { return std::chrono::system_clock::now(); }
 };
 
-template <typename Part>
-Part readOrNew(JsonFile& file) {
-  return file.exists() ? Part(file.read()) : Part();
-}
+/// A part's JSON file, and what the part had in it when the file was last read or written: only
+/// what was changed since is written, so that a machine that others use too is not put back.
+class KeptPart {
+ public:
+  KeptPart(std::filesystem::path file, std::function<nlohmann::json()> toJson,
+           std::function<void(JsonValue const&)> read)
+      : file_(std::move(file)), toJson_(std::move(toJson)), read_(std::move(read)) {}
 
-void makeFolders(std::filesystem::path const& directory) {
+  bool isOnDisk() const { return file_.exists(); }
+  /// Takes over the file, if there is one and nothing was changed since it was last read.
+  void readAgain() {
+    if (!isOnDisk() || (kept_ && *kept_ != toJson_())) return;
+    read_(file_.read());
+    kept_ = toJson_();
+  }
+  void save() {
+    auto now = toJson_();
+    if (kept_ == now && isOnDisk()) return;
+    file_.write(now);
+    kept_ = std::move(now);
+  }
+
+ private:
+  JsonFile file_;
+  std::function<nlohmann::json()> toJson_;
+  std::function<void(JsonValue const&)> read_;
+  std::optional<nlohmann::json> kept_;
+};
+
+void layOut(std::filesystem::path const& directory) {
   for (auto const* folder :
        {"Program Files/Common Files", "Windows/System32", "Users/User/Desktop",
         "Users/User/AppData/Local/Temp",
         "Users/User/AppData/Roaming/Microsoft/Windows/Start Menu/Programs", "Users/Public/Desktop",
         "ProgramData/Microsoft/Windows/Start Menu/Programs"})
     std::filesystem::create_directories(directory / "C" / folder);
+  HostFile const lock(directory / "lock", host::OpenMode::append);
 }
 
 }  // namespace
 
 struct SimulatedMachine::Parts {
   explicit Parts(std::filesystem::path const& directory)
-      : registryFile(directory / "registry.json"),
-        environmentFile(directory / "environment.json"),
-        processesFile(directory / "processes.json"),
-        modulesFile(directory / "modules.json"),
-        tasksFile(directory / "tasks.json"),
-        shellFile(directory / "shell.json"),
-        servicesFile(directory / "services.json"),
-        isNew(!registryFile.exists()),
-        files(directory),
-        registry(readOrNew<SimulatedRegistry>(registryFile)),
-        environment(readOrNew<SimulatedEnvironment>(environmentFile)),
+      : files(directory),
         shell(files),
         processes(files),
         modules(files),
-        tasks(readOrNew<SimulatedTasks>(tasksFile)),
         services(files),
-        downloads(directory / "web") {
+        downloads(directory / "web"),
+        lock(
+            directory / "lock", [this] { readAgain(); }, [this] { saveQuietly(); }) {
+    keep(directory / "registry.json", registry,
+         [this](JsonValue const& document) { registry = SimulatedRegistry(document); });
+    isNew = !kept.front().isOnDisk();
+    keep(directory / "environment.json", environment,
+         [this](JsonValue const& document) { environment = SimulatedEnvironment(document); });
+    keep(directory / "processes.json", processes,
+         [this](JsonValue const& document) { processes.readLaunched(document); });
+    keep(directory / "modules.json", modules,
+         [this](JsonValue const& document) { modules.readCalls(document); });
+    keep(directory / "tasks.json", tasks,
+         [this](JsonValue const& document) { tasks = SimulatedTasks(document); });
+    keep(directory / "shell.json", shell,
+         [this](JsonValue const& document) { shell.readJson(document); });
+    keep(directory / "services.json", services,
+         [this](JsonValue const& document) { services.readServices(document); });
+    readAgain();
     JsonFile exitCodes(directory / "processes-exit-codes.json");
-    if (shellFile.exists()) shell.readJson(shellFile.read());
-    if (processesFile.exists()) processes.readLaunched(processesFile.read());
-    if (modulesFile.exists()) modules.readCalls(modulesFile.read());
-    if (servicesFile.exists()) services.readServices(servicesFile.read());
     if (exitCodes.exists()) processes.readExitCodes(exitCodes.read());
   }
 
-  JsonFile registryFile;
-  JsonFile environmentFile;
-  JsonFile processesFile;
-  JsonFile modulesFile;
-  JsonFile tasksFile;
-  JsonFile shellFile;
-  JsonFile servicesFile;
+  template <typename Part, typename Read>
+  void keep(std::filesystem::path file, Part const& part, Read read) {
+    kept.emplace_back(
+        std::move(file), [&part] { return part.toJson(); }, std::move(read));
+  }
+  void readAgain() {
+    for (auto& part : kept) part.readAgain();
+  }
+  void save() {
+    for (auto& part : kept) part.save();
+  }
+  void saveQuietly() {
+    try {
+      save();
+    } catch (std::exception const&) {
+      // Who wants to know calls SimulatedMachine::save().
+    }
+  }
+
+  std::vector<KeptPart> kept;
   bool isNew;
   SimulatedFiles files;
   SimulatedRegistry registry;
@@ -82,31 +129,22 @@ struct SimulatedMachine::Parts {
   SimulatedServices services;
   SimulatedDownloads downloads;
   SystemClock clock;
+  SimulatedLock lock;
 };
 
 SimulatedMachine::SimulatedMachine(std::filesystem::path directory) {
   // The machine stays where it is when the process changes its current folder.
   directory = std::filesystem::absolute(directory);
   parts_ = std::make_unique<Parts>(directory);
-  if (parts_->isNew) makeFolders(directory);
+  if (parts_->isNew) layOut(directory);
 }
 
 SimulatedMachine::~SimulatedMachine() {
-  try {
-    save();
-  } catch (std::exception const&) {
-    // Who wants to know calls save().
-  }
+  parts_->saveQuietly();
 }
 
 void SimulatedMachine::save() {
-  parts_->registryFile.write(parts_->registry.toJson());
-  parts_->environmentFile.write(parts_->environment.toJson());
-  parts_->processesFile.write(parts_->processes.toJson());
-  parts_->modulesFile.write(parts_->modules.toJson());
-  parts_->tasksFile.write(parts_->tasks.toJson());
-  parts_->shellFile.write(parts_->shell.toJson());
-  parts_->servicesFile.write(parts_->services.toJson());
+  parts_->save();
 }
 
 void SimulatedMachine::setExitCode(std::u16string_view program, std::uint32_t code) {
@@ -151,6 +189,10 @@ Downloads& SimulatedMachine::downloads() {
 
 Clock& SimulatedMachine::clock() {
   return parts_->clock;
+}
+
+MachineLock& SimulatedMachine::lock() {
+  return parts_->lock;
 }
 
 }  // namespace machine::simulated

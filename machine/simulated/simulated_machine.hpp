@@ -19,11 +19,13 @@ namespace machine::simulated {
 ///   shell.json                 how often the shell was told of new file associations
 ///   services.json              services, whether they run, and how often each was started
 ///   web/...                    what web servers hold, see simulated_downloads.hpp
+///   lock                       see simulated_lock.hpp
 ///   processes-exit-codes.json  written by hand, when programs are to fail
 ///
 /// A new machine starts with the folders, registry values and variables of a Windows on drive C.
-/// The JSON files are read at the start and written by save(). One SimulatedMachine at a time for a
-/// directory.
+/// The JSON files are read at the start and when the machine's lock is acquired, and written, those
+/// of them that hold something new, by save() and when the lock is let go. Several processes may
+/// share a directory when each that changes something holds the lock from before its first change.
 class REGISTRATION_API SimulatedMachine final : public Machine {
  public:
   /// Opens the machine in `directory`, or makes one. Throws std::runtime_error for a JSON file that
@@ -34,7 +36,7 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   SimulatedMachine(SimulatedMachine const&) = delete;
   SimulatedMachine& operator=(SimulatedMachine const&) = delete;
 
-  /// Writes the JSON files, each at once. Throws std::runtime_error.
+  /// Writes those JSON files whose content was changed, each at once. Throws std::runtime_error.
   void save();
 
   /// The exit code of the children of `program`: an absolute path, or a file name for all programs
@@ -51,6 +53,7 @@ class REGISTRATION_API SimulatedMachine final : public Machine {
   Services& services() override;
   Downloads& downloads() override;
   Clock& clock() override;
+  MachineLock& lock() override;
 
  private:
   struct Parts;

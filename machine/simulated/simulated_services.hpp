@@ -20,8 +20,8 @@ class SimulatedServices final : public Services {
   std::optional<ServiceState> state(std::u16string_view name) override;
   void set(std::u16string_view name, ServiceDefinition const& definition) override;
   bool remove(std::u16string_view name) override;
-  void start(std::u16string_view name, std::chrono::milliseconds patience) override;
-  void stop(std::u16string_view name, std::chrono::milliseconds patience) override;
+  void start(std::u16string_view name, std::chrono::milliseconds timeout) override;
+  void stop(std::u16string_view name, std::chrono::milliseconds timeout) override;
 
   /// {"services": {"Name": {"commandLine": "\"C:\\x y.exe\"", "start": "automatic",
   /// "running": true, "starts": 1, "recovery": {"actions": [{"kind": "restart",

@@ -1,5 +1,6 @@
 #include "machine/watch/change_recorder.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace machine::watch {
@@ -15,16 +16,25 @@ void ChangeRecorder::aboutToHandOver(HandOver const& handOver) {
   handOvers_.push_back(handOver);
 }
 
-ChangeRecorder::Record ChangeRecorder::take() {
-  Record record;
+std::vector<Change> ChangeRecorder::changes() const {
+  std::vector<Change> result;
   for (auto const& [item, before] : touched_) {
     auto after = stateOf(machine_, item, shownBytes_);
-    if (after != before) record.changes.push_back({item, before, std::move(after)});
+    if (after != before) result.push_back({item, before, std::move(after)});
   }
-  record.handOvers = std::exchange(handOvers_, {});
+  return result;
+}
+
+bool ChangeRecorder::hasChanged() const {
+  return std::ranges::any_of(touched_, [this](Touched const& touched) {
+    return stateOf(machine_, touched.item, shownBytes_) != touched.before;
+  });
+}
+
+std::vector<HandOver> ChangeRecorder::startAnew() {
   touched_.clear();
   known_.clear();
-  return record;
+  return std::exchange(handOvers_, {});
 }
 
 }  // namespace machine::watch

@@ -13,11 +13,6 @@ namespace machine::watch {
 /// so its size goes by what changes; of a file's content that is a hash and at most `shownBytes`.
 class REGISTRATION_API ChangeRecorder final : public ChangeObserver {
  public:
-  struct Record {
-    std::vector<Change> changes;      ///< in the order in which the items were first announced
-    std::vector<HandOver> handOvers;  ///< in order
-  };
-
   /// Reads states from `machine`, which must outlive this object: the one that the WatchedMachine
   /// watches.
   ChangeRecorder(Machine& machine, std::size_t shownBytes)
@@ -27,10 +22,14 @@ class REGISTRATION_API ChangeRecorder final : public ChangeObserver {
   void changed(Item const&) override {}
   void aboutToHandOver(HandOver const& handOver) override;
 
-  /// The difference to the start, or to the take before, and starts anew. What was put back to what
-  /// it was, such as a temporary file, is no difference. Throws SystemError for an item that can no
-  /// longer be read; the record is kept then.
-  Record take();
+  /// The difference to the start, in the order in which the items were first announced. What was
+  /// put back to what it was, such as a temporary file, is none. Throws SystemError for an item
+  /// that can no longer be read.
+  std::vector<Change> changes() const;
+  /// Whether there is any; looks no further than the first. Throws as changes() does.
+  bool hasChanged() const;
+  /// From here on, nothing has changed. The hand-overs up to here, in order.
+  std::vector<HandOver> startAnew();
 
  private:
   struct Touched {

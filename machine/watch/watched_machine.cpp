@@ -338,13 +338,13 @@ class WatchedServices final : public ForwardingServices {
     if (!inner().definition(name)) return inner().remove(name);
     return announcing(watch_.observers, items(name), [&] { return inner().remove(name); });
   }
-  void start(std::u16string_view name, std::chrono::milliseconds patience) override {
-    if (!inner().definition(name)) return inner().start(name, patience);
-    announcing(watch_.observers, items(name), [&] { inner().start(name, patience); });
+  void start(std::u16string_view name, std::chrono::milliseconds timeout) override {
+    if (!inner().definition(name)) return inner().start(name, timeout);
+    announcing(watch_.observers, items(name), [&] { inner().start(name, timeout); });
   }
-  void stop(std::u16string_view name, std::chrono::milliseconds patience) override {
-    if (!inner().definition(name)) return inner().stop(name, patience);
-    announcing(watch_.observers, items(name), [&] { inner().stop(name, patience); });
+  void stop(std::u16string_view name, std::chrono::milliseconds timeout) override {
+    if (!inner().definition(name)) return inner().stop(name, timeout);
+    announcing(watch_.observers, items(name), [&] { inner().stop(name, timeout); });
   }
 
  private:
@@ -413,6 +413,10 @@ Downloads& WatchedMachine::downloads() {
 
 Clock& WatchedMachine::clock() {
   return parts_->watch.machine.clock();
+}
+
+MachineLock& WatchedMachine::lock() {
+  return parts_->watch.machine.lock();
 }
 
 }  // namespace machine::watch

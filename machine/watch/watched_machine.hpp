@@ -44,6 +44,7 @@ class REGISTRATION_API WatchedMachine final : public Machine {
   Services& services() override;
   Downloads& downloads() override;
   Clock& clock() override;
+  MachineLock& lock() override;
 
  private:
   struct Parts;

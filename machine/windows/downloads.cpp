@@ -37,10 +37,11 @@ int wholeMilliseconds(milliseconds time) {
 class Download {
  public:
   Download(std::u16string_view url, DownloadLimits const& limits)
-      : url_(url), limits_(limits), deadline_(steady_clock::now() + limits.total) {}
+      : url_(url), limits_(limits), deadline_(steady_clock::now() + limits.totalTimeout) {}
 
   std::uint32_t run(Downloads::Sink const& sink) {
     send(addressOf());
+    limitNextWait();
     require(WinHttpReceiveResponse(request_.get(), nullptr) != FALSE);
     auto const status = number(WINHTTP_QUERY_STATUS_CODE);
     if (!status) {
@@ -121,27 +122,36 @@ class Download {
     session_.reset(WinHttpOpen(L"registration_commands", WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
                                WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
     require(session_ != nullptr);
-    int const silence = wholeMilliseconds(limits_.silence);
-    require(WinHttpSetTimeouts(session_.get(), silence, silence, silence, silence));
     connection_.reset(WinHttpConnect(session_.get(), wide(address.server), address.port, 0));
     require(connection_ != nullptr);
     request_.reset(WinHttpOpenRequest(connection_.get(), L"GET", wide(address.file), nullptr,
                                       WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES,
                                       address.isSecure ? WINHTTP_FLAG_SECURE : 0));
     require(request_ != nullptr);
-    // The time-outs above are for what comes at once; this one is for the whole of the headers.
-    set(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(silence));
     set(WINHTTP_OPTION_REDIRECT_POLICY, address.isSecure
                                             ? WINHTTP_OPTION_REDIRECT_POLICY_DISALLOW_HTTPS_TO_HTTP
                                             : WINHTTP_OPTION_REDIRECT_POLICY_NEVER);
     set(WINHTTP_OPTION_DISABLE_FEATURE, WINHTTP_DISABLE_COOKIES | WINHTTP_DISABLE_AUTHENTICATION |
                                             (address.isSecure ? 0 : WINHTTP_DISABLE_REDIRECTS));
+    limitNextWait();
     require(WinHttpSendRequest(request_.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
                                WINHTTP_NO_REQUEST_DATA, 0, 0, 0));
   }
 
-  void set(DWORD option, DWORD value) {
+  void set(DWORD option, DWORD value) const {
     require(WinHttpSetOption(request_.get(), option, &value, sizeof value));
+  }
+
+  /// The next call waits for the idle time-out, but not beyond the end of the whole download.
+  void limitNextWait() const {
+    auto const left = std::chrono::duration_cast<milliseconds>(deadline_ - steady_clock::now());
+    if (left.count() <= 0) {
+      fail(ERROR_TIMEOUT);
+    }
+    int const wait = wholeMilliseconds(std::min(limits_.idleTimeout, left));
+    require(WinHttpSetTimeouts(request_.get(), wait, wait, wait, wait));
+    // Those are for what comes at once; this one is for the whole of the headers.
+    set(WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, static_cast<DWORD>(wait));
   }
 
   /// A header's number; nullopt when it is not there.
@@ -181,9 +191,7 @@ class Download {
   }
 
   DWORD read(std::array<char, 1 << 16>& buffer) const {
-    if (steady_clock::now() >= deadline_) {
-      fail(ERROR_TIMEOUT);
-    }
+    limitNextWait();
     // Asked for more than has come, the read would go on for as long as a slow server likes.
     DWORD available = 0;
     require(WinHttpQueryDataAvailable(request_.get(), &available));

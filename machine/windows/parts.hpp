@@ -17,5 +17,8 @@ std::unique_ptr<Tasks> makeTasks();
 std::unique_ptr<Services> makeServices();
 std::unique_ptr<Downloads> makeDownloads();
 std::unique_ptr<Clock> makeClock();
+/// `name`: the kernel object's, without a user's.
+std::unique_ptr<MachineLock> makeMachineLock(
+    std::u16string_view name = u"Global\\Vortan registration");
 
 }  // namespace machine::windows

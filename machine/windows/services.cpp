@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <vector>
 
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
@@ -46,14 +47,16 @@ UniqueService openExisting(std::string_view operation, std::u16string_view name,
   return service;
 }
 
-/// What a query answers: a structure followed by the texts it points to. Empty when the system
-/// knows no such query.
+/// What a query answers: a structure followed by the texts it points to. Those pointers outlive a
+/// move: a vector hands its memory on, where a string copies what is short.
+using Answer = std::vector<BYTE>;
+
+/// Empty when the system knows no such query.
 template <class Query>
-std::string answerOf(std::u16string_view name, Query query) {
-  std::string answer;
+Answer answerOf(std::u16string_view name, Query query) {
+  Answer answer;
   DWORD needed = 0;
-  while (
-      !query(reinterpret_cast<BYTE*>(answer.data()), static_cast<DWORD>(answer.size()), &needed)) {
+  while (!query(answer.data(), static_cast<DWORD>(answer.size()), &needed)) {
     DWORD const error = GetLastError();
     if (error == ERROR_INVALID_LEVEL) {
       return {};
@@ -67,7 +70,7 @@ std::string answerOf(std::u16string_view name, Query query) {
 }
 
 template <class Structure>
-Structure const* as(std::string const& answer) {
+Structure const* as(Answer const& answer) {
   return answer.size() < sizeof(Structure) ? nullptr
                                            : reinterpret_cast<Structure const*>(answer.data());
 }
@@ -76,20 +79,20 @@ UString textOf(wchar_t const* text) {
   return text ? UString(unitsOf(text)) : UString();
 }
 
-std::string query2(SC_HANDLE service, std::u16string_view name, DWORD level) {
+Answer query2(SC_HANDLE service, std::u16string_view name, DWORD level) {
   return answerOf(name, [&](BYTE* buffer, DWORD size, DWORD* needed) {
     return QueryServiceConfig2W(service, level, buffer, size, needed);
   });
 }
 
 UString descriptionOf(SC_HANDLE service, std::u16string_view name) {
-  std::string const answer = query2(service, name, SERVICE_CONFIG_DESCRIPTION);
+  Answer const answer = query2(service, name, SERVICE_CONFIG_DESCRIPTION);
   auto const* const description = as<SERVICE_DESCRIPTIONW>(answer);
   return description ? textOf(description->lpDescription) : UString();
 }
 
 ServiceRecovery recoveryOf(SC_HANDLE service, std::u16string_view name) {
-  std::string const answer = query2(service, name, SERVICE_CONFIG_FAILURE_ACTIONS);
+  Answer const answer = query2(service, name, SERVICE_CONFIG_FAILURE_ACTIONS);
   ServiceRecovery recovery;
   if (auto const* const actions = as<SERVICE_FAILURE_ACTIONSW>(answer)) {
     recovery.resetAfter = std::chrono::seconds(actions->dwResetPeriod);
@@ -162,9 +165,9 @@ DWORD wholeMilliseconds(milliseconds time) {
 /// Waits until the service is in the state; one that ends instead is a failure with the code it
 /// ended with.
 void await(SC_HANDLE service, std::string_view operation, std::u16string_view name, DWORD wanted,
-           milliseconds patience) {
+           milliseconds timeout) {
   constexpr milliseconds pause{50};
-  auto const deadline = std::chrono::steady_clock::now() + patience;
+  auto const deadline = std::chrono::steady_clock::now() + timeout;
   for (;;) {
     auto const status = statusOf(service, name);
     if (status.dwCurrentState == wanted) {
@@ -194,7 +197,7 @@ class WindowsServices final : public Services {
     if (!service) {
       return std::nullopt;
     }
-    std::string const answer = answerOf(name, [&](BYTE* buffer, DWORD size, DWORD* needed) {
+    Answer const answer = answerOf(name, [&](BYTE* buffer, DWORD size, DWORD* needed) {
       return QueryServiceConfigW(service.get(), reinterpret_cast<QUERY_SERVICE_CONFIGW*>(buffer),
                                  size, needed);
     });
@@ -250,7 +253,7 @@ class WindowsServices final : public Services {
     return true;
   }
 
-  void start(std::u16string_view name, milliseconds patience) override {
+  void start(std::u16string_view name, milliseconds timeout) override {
     constexpr std::string_view operation = "start the service";
     UniqueService const service =
         openExisting(operation, name, SERVICE_START | SERVICE_QUERY_STATUS);
@@ -258,10 +261,10 @@ class WindowsServices final : public Services {
         GetLastError() != ERROR_SERVICE_ALREADY_RUNNING) {
       throw systemError(operation, name);
     }
-    await(service.get(), operation, name, SERVICE_RUNNING, patience);
+    await(service.get(), operation, name, SERVICE_RUNNING, timeout);
   }
 
-  void stop(std::u16string_view name, milliseconds patience) override {
+  void stop(std::u16string_view name, milliseconds timeout) override {
     constexpr std::string_view operation = "stop the service";
     UniqueService const service =
         openExisting(operation, name, SERVICE_STOP | SERVICE_QUERY_STATUS);
@@ -275,11 +278,10 @@ class WindowsServices final : public Services {
         throw systemError(operation, name, error);
       }
     }
-    await(service.get(), operation, name, SERVICE_STOPPED, patience);
+    await(service.get(), operation, name, SERVICE_STOPPED, timeout);
     // A service tells that it has stopped before its process ends, and its files are free only
     // then.
-    if (process &&
-        WaitForSingleObject(process.get(), wholeMilliseconds(patience)) == WAIT_TIMEOUT) {
+    if (process && WaitForSingleObject(process.get(), wholeMilliseconds(timeout)) == WAIT_TIMEOUT) {
       throw systemError(operation, name, ERROR_TIMEOUT);
     }
   }

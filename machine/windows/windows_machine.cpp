@@ -14,7 +14,8 @@ WindowsMachine::WindowsMachine()
       tasks_(makeTasks()),
       services_(makeServices()),
       downloads_(makeDownloads()),
-      clock_(makeClock()) {}
+      clock_(makeClock()),
+      lock_(makeMachineLock()) {}
 
 WindowsMachine::~WindowsMachine() = default;
 

@@ -22,6 +22,7 @@ class WindowsMachine final : public Machine {
   Services& services() override { return *services_; }
   Downloads& downloads() override { return *downloads_; }
   Clock& clock() override { return *clock_; }
+  MachineLock& lock() override { return *lock_; }
 
  private:
   std::unique_ptr<Files> files_;
@@ -34,6 +35,7 @@ class WindowsMachine final : public Machine {
   std::unique_ptr<Services> services_;
   std::unique_ptr<Downloads> downloads_;
   std::unique_ptr<Clock> clock_;
+  std::unique_ptr<MachineLock> lock_;
 };
 
 }  // namespace machine::windows

@@ -25,34 +25,43 @@ void reportingFailure(Step&& step, Report&& report) {
 /// `log` takes one message.
 template <typename Log>
 void logTrouble(Log&& log, UString const& line, UString const& subject) {
-  install::cpputil::trouble::tell({install::cpputil::trouble::severity::error, line, subject, 1});
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::error, line, subject, 1});
   log(line);
 }
 
-/// Tells, beside the log, what it passes over in silence: what is done all the same.
-inline void warn(UString const& text, UString const& subject) {
-  install::cpputil::trouble::tell({install::cpputil::trouble::severity::warning, text, subject});
+/// Tells of a failure that two lines of the log will say: what failed, and the exception's text.
+inline void tellFailure(UString const& failureLine, UString const& text, UString const& subject) {
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::error, failureLine + u": " + text, subject, 2});
 }
 
-/// Tells that the command that runs has nothing to do, and why. True, for the caller's condition.
-inline bool skipped(UString const& reason, UString const& subject) {
-  install::cpputil::trouble::tell({install::cpputil::trouble::severity::skipped, reason, subject});
-  return true;
+/// Tells, beside the log, what it passes over in silence: done, but to be looked at.
+inline void warn(UString const& text, UString const& subject) {
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::warning, text, subject});
+}
+
+/// Tells that the command that runs has nothing to do, and why.
+inline void skipped(UString const& reason, UString const& subject) {
+  using namespace install::cpputil;
+  trouble::tell({trouble::severity::skipped, reason, subject});
 }
 
 /// Whether the option that this getter of Options gives, `value`, leaves the command that runs
 /// nothing to do because it is `deciding`; told when it does.
 inline bool skippedBy(char16_t const* getter, bool value, bool deciding) {
-  return value == deciding && skipped(getter + UString(value ? u" is true" : u" is false"), getter);
+  if (value != deciding) return false;
+  skipped(getter + UString(value ? u" is true" : u" is false"), getter);
+  return true;
 }
 
 /// The usual report: the line that names what failed, then the exception's text as a line of its
-/// own. `log` takes one message.
+/// own.
 template <typename Log, typename Step>
 void loggingFailure(Log&& log, UString const& failureLine, Step&& step) {
   reportingFailure(std::forward<Step>(step), [&](UString const& text) {
-    install::cpputil::trouble::tell(
-        {install::cpputil::trouble::severity::error, failureLine + u": " + text, {}, 2});
+    tellFailure(failureLine, text, {});
     log(failureLine);
     log(text);
   });

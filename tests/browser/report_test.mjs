@@ -107,11 +107,11 @@ for (const name of samples) {
 
 cases["failing: ShowsItsFailureAtTheTop"] = async () => {
   const page = await open("failing");
-  for (const text of ["1 of 7 commands failed", "did not respond to the start request"]) {
+  for (const text of ["1 of 8 commands failed", "did not respond to the start request"]) {
     const box = await page.getByText(text).first().boundingBox();
     assert.ok(box && box.y + box.height < desk.height, text);
   }
-  assert.match(await page.title(), /^1 of 7 commands failed/);
+  assert.match(await page.title(), /^1 of 8 commands failed/);
 };
 
 cases["failing: LeadsFromTheSummaryToTheCommand"] = async () => {
@@ -125,15 +125,29 @@ cases["failing: LeadsFromTheSummaryToTheCommand"] = async () => {
 
 cases["failing: FiltersByOutcomeWithTheKeyboard"] = async () => {
   const page = await open("failing");
-  assert.equal(await shownCommands(page), 7);
+  assert.equal(await shownCommands(page), 8);
   await tabTo(page, 'input[value="failed"]');
   await page.keyboard.press("Space");
   assert.equal(await shownCommands(page), 1);
-  assert.match(await status(page), /^1 of 7 commands, 4 of \d+ changes shown$/);
+  assert.match(await status(page), /^1 of 8 commands, 4 of \d+ changes shown$/);
   await tabTo(page, 'button[type="reset"]');
   await page.keyboard.press("Enter");
-  await page.waitForFunction(() => document.querySelector("#shown").textContent.startsWith("7 of 7"));
-  assert.equal(await shownCommands(page), 7);
+  await page.waitForFunction(() => document.querySelector("#shown").textContent.startsWith("8 of 8"));
+  assert.equal(await shownCommands(page), 8);
+};
+
+cases["failing: TellsTroubleThatTheLogPassesOver"] = async () => {
+  const page = await open("failing");
+  const command = page.locator("#command-5");
+  assert.ok(await command.getByText("tools\\helper.exe is not absolute").isVisible());
+  assert.equal(await command.locator(".troubles li").count(), 1);
+};
+
+cases["failing: TellsWhichOptionLeftACommandNothingToDo"] = async () => {
+  const page = await open("failing");
+  await page.getByLabel(/^\s*nothing to do/).check();
+  assert.equal(await shownCommands(page), 1);
+  assert.ok(await page.locator("#command-8").getByText("isStartMenuShortcutRequested is false").isVisible());
 };
 
 cases["failing: FiltersByKindOfChange"] = async () => {
@@ -152,19 +166,19 @@ cases["failing: FindsTextInCommandsAndChanges"] = async () => {
   assert.equal(await shownCommands(page), 1);
   assert.equal(await shownChanges(page), 1);
   await page.keyboard.press("Escape");
-  assert.equal(await shownCommands(page), 7);
-  await page.keyboard.type("SHORTCUTS");
+  assert.equal(await shownCommands(page), 8);
+  await page.keyboard.type("DESKTOPSHORTCUTS");
   assert.equal(await shownCommands(page), 1);
   await page.keyboard.press("Escape");
   await page.keyboard.type("nothing has this");
   assert.equal(await shownCommands(page), 0);
-  assert.match(await status(page), /^0 of 7 commands, 0 of/);
+  assert.match(await status(page), /^0 of 8 commands, 0 of/);
 };
 
 cases["failing: TellsTheCountPolitely"] = async () => {
   const page = await open("failing");
   assert.equal(await page.locator("#shown").getAttribute("aria-live"), "polite");
-  assert.equal(await status(page), "7 of 7 commands, 14 of 14 changes shown");
+  assert.equal(await status(page), "8 of 8 commands, 14 of 14 changes shown");
 };
 
 cases["failing: PrintsEverythingWithoutFilters"] = async () => {
@@ -173,7 +187,7 @@ cases["failing: PrintsEverythingWithoutFilters"] = async () => {
   assert.equal(await shownCommands(page), 1);
   await page.emulateMedia({ media: "print" });
   assert.equal(await page.locator("#filters").isVisible(), false);
-  assert.equal(await shownCommands(page), 7);
+  assert.equal(await shownCommands(page), 8);
   // By the style alone: the browser's own printing opens folds by script as well.
   for (const text of ["Successfully set registry key", "toolbox/part3", "isDesktopShortcutRequested"]) {
     const box = await page.getByText(text, { exact: true }).first().boundingBox();

@@ -420,13 +420,13 @@ class FaultyServices final : public machine::ForwardingServices {
     faults_.check("Services::remove", name);
     return inner().remove(name);
   }
-  void start(std::u16string_view name, std::chrono::milliseconds patience) override {
+  void start(std::u16string_view name, std::chrono::milliseconds timeout) override {
     faults_.check("Services::start", name);
-    inner().start(name, patience);
+    inner().start(name, timeout);
   }
-  void stop(std::u16string_view name, std::chrono::milliseconds patience) override {
+  void stop(std::u16string_view name, std::chrono::milliseconds timeout) override {
     faults_.check("Services::stop", name);
-    inner().stop(name, patience);
+    inner().stop(name, timeout);
   }
 
  private:
@@ -463,7 +463,8 @@ class FaultyMachine final : public machine::Machine {
         tasks_(inner.tasks(), faults_),
         services_(inner.services(), faults_),
         downloads_(inner.downloads(), faults_),
-        clock_(inner.clock()) {}
+        clock_(inner.clock()),
+        lock_(inner.lock()) {}
 
   Faults& faults() { return faults_; }
   void setBroadcastResult(std::intptr_t result) { environment_.broadcastResult = result; }
@@ -478,6 +479,7 @@ class FaultyMachine final : public machine::Machine {
   machine::Services& services() override { return services_; }
   machine::Downloads& downloads() override { return downloads_; }
   machine::Clock& clock() override { return clock_; }
+  machine::MachineLock& lock() override { return lock_; }
 
  private:
   Faults faults_;
@@ -491,6 +493,7 @@ class FaultyMachine final : public machine::Machine {
   FaultyServices services_;
   FaultyDownloads downloads_;
   machine::Clock& clock_;
+  machine::MachineLock& lock_;
 };
 
 }  // namespace tests

@@ -19,6 +19,7 @@ class SubstitutedMachine : public machine::Machine {
   void replace(machine::Services& services) { services_ = &services; }
   void replace(machine::Downloads& downloads) { downloads_ = &downloads; }
   void replace(machine::Clock& clock) { clock_ = &clock; }
+  void replace(machine::MachineLock& lock) { lock_ = &lock; }
 
   machine::Files& files() override { return files_ ? *files_ : base_.files(); }
   machine::Registry& registry() override { return registry_ ? *registry_ : base_.registry(); }
@@ -32,6 +33,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Services& services() override { return services_ ? *services_ : base_.services(); }
   machine::Downloads& downloads() override { return downloads_ ? *downloads_ : base_.downloads(); }
   machine::Clock& clock() override { return clock_ ? *clock_ : base_.clock(); }
+  machine::MachineLock& lock() override { return lock_ ? *lock_ : base_.lock(); }
 
  private:
   machine::Machine& base_;
@@ -45,6 +47,7 @@ class SubstitutedMachine : public machine::Machine {
   machine::Services* services_ = nullptr;
   machine::Downloads* downloads_ = nullptr;
   machine::Clock* clock_ = nullptr;
+  machine::MachineLock* lock_ = nullptr;
 };
 
 }  // namespace tests

@@ -8,14 +8,47 @@ using machine::ServiceRecovery;
 using machine::ServiceStart;
 using machine::ServiceState;
 using machine::WindowState;
-using ItemOutcome = machine::journal::RestoreStep::Outcome;
+
+Tone toneOf(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::done:
+      return Tone::good;
+    case Outcome::nothingToDo:
+      return Tone::idle;
+    case Outcome::handsOver:
+      return Tone::noted;
+    case Outcome::doneWithProblems:
+      return Tone::doubtful;
+    case Outcome::failed:
+      break;
+  }
+  return Tone::bad;
+}
+
+Tone toneOf(ItemOutcome outcome) {
+  switch (outcome) {
+    case ItemOutcome::restored:
+    case ItemOutcome::already:
+      return Tone::good;
+    case ItemOutcome::forced:
+      return Tone::noted;
+    case ItemOutcome::left:
+    case ItemOutcome::notRestorable:
+      return Tone::doubtful;
+    case ItemOutcome::failed:
+      break;
+  }
+  return Tone::bad;
+}
 
 Name nameOf(Outcome outcome) {
   switch (outcome) {
     case Outcome::done:
       return {"done", "done"};
+    case Outcome::nothingToDo:
+      return {"nothingToDo", "nothing to do"};
     case Outcome::handsOver:
-      return {"handsOver", "hands over to foreign code"};
+      return {"handsOver", "hands over"};
     case Outcome::doneWithProblems:
       return {"doneWithProblems", "done with problems"};
     case Outcome::failed:
@@ -38,6 +71,18 @@ Name nameOf(ItemOutcome outcome) {
       return {"notRestorable", "not restorable"};
     case ItemOutcome::failed:
       return {"failed", "failed"};
+  }
+  return {};
+}
+
+Name nameOf(Trouble::Severity severity) {
+  switch (severity) {
+    case Trouble::Severity::skipped:
+      return {"skipped", "skipped"};
+    case Trouble::Severity::warning:
+      return {"warning", "warning"};
+    case Trouble::Severity::error:
+      return {"error", "problem"};
   }
   return {};
 }

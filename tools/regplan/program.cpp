@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -11,6 +13,7 @@
 
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
+#include "install/cpputil/machine_lock.hpp"
 #include "machine/journal/journal_writer.hpp"
 #include "machine/journal/restore.hpp"
 #include "machine/machine.hpp"
@@ -18,6 +21,7 @@
 #include "machine/printable.hpp"
 #include "machine/simulated/simulated_machine.hpp"
 #include "machine/watch/watched_machine.hpp"
+#include "tools/regplan/exit_codes.hpp"
 #include "tools/regplan/listing.hpp"
 #include "tools/regplan/report/report_file.hpp"
 #include "tools/regplan/report/report_schema.hpp"
@@ -31,7 +35,7 @@ namespace logger = install::cpputil::logger;
 using machine::printable;
 using machine::simulated::SimulatedMachine;
 
-constexpr char const* footer =
+constexpr char const* explanation =
     "A plan is a JSON file:\n"
     "\n"
     "  {\n"
@@ -49,8 +53,13 @@ constexpr char const* footer =
     "anything in it unknown, missing or of the wrong type, no command is run. Files\n"
     "larger than 4 MiB or nested deeper than 32 levels are refused.\n"
     "\n"
-    "A command that fails does not keep the following ones from running. \"done with\n"
-    "problems\" marks one that ended normally after reporting trouble in its messages.\n"
+    "A command that fails does not keep the following ones from running. Of each is told\n"
+    "what became of it:\n"
+    "  done                something was changed, and there was no trouble\n"
+    "  nothing to do       nothing was changed: an option says so, or all was in place\n"
+    "  done with problems  it ended, but something was not done or is to be looked at\n"
+    "  hands over          of a preview: foreign code decides what becomes of it\n"
+    "  failed              an error ended it\n"
     "\n"
     "A preview keeps every change in memory and runs no foreign code: where a command\n"
     "starts a program, calls a module or starts bundles, it says \"hands over to foreign\n"
@@ -59,14 +68,16 @@ constexpr char const* footer =
     "With --journal a run can be taken back exactly: \"regplan restore FILE\" puts every\n"
     "item back to how it was before, also after a failure or the end of the process\n"
     "half-way. What others have changed since is left as it is, unless --force.\n"
-    "\n"
-    "Exit codes:\n"
-    "  0  every command ran to its end, with or without problems; everything that a\n"
-    "     journal tells is as it was\n"
-    "  1  at least one command failed: an exception left it; something was not restored,\n"
-    "     or the journal is not whole; or a report or the simulated machine could not be\n"
-    "     saved\n"
-    "  2  the command line, the plan or the journal was refused; nothing was changed";
+    "\n";
+
+std::string footer() {
+  std::string text = explanation;
+  text += "Exit codes:";
+  for (ExitCodeMeaning const& entry : exitCodes) {
+    text += "\n  " + std::to_string(entry.code) + "  " + wrapped(entry.meaning, 5, 84);
+  }
+  return text;
+}
 
 struct CommandLine {
   std::string plan;
@@ -77,18 +88,40 @@ struct CommandLine {
   bool force = false;
   bool otherComputer = false;
   bool otherAccount = false;
+  std::uint32_t wait = 600;  ///< seconds
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
   bool json = false;
+  bool strict = false;
   bool schemaOfReports = false;
   bool schemaOfEvents = false;
 };
 
-/// A command line or a surrounding that the program cannot work with.
-class Refusal : public std::runtime_error {
+/// A command line, a plan, a journal or a surrounding that the program cannot work with.
+class Refusal : public std::exception {
  public:
-  using std::runtime_error::runtime_error;
+  explicit Refusal(std::string const& reason, ExitCode code = refused)
+      : reasons_{reason}, code_(code) {}
+  /// Each names the file and the place.
+  explicit Refusal(std::vector<std::string> reasons)
+      : reasons_(std::move(reasons)), isOfFile_(true) {}
+
+  char const* what() const noexcept override { return "refused"; }
+  std::vector<std::string> const& reasons() const { return reasons_; }
+  ExitCode code() const { return code_; }
+
+  void tell(std::ostream& errors) const {
+    for (std::string const& reason : reasons_) {
+      errors << (isOfFile_ ? "" : "regplan: ") << reason << "\n";
+    }
+    errors << std::flush;
+  }
+
+ private:
+  std::vector<std::string> reasons_;
+  ExitCode code_ = refused;
+  bool isOfFile_ = false;
 };
 
 void addPlan(CLI::App& verb, CommandLine& given) {
@@ -126,8 +159,10 @@ void addOutput(CLI::App& verb, CommandLine& given) {
       ->option_text("FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  auto* const quiet =
-      verb.add_flag("--quiet", given.quiet, "Show failures and the summary only")->option_text(" ");
+  auto* const quiet = verb.add_flag("--quiet", given.quiet,
+                                    "Show the summary, and only the commands that are not\n"
+                                    "plainly done")
+                          ->option_text(" ");
   auto* const verbose =
       verb.add_flag("--verbose", given.verbose, "Show messages and changes as well")
           ->option_text(" ")
@@ -138,6 +173,11 @@ void addOutput(CLI::App& verb, CommandLine& given) {
       ->option_text(" ")
       ->excludes(quiet)
       ->excludes(verbose);
+}
+
+void addStrict(CLI::App& verb, CommandLine& given) {
+  verb.add_flag("--strict", given.strict, "End with 1 when a command was done with problems")
+      ->option_text(" ");
 }
 
 void addJournal(CLI::App& verb, CommandLine& given) {
@@ -164,6 +204,16 @@ void addRestore(CLI::App& verb, CommandLine& given) {
       ->option_text(" ");
 }
 
+void addWait(CLI::App& verb, CommandLine& given) {
+  constexpr std::uint32_t day = 24 * 60 * 60;
+  verb.add_option("--wait", given.wait,
+                  "Wait at most so long for another run, undo or\n"
+                  "restore on this machine to end; without it, 600")
+      ->check(CLI::Range(std::uint32_t{0}, day))
+      ->type_name("SECONDS")
+      ->option_text("SECONDS");
+}
+
 std::filesystem::path hostPath(std::string const& utf8) {
   return {std::u8string(utf8.begin(), utf8.end())};
 }
@@ -187,20 +237,25 @@ void requireMachine() {
   }
 }
 
-std::string joinedLines(std::vector<std::string> const& lines) {
-  std::string text;
-  for (std::string const& line : lines) text += line + "\n";
-  return text;
+using install::cpputil::machine_lock;
+
+/// Keeps others from changing the current machine meanwhile. A wait for one who does is told.
+std::unique_ptr<machine_lock> lockMachine(CommandLine const& given, View& view) {
+  std::chrono::seconds const limit(given.wait);
+  try {
+    return std::make_unique<machine_lock>(limit, [&] { view.waiting(limit); });
+  } catch (install::cpputil::machine_busy const& failure) {
+    throw Refusal(std::string(failure.what()) + "; nothing was changed", busy);
+  }
 }
 
-/// The plan in the file; nullopt after its errors were written.
-std::optional<Plan> loadPlan(std::string const& file, std::ostream& output) {
+Plan loadPlan(std::string const& file) {
   PlanErrors errors;
   std::string const text = readPlanFile(file, errors);
   std::optional<Plan> plan;
   if (errors.empty()) plan = readPlan(text, errors);
-  output << joinedLines(errors.lines(file));
-  return plan;
+  if (!plan) throw Refusal(errors.lines(file));
+  return std::move(*plan);
 }
 
 UString logFile(CommandLine const& given) {
@@ -316,27 +371,28 @@ void perform(Plan const& plan, CommandLine const& given, JournalWriter* journal,
   if (isPreview) overlay.emplace(target);
   machine::Machine& changed = overlay ? *overlay : target;
 
-  CommandWatch watch(changed, isPreview);
   bool const isTold = isPreview || given.verbose || given.json || !given.reports.empty();
+  CommandWatch watch(changed, isPreview,
+                     isTold ? CommandWatch::Depth::changes : CommandWatch::Depth::outcome);
   // The journal comes first: what it cannot write down does not happen.
   std::vector<machine::ChangeObserver*> observers;
   if (journal) observers.push_back(journal);
-  if (isTold) observers.push_back(&watch);
+  observers.push_back(&watch);
   machine::watch::WatchedMachine watched(changed, observers);
-  machine::ScopedMachine const scope(observers.empty() ? changed : watched);
-  report.commands = runPlan(plan, operation, view, surroundings.now, isTold ? &watch : nullptr);
+  machine::ScopedMachine const scope(watched);
+  report.commands = runPlan(plan, operation, view, surroundings.now, watch);
 }
 
 ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surroundings) {
-  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
-  if (!plan) return refused;
+  Plan const plan = loadPlan(given.plan);
+  auto const view = makeView(given, surroundings);
+  auto const lock = verb == Verb::preview ? nullptr : lockMachine(given, *view);
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(verb, given)};
-  report.request.options = plan->options;
+  report.request.options = plan.options;
   report.request.journal = given.journal;
   auto const journal = openJournal(given);
-  auto const view = makeView(given, surroundings);
-  view->begin(report.request, plan->commands.size());
+  view->begin(report.request, plan.commands.size());
   {
     LogScope const log;
     if (journal) {
@@ -345,12 +401,13 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
     }
     bool const isLogged = verb != Verb::preview && !given.noLog;
     if (isLogged) report.request.log = openLog(given, *view);
-    perform(*plan, given, journal.get(), report, *view, surroundings);
+    perform(plan, given, journal.get(), report, *view, surroundings);
   }
   for (CommandResult const& result : report.commands) report.duration += result.duration;
   view->end(report);
   bool const complete = writeReports(files, report, surroundings.errors);
-  return hasFailures(report) || !complete ? commandFailed : allRan;
+  bool const hasFailed = hasFailures(report) || (given.strict && hasProblems(report));
+  return hasFailed || !complete ? somethingFailed : allDone;
 }
 
 namespace journal = machine::journal;
@@ -367,11 +424,22 @@ journal::Journal readJournal(std::string const& file) {
   try {
     journal::Journal result = journal::readJournal(hostPath(file));
     if (!result.damage || result.damage->record > 0) return result;
-    throw Refusal("no journal: " + result.damage->reason);
+    throw Refusal(printable(file) + ": no journal: " + result.damage->reason);
   } catch (std::system_error const& failure) {
     throw Refusal(printable(file) + ": " + failure.code().message());
   } catch (std::runtime_error const& failure) {
     throw Refusal(printable(file) + ": " + printable(failure.what()));
+  }
+}
+
+/// Told before anything is shown or opened; the option that allows it, too.
+void requireOrigin(journal::Journal const& read, journal::RestoreOptions const& options,
+                   std::string const& file) {
+  try {
+    journal::requireOrigin(read, machine::current(), options);
+  } catch (journal::ForeignJournal const& foreign) {
+    throw Refusal(printable(file) + ": " + printable(foreign.what()) +
+                  "; --other-computer and --other-account restore it all the same");
   }
 }
 
@@ -381,17 +449,20 @@ std::string damageText(journal::Damage const& damage) {
 }
 
 ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
+  auto const view = makeView(given, surroundings);
+  // Before the journal is read: it may be that of a run that goes on.
+  auto const lock = lockMachine(given, *view);
   journal::Journal const read = readJournal(given.plan);
+  journal::RestoreOptions const options{given.force, given.otherComputer, given.otherAccount};
+  requireOrigin(read, options, given.plan);
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(Verb::restore, given)};
   report.request.force = given.force;
   report.request.otherComputer = given.otherComputer;
   report.request.otherAccount = given.otherAccount;
-  auto const view = makeView(given, surroundings);
   view->begin(report.request, 0);
   auto const start = surroundings.now();
-  journal::RestoreReport const result = journal::restore(
-      read, machine::current(), {given.force, given.otherComputer, given.otherAccount});
+  journal::RestoreReport const result = journal::restore(read, machine::current(), options);
   report.duration = surroundings.now() - start;
   report.handOvers = result.handOvers;
   for (journal::RestoreStep const& step : result.steps) {
@@ -406,7 +477,7 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   view->end(report);
   bool const complete = writeReports(files, report, surroundings.errors);
   bool const isAllBack = result.allRestored() && !result.damage;
-  return isAllBack && complete ? allRan : commandFailed;
+  return isAllBack && complete ? allDone : somethingFailed;
 }
 
 template <typename Action>
@@ -417,11 +488,11 @@ ExitCode onMachine(CommandLine const& given, Surroundings const& surroundings,
   if (simulated) scope.emplace(*simulated);
   requireMachine();
   ExitCode const result = action();
-  if (result == refused || !simulated) return result;
+  if (!simulated) return result;
   bool const isSaved =
       succeeds(surroundings.errors,
                "the simulated machine could not be saved: ", [&] { simulated->save(); });
-  return isSaved ? result : commandFailed;
+  return isSaved ? result : somethingFailed;
 }
 
 ExitCode restoreVerb(CommandLine const& given, Surroundings const& surroundings) {
@@ -433,16 +504,15 @@ ExitCode runVerb(CommandLine const& given, Verb verb, Surroundings const& surrou
 }
 
 ExitCode validateVerb(CommandLine const& given, Surroundings const& surroundings) {
-  std::optional<Plan> const plan = loadPlan(given.plan, surroundings.errors);
-  if (!plan) return refused;
+  Plan const plan = loadPlan(given.plan);
   surroundings.output << printable(given.plan) << ": valid, "
-                      << counted(plan->commands.size(), "command") << std::endl;
-  return allRan;
+                      << counted(plan.commands.size(), "command") << std::endl;
+  return allDone;
 }
 
 ExitCode listVerb(Surroundings const& surroundings) {
   writeCatalogue(surroundings.output, commandCatalogue(), optionCatalogue());
-  return allRan;
+  return allDone;
 }
 
 ExitCode schemaVerb(CommandLine const& given, Surroundings const& surroundings) {
@@ -451,7 +521,7 @@ ExitCode schemaVerb(CommandLine const& given, Surroundings const& surroundings) 
                               ? eventSchema()
                               : planSchema(commandCatalogue(), optionCatalogue()))
                       << std::flush;
-  return allRan;
+  return allDone;
 }
 
 constexpr std::array<std::string_view, 7> verbs = {"preview",  "run",  "undo",  "restore",
@@ -481,7 +551,7 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
   app.set_help_flag("--help", "Show this help; \"regplan VERB --help\": a verb's own");
   app.set_version_flag("--version", "regplan " REGPLAN_VERSION, "Show the version");
   app.require_subcommand(1);
-  app.footer(footer);
+  app.footer(footer());
 
   CommandLine given;
   CLI::App* const preview =
@@ -503,7 +573,9 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
   for (CLI::App* const verb : {preview, run, undo, restore}) addMachine(*verb, given);
   for (CLI::App* const verb : {run, undo}) addLog(*verb, given);
   for (CLI::App* const verb : {run, undo}) addJournal(*verb, given);
+  for (CLI::App* const verb : {run, undo, restore}) addWait(*verb, given);
   for (CLI::App* const verb : {preview, run, undo, restore}) addOutput(*verb, given);
+  for (CLI::App* const verb : {preview, run, undo}) addStrict(*verb, given);
   auto* const ofReports =
       schema->add_flag("--report", given.schemaOfReports, "That of reports in JSON instead")
           ->option_text(" ");
@@ -513,6 +585,17 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
       ->option_text(" ")
       ->excludes(ofReports);
 
+  // Known before the command line is: one that is refused is told in the form that it asks for.
+  bool const isForPrograms = std::ranges::find(arguments, "--json") != arguments.end();
+  auto const refuse = [&](Refusal const& refusal) {
+    if (isForPrograms) {
+      EventView(surroundings.output, surroundings.errors)
+          .refused(refusal.code(), refusal.reasons());
+    } else {
+      refusal.tell(surroundings.errors);
+    }
+    return refusal.code();
+  };
   try {
     std::ranges::reverse(arguments);
     app.parse(std::move(arguments));
@@ -525,17 +608,19 @@ int runProgram(std::vector<std::string> arguments, Surroundings const& surroundi
     return schemaVerb(given, surroundings);
   } catch (CLI::CallForHelp const&) {
     surroundings.output << app.help();
-    return allRan;
+    return allDone;
   } catch (CLI::CallForVersion const& version) {
     surroundings.output << version.what() << "\n";
-    return allRan;
+    return allDone;
   } catch (CLI::ParseError const& error) {
-    surroundings.errors << "regplan: " << reasonOf(error, app)
-                        << "\nRun \"regplan --help\" for what it takes.\n";
+    refuse(Refusal(reasonOf(error, app)));
+    if (!isForPrograms) surroundings.errors << "Run \"regplan --help\" for what it takes.\n";
+    return refused;
+  } catch (Refusal const& refusal) {
+    return refuse(refusal);
   } catch (std::exception const& error) {
-    surroundings.errors << "regplan: " << printable(error.what()) << "\n";
+    return refuse(Refusal(printable(error.what())));
   }
-  return refused;
 }
 
 }  // namespace regplan

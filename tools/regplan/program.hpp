@@ -9,12 +9,6 @@
 
 namespace regplan {
 
-enum ExitCode : int {
-  allRan = 0,         ///< whether or not messages reported problems
-  commandFailed = 1,  ///< an exception left at least one command, or a result could not be saved
-  refused = 2,        ///< bad command line, plan or journal: nothing was changed
-};
-
 /// What the program is given besides its arguments.
 struct Surroundings {
   std::ostream& output;
@@ -24,7 +18,7 @@ struct Surroundings {
 };
 
 /// The whole program but for main: `arguments` are UTF-8, without the program's name. The exit
-/// code.
+/// code, one of ExitCode.
 int runProgram(std::vector<std::string> arguments, Surroundings const& surroundings);
 
 }  // namespace regplan

@@ -1,7 +1,5 @@
 #include "tools/regplan/runner.hpp"
 
-#include <algorithm>
-#include <array>
 #include <exception>
 
 #include "fl/i18n/ustring.hpp"
@@ -12,6 +10,7 @@ namespace regplan {
 namespace {
 
 namespace logger = install::cpputil::logger;
+namespace trouble = install::cpputil::trouble;
 
 /// A log that can no longer be written must not keep the remaining commands from running; commands
 /// that log meet the same failure and report it.
@@ -46,69 +45,93 @@ std::string currentExceptionText() {
 /// One command of a run.
 class CommandRun {
  public:
-  CommandRun(PlannedCommand const& planned, RunObserver& observer, CommandWatch* watch)
+  CommandRun(PlannedCommand const& planned, RunObserver& observer, CommandWatch& watch)
       : planned_(planned), observer_(observer), watch_(watch) {
     result_.name = planned.name;
     result_.arguments = planned.arguments;
   }
 
   CommandResult run(Operation operation, Now const& now) {
-    if (watch_) watch_->begin(observer_);
+    watch_.begin(observer_);
     logger::scoped_observer const listener(
         [this](UString const& message) { hear(fl::i18n::ustring_to_utf8(message)); });
+    trouble::scoped_observer const troubles([this](trouble::report const& told) { hear(told); });
     auto const start = now();
     try {
       perform(*planned_.command, operation);
     } catch (...) {
       endWith(currentExceptionText());
     }
-    if (isBeyondForesight() && result_.outcome == Outcome::done) {
-      result_.outcome = Outcome::handsOver;
-    }
     result_.duration = now() - start;
-    if (watch_) watch_->end(result_);
+    bool const hasChanged = watch_.end(result_);
+    if (!hasFailed_) result_.outcome = outcomeWithoutFailure(hasChanged);
+    if (result_.outcome == Outcome::nothingToDo) {
+      result_.reason = reasonToSkip_.text;
+      result_.decidedBy = reasonToSkip_.subject;
+    }
     return std::move(result_);
   }
 
  private:
-  bool isBeyondForesight() const { return watch_ && watch_->isBeyondForesight(); }
+  Outcome outcomeWithoutFailure(bool hasChanged) const {
+    if (!result_.troubles.empty()) return Outcome::doneWithProblems;
+    if (watch_.isBeyondForesight()) return Outcome::handsOver;
+    return hasChanged || !result_.handOvers.empty() ? Outcome::done : Outcome::nothingToDo;
+  }
+
+  // After a hand-over a preview would tell of what the foreign code was to do and did not, as of a
+  // success or a failure.
 
   void hear(std::string const& text) {
-    // It would tell of what the foreign code was to do and did not, as of a success or a failure.
-    if (isBeyondForesight()) return;
-    bool const isTrouble = reportsTrouble(text);
-    if (isTrouble) result_.outcome = Outcome::doneWithProblems;
+    if (watch_.isBeyondForesight()) return;
+    bool const isTrouble = linesOfTrouble_ > 0;
+    if (isTrouble) --linesOfTrouble_;
     result_.messages.push_back({text, isTrouble});
     observer_.message(result_.messages.back());
   }
 
+  void hear(trouble::report const& told) {
+    if (watch_.isBeyondForesight()) return;
+    Trouble const trouble{told.severity, fl::i18n::ustring_to_utf8(told.text),
+                          fl::i18n::ustring_to_utf8(told.subject), told.logged_lines > 0};
+    if (told.severity == Trouble::Severity::skipped) {
+      reasonToSkip_ = trouble;
+      return;
+    }
+    linesOfTrouble_ = told.logged_lines;
+    result_.troubles.push_back(trouble);
+    observer_.trouble(trouble);
+  }
+
   void endWith(std::string const& reason) {
-    if (isBeyondForesight()) return;
+    if (watch_.isBeyondForesight()) return;
+    hasFailed_ = true;
     result_.outcome = Outcome::failed;
     result_.reason = reason;
   }
 
   PlannedCommand const& planned_;
   RunObserver& observer_;
-  CommandWatch* watch_;
+  CommandWatch& watch_;
   CommandResult result_;
+  bool hasFailed_ = false;
+  std::size_t linesOfTrouble_ = 0;  ///< so many of the next messages tell of trouble
+  Trouble reasonToSkip_{};
 };
 
-std::string logLine(CommandResult const& result) {
-  std::string line = result.name + ": " + std::string(nameOf(result.outcome).words) + " after " +
-                     formatDuration(result.duration);
-  if (result.outcome == Outcome::failed) line += ": " + result.reason;
-  return line;
+void appendOutcomeToLog(CommandResult const& result) {
+  for (Trouble const& trouble : result.troubles) {
+    if (!trouble.isLogged) {
+      appendToLog(result.name + ": " + std::string(nameOf(trouble.severity).words) + ": " +
+                  trouble.text);
+    }
+  }
+  std::string const reason = result.reason.empty() ? "" : ": " + result.reason;
+  appendToLog(result.name + ": " + std::string(nameOf(result.outcome).words) + " after " +
+              formatDuration(result.duration) + reason);
 }
 
 }  // namespace
-
-bool reportsTrouble(std::string_view message) {
-  static constexpr std::array<std::string_view, 5> beginnings = {
-      "Unable to ", "Failed to ", "Error ", "Exception ", "Path too long, "};
-  return std::ranges::any_of(
-      beginnings, [message](std::string_view beginning) { return message.starts_with(beginning); });
-}
 
 std::string formatDuration(std::chrono::steady_clock::duration duration) {
   auto const milliseconds = std::chrono::round<std::chrono::milliseconds>(duration).count();
@@ -117,26 +140,45 @@ std::string formatDuration(std::chrono::steady_clock::duration duration) {
          fraction + " s";
 }
 
-CommandWatch::CommandWatch(machine::Machine& machine, bool isPreview)
-    : recorder_(machine, shownFileBytes), isPreview_(isPreview) {}
+CommandWatch::CommandWatch(machine::Machine& machine, bool isPreview, Depth depth)
+    : recorder_(machine, depth == Depth::changes ? shownFileBytes : 0),
+      isPreview_(isPreview),
+      depth_(depth) {}
 
 void CommandWatch::begin(RunObserver& observer) {
   observer_ = &observer;
   handedOver_ = false;
+  unread_.clear();
 }
 
-void CommandWatch::end(CommandResult& result) {
-  observer_ = nullptr;
+void CommandWatch::aboutToChange(machine::Item const& item) {
   try {
-    auto record = recorder_.take();
-    result.changes = std::move(record.changes);
-    result.handOvers = std::move(record.handOvers);
+    recorder_.aboutToChange(item);
   } catch (std::exception const& failure) {
-    result.messages.push_back(
-        {"what this command changed is listed with a later one, or not at all: " +
-             std::string(failure.what()),
-         true});
+    unread_ = failure.what();
   }
+}
+
+bool CommandWatch::end(CommandResult& result) {
+  bool hasChanged = false;
+  try {
+    if (depth_ == Depth::changes) {
+      result.changes = recorder_.changes();
+      hasChanged = !result.changes.empty();
+    } else {
+      hasChanged = recorder_.hasChanged();
+    }
+  } catch (std::exception const& failure) {
+    unread_ = failure.what();
+  }
+  result.handOvers = recorder_.startAnew();
+  if (!unread_.empty() && depth_ == Depth::changes) {
+    result.troubles.push_back(
+        {Trouble::Severity::warning, "not all that this command changed is listed: " + unread_});
+    observer_->trouble(result.troubles.back());
+  }
+  observer_ = nullptr;
+  return hasChanged || !unread_.empty();
 }
 
 void CommandWatch::aboutToHandOver(machine::HandOver const& handOver) {
@@ -146,13 +188,13 @@ void CommandWatch::aboutToHandOver(machine::HandOver const& handOver) {
 }
 
 std::vector<CommandResult> runPlan(Plan const& plan, Operation operation, RunObserver& observer,
-                                   Now const& now, CommandWatch* watch) {
+                                   Now const& now, CommandWatch& watch) {
   std::vector<CommandResult> results;
   for (PlannedCommand const& planned : plan.commands) {
     observer.started(results.size() + 1, plan.commands.size(), planned.name);
     appendToLog(planned.name + (operation == Operation::execute ? ": execute" : ": undo"));
     results.push_back(CommandRun(planned, observer, watch).run(operation, now));
-    appendToLog(logLine(results.back()));
+    appendOutcomeToLog(results.back());
     observer.finished(results.back());
   }
   return results;

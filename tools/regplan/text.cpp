@@ -72,6 +72,25 @@ std::string unknown(std::string_view what, std::string_view name,
   return reason + "did you mean " + inQuotes(meant) + "? Known: " + joined(known);
 }
 
+std::string wrapped(std::string_view text, std::size_t indent, std::size_t width) {
+  std::string lines;
+  std::size_t column = indent;
+  while (!text.empty()) {
+    std::string_view const word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(text.size(), word.size() + 1));
+    if (column > indent && column + 1 + word.size() > width) {
+      lines += "\n" + std::string(indent, ' ');
+      column = indent;
+    } else if (column > indent) {
+      lines += ' ';
+      ++column;
+    }
+    lines += word;
+    column += word.size();
+  }
+  return lines;
+}
+
 std::string counted(std::size_t number, std::string_view noun) {
   return std::to_string(number) + " " + std::string(noun) + (number == 1 ? "" : "s");
 }

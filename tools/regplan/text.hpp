@@ -23,6 +23,10 @@ std::string_view nearest(std::string_view name, std::span<std::string_view const
 std::string unknown(std::string_view what, std::string_view name,
                     std::span<std::string_view const> known);
 
+/// `text`, words apart by blanks, in lines of at most `width` bytes; those after the first are
+/// indented by `indent` blanks, which count.
+std::string wrapped(std::string_view text, std::size_t indent, std::size_t width);
+
 /// "1 command", "3 commands".
 std::string counted(std::size_t number, std::string_view noun);
 

@@ -17,7 +17,6 @@ using Json = nlohmann::ordered_json;
 using machine::printable;
 using machine::shortened;
 using machine::toUtf8;
-using ItemOutcome = RestoredItem::Outcome;
 
 constexpr std::string_view outcomeIndent = "      ";
 constexpr std::string_view messageIndent = "        ";
@@ -54,8 +53,17 @@ std::string outcomeLine(CommandResult const& result) {
   bool const failed = result.outcome == Outcome::failed;
   std::string line = std::string(nameOf(result.outcome).words) + (failed ? " after " : " in ") +
                      formatDuration(result.duration);
-  if (failed) line += ": " + printable(result.reason);
+  if (!result.reason.empty()) line += ": " + printable(result.reason);
   return line;
+}
+
+std::string troubleLine(Trouble const& trouble) {
+  return std::string(nameOf(trouble.severity).words) + ": " + printable(trouble.text);
+}
+
+/// Whether the command's line is shown.
+bool isTold(CommandResult const& result, Detail detail) {
+  return detail != Detail::quiet || result.outcome != Outcome::done;
 }
 
 std::string handOverLine(machine::HandOver const& handOver) {
@@ -147,6 +155,11 @@ std::string changeLine(machine::Change const& change) {
          printable(toUtf8(itemName(change.item))) + valueChange(change);
 }
 
+void View::waiting(std::chrono::seconds limit) {
+  note("Waiting for another run, undo or restore to end, at most " +
+       counted(static_cast<std::size_t>(limit.count()), "second"));
+}
+
 // Plain lines
 
 void PlainView::begin(Request const& request, std::size_t commands) {
@@ -170,6 +183,12 @@ void PlainView::message(Message const& message) {
     output_ << messageIndent << printable(message.text) << std::endl;
 }
 
+void PlainView::trouble(Trouble const& trouble) {
+  if (!trouble.isLogged && detail_ != Detail::quiet) {
+    output_ << messageIndent << troubleLine(trouble) << std::endl;
+  }
+}
+
 void PlainView::handingOver(machine::HandOver const& handOver) {
   if (showsChanges(isPreview_, detail_)) {
     output_ << messageIndent << handOverLine(handOver) << std::endl;
@@ -177,17 +196,18 @@ void PlainView::handingOver(machine::HandOver const& handOver) {
 }
 
 void PlainView::finished(CommandResult const& result) {
-  if (detail_ == Detail::quiet) return quietly(result);
+  if (detail_ == Detail::quiet) {
+    if (!isTold(result, detail_)) return;
+    output_ << current_ << ": " << outcomeLine(result) << std::endl;
+    for (Trouble const& trouble : result.troubles) {
+      output_ << messageIndent << troubleLine(trouble) << std::endl;
+    }
+    return;
+  }
   output_ << outcomeIndent << outcomeLine(result) << std::endl;
   if (!showsChanges(isPreview_, detail_)) return;
   for (machine::Change const& change : result.changes) {
     output_ << messageIndent << changeLine(change) << std::endl;
-  }
-}
-
-void PlainView::quietly(CommandResult const& result) {
-  if (result.outcome == Outcome::failed) {
-    output_ << current_ << ": " << outcomeLine(result) << std::endl;
   }
 }
 
@@ -209,47 +229,36 @@ void PlainView::end(RunReport const& report) {
 
 namespace {
 
-// SGR sequences of ECMA-48.
-constexpr char const* green = "\x1B[32m";
-constexpr char const* cyan = "\x1B[36m";
-constexpr char const* yellow = "\x1B[33m";
-constexpr char const* red = "\x1B[31m";
-constexpr char const* noColour = "\x1B[0m";
-
-char const* colourOf(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::done:
-      return green;
-    case Outcome::handsOver:
-      return cyan;
-    case Outcome::doneWithProblems:
-      return yellow;
-    case Outcome::failed:
+/// SGR sequences of ECMA-48.
+constexpr std::string_view colourOf(Tone tone) {
+  switch (tone) {
+    case Tone::good:
+      return "\x1B[32m";
+    case Tone::idle:
+      return {};
+    case Tone::noted:
+      return "\x1B[36m";
+    case Tone::doubtful:
+      return "\x1B[33m";
+    case Tone::bad:
       break;
   }
-  return red;
+  return "\x1B[31m";
 }
+constexpr std::string_view noColour = "\x1B[0m";
 
-/// As wide as the longest of them.
+/// As wide as the longest outcome.
 std::string stateColumn(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::done:
-      return "done      ";
-    case Outcome::handsOver:
-      return "hands over";
-    case Outcome::doneWithProblems:
-      return "problems  ";
-    case Outcome::failed:
-      break;
-  }
-  return "failed    ";
+  std::string text(nameOf(outcome).words);
+  text.resize(nameOf(Outcome::doneWithProblems).words.size(), ' ');
+  return text;
 }
 
 std::string rightAligned(std::string const& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
-constexpr std::string_view detailIndent = "                        ";
+constexpr std::string_view detailIndent = "                                ";
 
 }  // namespace
 
@@ -265,7 +274,8 @@ void TerminalView::line(std::string const& text) {
 /// each takes one row.
 void TerminalView::drawLive() {
   std::size_t const width = terminal_.columns > 1 ? terminal_.columns - 1 : 1;
-  output_ << ("  running     " + running_).substr(0, width) << "\n" << bar().substr(0, width);
+  output_ << ("  running             " + running_).substr(0, width) << "\n"
+          << bar().substr(0, width);
   isLive_ = true;
 }
 
@@ -274,12 +284,10 @@ void TerminalView::eraseLive() {
   isLive_ = false;
 }
 
-std::string TerminalView::coloured(char const* colour, std::string const& text) const {
-  return terminal_.colours ? colour + text + noColour : text;
-}
-
-std::string TerminalView::coloured(Outcome outcome, std::string const& text) const {
-  return coloured(colourOf(outcome), text);
+std::string TerminalView::coloured(Tone tone, std::string const& text) const {
+  std::string_view const colour = colourOf(tone);
+  if (!terminal_.colours || colour.empty()) return text;
+  return std::string(colour) + text + std::string(noColour);
 }
 
 std::string TerminalView::bar() const {
@@ -311,23 +319,28 @@ void TerminalView::started(std::size_t, std::size_t total, std::string const& na
 void TerminalView::message(Message const& message) {
   if (detail_ == Detail::quiet || (detail_ == Detail::normal && !message.isTrouble)) return;
   std::string const text = printable(message.text);
-  details_.push_back(message.isTrouble ? coloured(yellow, text) : text);
+  details_.push_back(message.isTrouble ? coloured(Tone::doubtful, text) : text);
+}
+
+void TerminalView::trouble(Trouble const& trouble) {
+  // Without the log's lines, the trouble stands for them.
+  if (trouble.isLogged && detail_ != Detail::quiet) return;
+  details_.push_back(coloured(Tone::doubtful, troubleLine(trouble)));
 }
 
 void TerminalView::handingOver(machine::HandOver const& handOver) {
-  if (showsChanges(isPreview_, detail_)) details_.push_back(coloured(cyan, handOverLine(handOver)));
+  if (showsChanges(isPreview_, detail_))
+    details_.push_back(coloured(Tone::noted, handOverLine(handOver)));
 }
 
 void TerminalView::finished(CommandResult const& result) {
   ++done_;
-  bool const isTold = detail_ != Detail::quiet || result.outcome == Outcome::failed;
-  if (isTold) {
-    line("  " + coloured(result.outcome, stateColumn(result.outcome)) + " " +
+  Tone const tone = toneOf(result.outcome);
+  if (isTold(result, detail_)) {
+    line("  " + coloured(tone, stateColumn(result.outcome)) + " " +
          rightAligned(formatDuration(result.duration), 10) + " " + result.name);
   }
-  if (result.outcome == Outcome::failed) {
-    details_.push_back(coloured(red, printable(result.reason)));
-  }
+  if (!result.reason.empty()) details_.push_back(coloured(tone, printable(result.reason)));
   if (showsChanges(isPreview_, detail_)) {
     for (machine::Change const& change : result.changes) details_.push_back(changeLine(change));
   }
@@ -338,20 +351,17 @@ void TerminalView::finished(CommandResult const& result) {
 
 void TerminalView::restored(RestoredItem const& item) {
   if (detail_ == Detail::quiet && !isWorthTelling(item)) return;
-  char const* const colour = item.outcome == ItemOutcome::failed ? red
-                             : isLeft(item.outcome)              ? yellow
-                                                                 : green;
-  line("  " + coloured(colour, restoredLine(item)));
+  line("  " + coloured(toneOf(item.outcome), restoredLine(item)));
 }
 
 void TerminalView::end(RunReport const& report) {
   eraseLive();
   for (machine::HandOver const& handOver : report.handOvers) {
-    line("  " + coloured(yellow, handedOverLine(handOver)));
+    line("  " + coloured(Tone::doubtful, handedOverLine(handOver)));
   }
   std::string const text = summary(report);
   if (detail_ != Detail::quiet) output_ << "\n";
-  output_ << (hasFailures(report) ? coloured(red, text) : text) << std::endl;
+  output_ << (hasFailures(report) ? coloured(Tone::bad, text) : text) << std::endl;
 }
 
 // Events
@@ -364,6 +374,10 @@ void write(std::ostream& output, Json const& event) {
 }
 
 }  // namespace
+
+void EventView::waiting(std::chrono::seconds limit) {
+  write(output_, {{"event", "waiting"}, {"limitSeconds", limit.count()}});
+}
 
 void EventView::begin(Request const&, std::size_t) {}
 
@@ -380,6 +394,10 @@ void EventView::message(Message const& message) {
   write(output_, {{"event", "message"}, {"number", number_}, {"message", toJson(message)}});
 }
 
+void EventView::trouble(Trouble const& trouble) {
+  write(output_, {{"event", "trouble"}, {"number", number_}, {"trouble", toJson(trouble)}});
+}
+
 void EventView::handingOver(machine::HandOver const& handOver) {
   write(output_, {{"event", "handOver"}, {"number", number_}, {"handOver", toJson(handOver)}});
 }
@@ -393,7 +411,7 @@ void EventView::finished(CommandResult const& result) {
                 {"command", result.name},
                 {"outcome", nameOf(result.outcome).key},
                 {"seconds", inSeconds(result.duration)}};
-  if (result.outcome == Outcome::failed) event["reason"] = wellFormed(result.reason);
+  event.update(reasonJson(result));
   write(output_, event);
 }
 
@@ -408,6 +426,12 @@ void EventView::end(RunReport const& report) {
   write(output_, {{"event", "summary"},
                   {"request", requestJson(report.request)},
                   {"summary", summaryJson(report)}});
+}
+
+void EventView::refused(int exitCode, std::vector<std::string> const& reasons) {
+  Json texts = Json::array();
+  for (std::string const& reason : reasons) texts.push_back(wellFormed(reason));
+  write(output_, {{"event", "refused"}, {"exitCode", exitCode}, {"reasons", texts}});
 }
 
 }  // namespace regplan

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/run_report.hpp"
 
 /// What people and programs see while regplan works, UTF-8.
@@ -13,6 +15,9 @@ namespace regplan {
 /// Shows a preview, run, undo or restore as it happens, each line flushed.
 class View : public RunObserver {
  public:
+  /// Another process changes the machine, and is waited for, up to `limit`. Comes before begin, if
+  /// at all.
+  virtual void waiting(std::chrono::seconds limit);
   /// Comes first. `commands`: how many the plan has; 0 for a restore.
   virtual void begin(Request const& request, std::size_t commands) = 0;
   /// What is to be known but stops nothing, fit to print.
@@ -23,7 +28,7 @@ class View : public RunObserver {
 };
 
 enum class Detail {
-  quiet,    ///< failures and the summary
+  quiet,    ///< what is not plainly done, and the summary
   normal,   ///< log messages too; in a preview, of those the troubles, and what it would change
   verbose,  ///< everything
 };
@@ -38,14 +43,13 @@ class PlainView final : public View {
   void note(std::string const& text) override;
   void started(std::size_t number, std::size_t total, std::string const& name) override;
   void message(Message const& message) override;
+  void trouble(Trouble const& trouble) override;
   void handingOver(machine::HandOver const& handOver) override;
   void finished(CommandResult const& result) override;
   void restored(RestoredItem const& item) override;
   void end(RunReport const& report) override;
 
  private:
-  void quietly(CommandResult const& result);
-
   std::ostream& output_;
   Detail detail_;
   bool isPreview_ = false;
@@ -70,6 +74,7 @@ class TerminalView final : public View {
   void note(std::string const& text) override;
   void started(std::size_t number, std::size_t total, std::string const& name) override;
   void message(Message const& message) override;
+  void trouble(Trouble const& trouble) override;
   void handingOver(machine::HandOver const& handOver) override;
   void finished(CommandResult const& result) override;
   void restored(RestoredItem const& item) override;
@@ -79,8 +84,7 @@ class TerminalView final : public View {
   void line(std::string const& text);
   void drawLive();
   void eraseLive();
-  std::string coloured(Outcome outcome, std::string const& text) const;
-  std::string coloured(char const* colour, std::string const& text) const;
+  std::string coloured(Tone tone, std::string const& text) const;
   std::string bar() const;
 
   std::ostream& output_;
@@ -99,14 +103,18 @@ class EventView final : public View {
  public:
   EventView(std::ostream& output, std::ostream& errors) : output_(output), errors_(errors) {}
 
+  void waiting(std::chrono::seconds limit) override;
   void begin(Request const& request, std::size_t commands) override;
   void note(std::string const& text) override;
   void started(std::size_t number, std::size_t total, std::string const& name) override;
   void message(Message const& message) override;
+  void trouble(Trouble const& trouble) override;
   void handingOver(machine::HandOver const& handOver) override;
   void finished(CommandResult const& result) override;
   void restored(RestoredItem const& item) override;
   void end(RunReport const& report) override;
+  /// In the place of all others: nothing was begun.
+  void refused(int exitCode, std::vector<std::string> const& reasons);
 
  private:
   std::ostream& output_;

@@ -24,6 +24,8 @@ class REGISTRATION_API InstallationsRegistryCommand : public utility::Command {
 
  private:
   void addRecord() const;
+  /// Logs a line that says what was not done, and tells it as trouble.
+  void logTrouble(UString const& line) const;
 
   utility::Options options;
 };

@@ -28,6 +28,9 @@ class REGISTRATION_API LaunchCppMicroServicesCacheExecutable : public utility::C
   virtual void log_message(UString const& message) const;
 
  private:
+  /// Logs a line that says what was not done, and tells it as trouble.
+  void logTrouble(UString const& line) const;
+
   utility::Options options;
   Path executablePath;
 };

@@ -28,6 +28,9 @@ class REGISTRATION_API SetFileAssociations : public utility::Command {
   virtual void log_message(UString const& message) const;
 
  private:
+  /// Logs an exception's text and the line of the failure, and tells them as trouble.
+  void logFailure(UString const& text, UString const& failure, UString const& root) const;
+
   utility::Options options;
   std::uint32_t productCode;
 };

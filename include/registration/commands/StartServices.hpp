@@ -44,6 +44,9 @@ class REGISTRATION_API StartServices : public utility::Command {
   virtual UString getTaskMessage() const;
 
  private:
+  /// Logs a line that says what was not done, and tells it as trouble.
+  void logTrouble(UString const& line) const;
+
   utility::Options options;
   UString taskName;
   UString taskString2;

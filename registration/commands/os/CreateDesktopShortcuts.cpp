@@ -3,6 +3,7 @@
 #include "install/cpputil/logger.hpp"
 #include "install/postinstall/shortcuts.hpp"
 #include "registration/commands/os/shortcut_steps.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
@@ -23,7 +24,10 @@ CreateDesktopShortcuts::CreateDesktopShortcuts(CreateDesktopShortcuts const&) = 
 CreateDesktopShortcuts::~CreateDesktopShortcuts() = default;
 
 void CreateDesktopShortcuts::execute() const {
-  if (options.isSystemIntegrationSkipped() || !options.isDesktopShortcutRequested()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true) ||
+      utility::skippedBy(u"isDesktopShortcutRequested", options.isDesktopShortcutRequested(),
+                         false)) {
     return;
   }
   shortcut_steps::create({shortcut_steps::desktop, targetPath, shortcutName,
@@ -37,7 +41,8 @@ void CreateDesktopShortcuts::execute() const {
 }
 
 void CreateDesktopShortcuts::undo() const {
-  if (!options.isDesktopShortcutRequested()) {
+  if (utility::skippedBy(u"isDesktopShortcutRequested", options.isDesktopShortcutRequested(),
+                         false)) {
     return;
   }
   shortcut_steps::remove({shortcut_steps::desktop, targetPath, shortcutName,

@@ -3,6 +3,7 @@
 #include "install/cpputil/logger.hpp"
 #include "install/postinstall/shortcuts.hpp"
 #include "registration/commands/os/shortcut_steps.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
@@ -27,7 +28,10 @@ CreateStartMenuShortcuts::CreateStartMenuShortcuts(CreateStartMenuShortcuts cons
 CreateStartMenuShortcuts::~CreateStartMenuShortcuts() = default;
 
 void CreateStartMenuShortcuts::execute() const {
-  if (options.isSystemIntegrationSkipped() || !options.isStartMenuShortcutRequested()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true) ||
+      utility::skippedBy(u"isStartMenuShortcutRequested", options.isStartMenuShortcutRequested(),
+                         false)) {
     return;
   }
   shortcut_steps::create({shortcut_steps::startMenu, targetPath, shortcutName,
@@ -42,7 +46,8 @@ void CreateStartMenuShortcuts::execute() const {
 }
 
 void CreateStartMenuShortcuts::undo() const {
-  if (!options.isStartMenuShortcutRequested()) {
+  if (utility::skippedBy(u"isStartMenuShortcutRequested", options.isStartMenuShortcutRequested(),
+                         false)) {
     return;
   }
   shortcut_steps::remove({shortcut_steps::startMenu, targetPath, shortcutName,

@@ -1,9 +1,18 @@
 #include "registration/commands/CreateSymlink.hpp"
 
 #include "install/cpputil/logger.hpp"
+#include "registration/utility/failure_convention.hpp"
 #include "registration/utility/utilities.hpp"
 
 namespace registration::commands {
+
+namespace {
+
+void tellThatNothingIsDone() {
+  utility::skipped(u"this command keeps links in a plan and changes nothing", {});
+}
+
+}  // namespace
 
 CreateSymlink::CreateSymlink(utility::Options const& given, std::vector<Path> const& paths,
                              UString const& name)
@@ -13,10 +22,15 @@ CreateSymlink::~CreateSymlink() = default;
 
 void CreateSymlink::execute() const {
   // Asked as every command asks, though there is nothing to skip.
-  static_cast<void>(options.isSystemIntegrationSkipped());
+  if (!utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                          true)) {
+    tellThatNothingIsDone();
+  }
 }
 
-void CreateSymlink::undo() const {}
+void CreateSymlink::undo() const {
+  tellThatNothingIsDone();
+}
 
 void CreateSymlink::log_message(UString const& message) const {
   install::cpputil::logger::append_message(message);

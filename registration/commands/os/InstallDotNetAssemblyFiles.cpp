@@ -28,7 +28,8 @@ InstallDotNetAssemblyFiles::InstallDotNetAssemblyFiles(InstallDotNetAssemblyFile
 InstallDotNetAssemblyFiles::~InstallDotNetAssemblyFiles() = default;
 
 void InstallDotNetAssemblyFiles::execute() const {
-  if (options.isSystemIntegrationSkipped()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true)) {
     return;
   }
   utility::loggingFailure([this](UString const& message) { log_message(message); },
@@ -36,17 +37,21 @@ void InstallDotNetAssemblyFiles::execute() const {
                           [this] { installAssemblies(); });
 }
 
-void InstallDotNetAssemblyFiles::undo() const {}
+void InstallDotNetAssemblyFiles::undo() const {
+  utility::skipped(u"installed assemblies stay in the global assembly cache", {});
+}
 
 void InstallDotNetAssemblyFiles::installAssemblies() const {
+  auto const log = [this](UString const& message) { log_message(message); };
   if (!isDotNetFrameworkVersionFourInstalled()) {
-    log_message(
-        u".NET Framework Version 4 is not installed. Unable to install .NET Assembly files.");
+    utility::logTrouble(
+        log, u".NET Framework Version 4 is not installed. Unable to install .NET Assembly files.",
+        u".NET Framework Version 4");
     return;
   }
   Path const program = getGACInstallerPath();
   if (!existsWrapper(program)) {
-    log_message(program.ustring() + u" does not exist");
+    utility::logTrouble(log, program.ustring() + u" does not exist", program.ustring());
     return;
   }
   runForEach(assemblies, program, {u"", u" does not exist", u"Successfully ran "},
@@ -54,7 +59,7 @@ void InstallDotNetAssemblyFiles::installAssemblies() const {
               [this](Path const& file, std::wstring const& parameters) {
                 return shellExecuteWrapper(file, parameters);
               },
-              [this](UString const& message) { log_message(message); }});
+              log});
 }
 
 bool InstallDotNetAssemblyFiles::existsWrapper(fl::filesystem::basic_path const& file) const {

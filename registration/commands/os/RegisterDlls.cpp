@@ -21,7 +21,8 @@ RegisterDlls::RegisterDlls(RegisterDlls const&) = default;
 RegisterDlls::~RegisterDlls() = default;
 
 void RegisterDlls::execute() const {
-  if (options.isSystemIntegrationSkipped()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true)) {
     return;
   }
   run({{u"/s ", u" not registered since it does not exist", u"Successfully ran "},
@@ -41,7 +42,7 @@ void RegisterDlls::run(Direction const& direction) const {
   utility::loggingFailure(log, direction.failure, [&] {
     Path const program = Path(getSystemDirectoryWrapper()) / u"regsvr32.exe";
     if (!fl::filesystem::exists(program)) {
-      log_message(program.ustring() + direction.missingProgram);
+      utility::logTrouble(log, program.ustring() + direction.missingProgram, program.ustring());
       return;
     }
     runForEach(dlls, program, direction.run,

@@ -29,7 +29,10 @@ SetFileAssociations::SetFileAssociations(SetFileAssociations&&) = default;
 SetFileAssociations::~SetFileAssociations() = default;
 
 void SetFileAssociations::execute() const {
-  if (options.isSystemIntegrationSkipped() || !options.isFileAssociationRequested()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true) ||
+      utility::skippedBy(u"isFileAssociationRequested", options.isFileAssociationRequested(),
+                         false)) {
     return;
   }
   UString const root = options.getRootPath();
@@ -40,13 +43,13 @@ void SetFileAssociations::execute() const {
         log_message(u"Successfully updated file associations at " + root);
       },
       [&](UString const& text) {
-        log_message(text);
-        log_message(u"Failed to update file associations at " + root);
+        logFailure(text, u"Failed to update file associations at ", root);
       });
 }
 
 void SetFileAssociations::undo() const {
-  if (!options.isFileAssociationRequested()) {
+  if (utility::skippedBy(u"isFileAssociationRequested", options.isFileAssociationRequested(),
+                         false)) {
     return;
   }
   UString const root = options.getRootPath();
@@ -57,9 +60,15 @@ void SetFileAssociations::undo() const {
         log_message(u"Successfully deleted file associations at " + root);
       },
       [&](UString const& text) {
-        log_message(text);
-        log_message(u"Failed to delete file associations at " + root);
+        logFailure(text, u"Failed to delete file associations at ", root);
       });
+}
+
+void SetFileAssociations::logFailure(UString const& text, UString const& failure,
+                                     UString const& root) const {
+  utility::tellFailure(failure + root, text, root);
+  log_message(text);
+  log_message(failure + root);
 }
 
 void SetFileAssociations::registerWrapper() const {

@@ -14,12 +14,15 @@ void runFor(Path const& file, Path const& program, FileRun const& run,
   utility::loggingFailure(operations.log, failure, [&] {
     // No file's name has a quote in it, so that none that exists can break out of the quotes.
     if (!operations.exists(file)) {
-      operations.log(file.ustring() + run.missing);
+      utility::logTrouble(operations.log, file.ustring() + run.missing, file.ustring());
       return;
     }
     operations.log(u"Running " + description);
-    bool const launched = operations.launch(program, fl::i18n::to_wstring(parameters));
-    operations.log(launched ? run.success + description : failure);
+    if (operations.launch(program, fl::i18n::to_wstring(parameters))) {
+      operations.log(run.success + description);
+    } else {
+      utility::logTrouble(operations.log, failure, file.ustring());
+    }
   });
 }
 

@@ -15,7 +15,9 @@ namespace {
 template <typename Step>
 void reportingIn(Subject const& subject, UString const& failurePrefix, Step&& step) {
   utility::reportingFailure(std::forward<Step>(step), [&](UString const& text) {
-    subject.log(to_ustring(to_string(failurePrefix + subject.targetPath + text)));
+    utility::logTrouble(subject.log,
+                        to_ustring(to_string(failurePrefix + subject.targetPath + text)),
+                        subject.targetPath);
   });
 }
 

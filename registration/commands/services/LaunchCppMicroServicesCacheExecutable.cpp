@@ -22,13 +22,15 @@ LaunchCppMicroServicesCacheExecutable::~LaunchCppMicroServicesCacheExecutable() 
 
 void LaunchCppMicroServicesCacheExecutable::execute() const {
   if (executablePath.empty() || !fl::filesystem::exists(executablePath)) {
-    log_message(programName + u" does not exist");
+    logTrouble(programName + u" does not exist");
     return;
   }
   launchExe({});
 }
 
-void LaunchCppMicroServicesCacheExecutable::undo() const {}
+void LaunchCppMicroServicesCacheExecutable::undo() const {
+  utility::skipped(u"what the helper program did stays", {});
+}
 
 bool LaunchCppMicroServicesCacheExecutable::launchExe(
     std::vector<std::string> const& arguments) const {
@@ -40,12 +42,17 @@ bool LaunchCppMicroServicesCacheExecutable::launchExe(
         hasEnded = true;
       },
       [this](UString const& reason) {
-        log_message(u"Unable to call " + programName + u":" + reason);
+        logTrouble(u"Unable to call " + programName + u":" + reason);
       });
   if (hasEnded) {
     log_message(u"Successfully called " + programName);
   }
   return hasEnded;
+}
+
+void LaunchCppMicroServicesCacheExecutable::logTrouble(UString const& line) const {
+  utility::logTrouble([this](UString const& message) { log_message(message); }, line,
+                      executablePath.ustring());
 }
 
 void LaunchCppMicroServicesCacheExecutable::log_message(UString const& message) const {

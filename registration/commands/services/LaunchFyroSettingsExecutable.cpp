@@ -2,6 +2,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "registration/commands/services/helper_program.hpp"
+#include "registration/utility/failure_convention.hpp"
 
 namespace registration::commands {
 
@@ -14,7 +15,12 @@ LaunchFyroSettingsExecutable::~LaunchFyroSettingsExecutable() = default;
 
 void LaunchFyroSettingsExecutable::execute() const {
   using fl::i18n::ustring_to_utf8;
-  if (!options.isUsageDataSettingsRequested() || !fl::filesystem::exists(executablePath)) {
+  if (utility::skippedBy(u"isUsageDataSettingsRequested", options.isUsageDataSettingsRequested(),
+                         false)) {
+    return;
+  }
+  if (!fl::filesystem::exists(executablePath)) {
+    utility::skipped(executablePath.ustring() + u" does not exist", executablePath.ustring());
     return;
   }
   std::vector<std::string> arguments{"-m", ustring_to_utf8(options.getRootPath()), "-i",
@@ -25,7 +31,9 @@ void LaunchFyroSettingsExecutable::execute() const {
   launchExe(arguments);
 }
 
-void LaunchFyroSettingsExecutable::undo() const {}
+void LaunchFyroSettingsExecutable::undo() const {
+  utility::skipped(u"what the helper program did stays", {});
+}
 
 bool LaunchFyroSettingsExecutable::launchExe(std::vector<std::string> const& arguments) const {
   startHelper(executablePath, arguments).detach();

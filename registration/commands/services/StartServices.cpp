@@ -4,6 +4,7 @@
 
 #include "install/cpputil/logger.hpp"
 #include "install/postinstall/scheduled_tasks.hpp"
+#include "registration/utility/failure_convention.hpp"
 #include "registration/utility/utilities.hpp"
 
 namespace registration::commands {
@@ -24,12 +25,15 @@ StartServices::StartServices(StartServices const&) = default;
 StartServices::~StartServices() = default;
 
 void StartServices::execute() const {
-  if (options.isSystemIntegrationSkipped() || !options.areScheduledServicesEnabled()) {
+  if (utility::skippedBy(u"isSystemIntegrationSkipped", options.isSystemIntegrationSkipped(),
+                         true) ||
+      utility::skippedBy(u"areScheduledServicesEnabled", options.areScheduledServicesEnabled(),
+                         false)) {
     return;
   }
   if (checkIfTaskExists(taskName)) {
     if (TaskTerminateAndDisableWrapper(taskName) == 0) {
-      log_message(u"Failed to stop " + getTaskMessage());
+      logTrouble(u"Failed to stop " + getTaskMessage());
       return;
     }
     log_message(u"Successfully stopped " + getTaskMessage());
@@ -39,22 +43,30 @@ void StartServices::execute() const {
   if (code == 0) {
     log_message(u"Successsfully scheduled " + getTaskMessage());
   } else {
-    log_message(u"Failed to schedule " + getTaskMessage() + u", the error code is: " +
-                to_ustring(std::to_string(code)));
+    logTrouble(u"Failed to schedule " + getTaskMessage() + u", the error code is: " +
+               to_ustring(std::to_string(code)));
   }
 }
 
 void StartServices::undo() const {
-  if (!options.areScheduledServicesEnabled() || !checkIfTaskExists(taskName)) {
+  if (utility::skippedBy(u"areScheduledServicesEnabled", options.areScheduledServicesEnabled(),
+                         false)) {
+    return;
+  }
+  if (!checkIfTaskExists(taskName)) {
+    utility::skipped(u"no task " + getTaskMessage(), taskName);
     return;
   }
   if (TaskTerminateAndDisableWrapper(taskName) == 0) {
-    log_message(getTaskMessage() + u" does not exist");
+    logTrouble(getTaskMessage() + u" does not exist");
     return;
   }
   log_message(u"Successfully stopped " + getTaskMessage());
-  bool const deleted = TaskDeleteWrapper(taskName) != 0;
-  log_message((deleted ? u"Successsfully removed " : u"Failed to remove ") + getTaskMessage());
+  if (TaskDeleteWrapper(taskName) != 0) {
+    log_message(u"Successsfully removed " + getTaskMessage());
+  } else {
+    logTrouble(u"Failed to remove " + getTaskMessage());
+  }
 }
 
 int StartServices::TaskCreateWrapper(UString const& name, UString const& s2,
@@ -87,6 +99,10 @@ UString StartServices::GetTaskApplicationPathWrapper(UString const& name) const 
 
 void StartServices::log_message(UString const& message) const {
   install::cpputil::logger::append_message(message);
+}
+
+void StartServices::logTrouble(UString const& line) const {
+  utility::logTrouble([this](UString const& message) { log_message(message); }, line, taskName);
 }
 
 UString StartServices::getTaskMessage() const {

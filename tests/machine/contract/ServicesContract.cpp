@@ -8,7 +8,7 @@ using machine::SystemError;
 
 namespace {
 
-constexpr std::chrono::milliseconds patience = std::chrono::seconds(20);
+constexpr std::chrono::milliseconds timeout = std::chrono::seconds(20);
 
 ServiceDefinition asKept(ServiceDefinition definition, MachineUnderTest& under) {
   if (!under.keepsRecovery()) definition.recovery = {};
@@ -44,6 +44,15 @@ TEST_P(ServicesContract, AServiceIsKeptAsItWasSet) {
   EXPECT_EQ(services().state(name()), ServiceState::stopped);
 }
 
+TEST_P(ServicesContract, DescriptionsOfAFewLettersAreKeptAsLongOnesAre) {
+  for (auto const* description : {u"x", u"xy", u"xyz", u"Made by a test"}) {
+    auto described = definition();
+    described.description = description;
+    services().set(name(), described);
+    EXPECT_EQ(services().definition(name()), asKept(described, under()));
+  }
+}
+
 TEST_P(ServicesContract, NamesAreComparedWithoutRegardToCase) {
   services().set(name(), definition());
   EXPECT_EQ(services().definition(u"REGISTRATIONcontracttest"), asKept(definition(), under()));
@@ -63,19 +72,19 @@ TEST_P(ServicesContract, SettingAgainReplacesTheDefinition) {
 
 TEST_P(ServicesContract, AServiceIsStartedAndStopped) {
   services().set(name(), definition());
-  services().start(name(), patience);
+  services().start(name(), timeout);
   EXPECT_EQ(services().state(name()), ServiceState::running);
-  services().start(name(), patience);
+  services().start(name(), timeout);
   EXPECT_EQ(services().state(name()), ServiceState::running) << "started twice";
-  services().stop(name(), patience);
+  services().stop(name(), timeout);
   EXPECT_EQ(services().state(name()), ServiceState::stopped);
-  services().stop(name(), patience);
+  services().stop(name(), timeout);
   EXPECT_EQ(services().state(name()), ServiceState::stopped) << "stopped twice";
 }
 
 TEST_P(ServicesContract, SettingLeavesARunningServiceRunning) {
   services().set(name(), definition());
-  services().start(name(), patience);
+  services().start(name(), timeout);
   services().set(name(), definition());
   EXPECT_EQ(services().state(name()), ServiceState::running);
 }
@@ -88,15 +97,15 @@ TEST_P(ServicesContract, ARemovedServiceIsGone) {
 }
 
 TEST_P(ServicesContract, AMissingServiceCannotBeStartedOrStopped) {
-  EXPECT_THROW(services().start(name(), patience), SystemError);
-  EXPECT_THROW(services().stop(name(), patience), SystemError);
+  EXPECT_THROW(services().start(name(), timeout), SystemError);
+  EXPECT_THROW(services().stop(name(), timeout), SystemError);
 }
 
 TEST_P(ServicesContract, AServiceWithoutItsProgramDoesNotStart) {
   auto broken = definition();
   broken.commandLine = u"\"" + in(u"none.exe") + u"\"";
   services().set(name(), broken);
-  EXPECT_THROW(services().start(name(), patience), SystemError);
+  EXPECT_THROW(services().start(name(), timeout), SystemError);
   EXPECT_EQ(services().state(name()), ServiceState::stopped);
 }
 
@@ -104,7 +113,7 @@ TEST_P(ServicesContract, ADisabledServiceDoesNotStart) {
   auto disabled = definition();
   disabled.start = machine::ServiceStart::disabled;
   services().set(name(), disabled);
-  EXPECT_THROW(services().start(name(), patience), SystemError);
+  EXPECT_THROW(services().start(name(), timeout), SystemError);
 }
 
 TEST_P(ServicesContract, NamesThatNoServiceCanHaveAreRefused) {

@@ -150,6 +150,7 @@ class ModulesContract : public Contract {
   }
 };
 class ClockContract : public Contract {};
+class MachineLockContract : public Contract {};
 
 }  // namespace contract
 
@@ -165,6 +166,7 @@ class ClockContract : public Contract {};
   INSTANTIATE_TEST_SUITE_P(prefix, ProcessesContract, ::testing::Values(provider));   \
   INSTANTIATE_TEST_SUITE_P(prefix, ModulesContract, ::testing::Values(provider));     \
   INSTANTIATE_TEST_SUITE_P(prefix, ClockContract, ::testing::Values(provider));       \
+  INSTANTIATE_TEST_SUITE_P(prefix, MachineLockContract, ::testing::Values(provider)); \
   }                                                                                   \
   static_assert(true, "takes the semicolon")
 

@@ -280,8 +280,12 @@ TEST_F(SimulatedMachineTest, WhatTheShellOpensIsRecordedInOrder) {
 
 TEST_F(SimulatedMachineTest, ProcessesOfBeforeTheShellOpenedAnyAreTaken) {
   put("processes.json", R"({"version": 1, "launched": []})");
-  { SimulatedMachine const machine(directory()); }
-  EXPECT_EQ(json::parse(content("processes.json"))["shellExecuted"], json::array());
+  {
+    SimulatedMachine machine(directory());
+    writeFile(machine, u"C:\\a.txt", "");
+    EXPECT_TRUE(machine.processes().shellExecute(u"C:\\a.txt", u""));
+  }
+  EXPECT_EQ(json::parse(content("processes.json"))["shellExecuted"].size(), 1u);
 }
 
 TEST_F(SimulatedMachineTest, CallsIntoModulesAreRecordedInOrder) {

@@ -46,7 +46,7 @@ TEST_F(ChangeRecorderTest, TellsEachItemOnceInTheOrderOfTheFirstTouch) {
                                RegistryValue::ofDword(1));
   write(machine_, u"C:\\A", "new");
   EXPECT_THAT(
-      recorder_.take().changes,
+      recorder_.changes(),
       ElementsAre(Change{{Item::Kind::folder, u"C:\\folder", {}}, {}, Existing{}},
                   Change{file(u"C:\\a"), content("old", hashOfOld), content("new", hashOfNew)},
                   Change{{Item::Kind::registryValue, u"HKEY_LOCAL_MACHINE\\SOFTWARE", u"N"},
@@ -62,12 +62,19 @@ TEST_F(ChangeRecorderTest, WhatWasPutBackIsNoChange) {
   replaceFile(machine_.files(), u"C:\\a", "old");
   machine_.registry().setText({RegistryRoot::localMachine, u"SOFTWARE\\A"}, u"", u"x");
   machine_.registry().removeKey({RegistryRoot::localMachine, u"SOFTWARE\\A"});
-  EXPECT_THAT(recorder_.take().changes, IsEmpty());
+  EXPECT_THAT(recorder_.changes(), IsEmpty());
+}
+
+TEST_F(ChangeRecorderTest, NothingHasChangedWhereAllIsAsItWas) {
+  write(machine_, u"C:\\a", "1");
+  recorder_.startAnew();
+  write(machine_, u"C:\\a", "1");
+  EXPECT_FALSE(recorder_.hasChanged());
 }
 
 TEST_F(ChangeRecorderTest, LongContentsAreToldBySizeAndHashOnly) {
   write(machine_, u"C:\\a", "12345");
-  auto const changes = recorder_.take().changes;
+  auto const changes = recorder_.changes();
   ASSERT_EQ(changes.size(), 1u);
   auto const& after = std::get<FileContent>(changes[0].after);
   EXPECT_EQ(after.size, 5u);
@@ -79,7 +86,7 @@ TEST_F(ChangeRecorderTest, AFileInThePlaceOfAFolderIsOneChange) {
   inner_.files().createDirectory(u"C:\\x");
   machine_.files().removeDirectory(u"C:\\x");
   write(machine_, u"C:\\x", "new");
-  EXPECT_THAT(recorder_.take().changes,
+  EXPECT_THAT(recorder_.changes(),
               ElementsAre(Change{
                   {Item::Kind::folder, u"C:\\x", {}}, Existing{}, content("new", hashOfNew)}));
 }
@@ -98,7 +105,7 @@ TEST_F(ChangeRecorderTest, EveryKindOfItemIsToldWithItsStates) {
   machine_.services().start(u"Service", std::chrono::milliseconds(0));
   machine_.environment().setVariable(u"A", u"1");
   machine_.registry().createKey({RegistryRoot::localMachine, u"SOFTWARE\\A"});
-  EXPECT_THAT(recorder_.take().changes,
+  EXPECT_THAT(recorder_.changes(),
               ElementsAre(Change{{Item::Kind::shortcut, u"C:\\s.lnk", {}}, {}, shortcut},
                           Change{{Item::Kind::task, u"Task", {}}, {}, task},
                           Change{{Item::Kind::service, u"Service", {}},
@@ -113,21 +120,23 @@ TEST_F(ChangeRecorderTest, EveryKindOfItemIsToldWithItsStates) {
 TEST_F(ChangeRecorderTest, HandOversAreToldInOrder) {
   machine_.modules().callEntryPoint(u"server", "Register", {});
   machine_.processes().shellExecute(u"C:\\tool.exe", u"-a");
-  EXPECT_THAT(recorder_.take().handOvers,
+  EXPECT_THAT(recorder_.startAnew(),
               ElementsAre(HandOver{HandOver::Kind::module, u"server", u"Register"},
                           HandOver{HandOver::Kind::shellProgram, u"C:\\tool.exe", u"-a"}));
 }
 
-TEST_F(ChangeRecorderTest, StartsAnewAfterATake) {
+TEST_F(ChangeRecorderTest, StartingAnewForgetsWhatWas) {
   write(machine_, u"C:\\a", "old");
   machine_.modules().callEntryPoint(u"server", "Register", {});
-  recorder_.take();
-  EXPECT_THAT(recorder_.take().changes, IsEmpty());
+  EXPECT_TRUE(recorder_.hasChanged());
+  recorder_.startAnew();
+  EXPECT_FALSE(recorder_.hasChanged());
+  EXPECT_THAT(recorder_.changes(), IsEmpty());
   write(machine_, u"C:\\a", "new");
-  auto const record = recorder_.take();
-  EXPECT_THAT(record.handOvers, IsEmpty());
-  EXPECT_THAT(record.changes, ElementsAre(Change{file(u"C:\\a"), content("old", hashOfOld),
-                                                 content("new", hashOfNew)}));
+  EXPECT_TRUE(recorder_.hasChanged());
+  EXPECT_THAT(recorder_.changes(), ElementsAre(Change{file(u"C:\\a"), content("old", hashOfOld),
+                                                      content("new", hashOfNew)}));
+  EXPECT_THAT(recorder_.startAnew(), IsEmpty());
 }
 
 #if !defined(_WIN32)
@@ -138,13 +147,13 @@ TEST_F(ChangeRecorderTest, AFileWrittenThroughALinkIsAChangeOfTheLink) {
   auto before = content("old", hashOfOld);
   auto after = content("new", hashOfNew);
   before.isLink = after.isLink = true;
-  EXPECT_THAT(recorder_.take().changes, ElementsAre(Change{file(u"C:\\link"), before, after}));
+  EXPECT_THAT(recorder_.changes(), ElementsAre(Change{file(u"C:\\link"), before, after}));
 }
 
 TEST_F(ChangeRecorderTest, ALinkThatLeadsNowhereIsAnItemWithoutContent) {
   std::filesystem::create_symlink("nowhere", directory_.path() / "C" / "link");
   machine_.files().removeFile(u"C:\\link");
-  auto const changes = recorder_.take().changes;
+  auto const changes = recorder_.changes();
   ASSERT_EQ(changes.size(), 1u);
   EXPECT_EQ(changes[0].before, ItemState(FileContent{0, "", std::nullopt, true}));
   EXPECT_EQ(changes[0].after, ItemState());

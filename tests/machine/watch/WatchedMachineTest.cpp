@@ -276,7 +276,7 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
   auto const both = [](std::string const& name) {
     return Lines{"about " + name, "changed " + name};
   };
-  std::chrono::milliseconds const patience(1);
+  std::chrono::milliseconds const timeout(1);
   std::string const keyName = toUtf8(value.where);
   return {
       {"Files::openForWriting",
@@ -305,7 +305,7 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[](Machine& m) { m.files().setReadOnly(u"C:\\tool.exe", true); },
         both("file C:\\tool.exe")}},
       {"Files::lock",
-       {[=](Machine& m) { m.files().lock(u"C:\\new", patience); }, both("file C:\\new")}},
+       {[=](Machine& m) { m.files().lock(u"C:\\new", timeout); }, both("file C:\\new")}},
       {"Registry::createKey",
        {[=](Machine& m) {
           m.registry().createKey({key.root, key.path + u"\\new"});
@@ -349,9 +349,9 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
       {"Services::remove",
        {[](Machine& m) { m.services().remove(u"There"); }, both("service There")}},
       {"Services::start",
-       {[=](Machine& m) { m.services().start(u"There", patience); }, both("service There")}},
+       {[=](Machine& m) { m.services().start(u"There", timeout); }, both("service There")}},
       {"Services::stop",
-       {[=](Machine& m) { m.services().stop(u"There", patience); }, both("service There")}},
+       {[=](Machine& m) { m.services().stop(u"There", timeout); }, both("service There")}},
       {"Processes::start",
        {[=](Machine& m) { m.processes().start(program); },
         {"hand over program C:\\tool.exe -a \"b c\""}}},
@@ -374,14 +374,14 @@ std::vector<std::string> const otherOperations{
     "Environment::broadcastSettingChange", "Environment::lastError", "Shell::knownFolder",
     "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task", "Tasks::document",
     "Tasks::folderExists", "Services::definition", "Services::state", "Downloads::get",
-    "Clock::now",
+    "Clock::now", "MachineLock::acquire",
     // Of what an operation handed out:
     "DirectoryStream::next", "FileReader::read", "FileReader::seek", "FileWriter::write",
     "FileWriter::flushToDisk", "FileWriter::close", "ChildProcess::wait", "ChildProcess::detach",
     // The parts themselves:
     "Machine::files", "Machine::registry", "Machine::environment", "Machine::shell",
     "Machine::processes", "Machine::modules", "Machine::tasks", "Machine::services",
-    "Machine::downloads", "Machine::clock"};
+    "Machine::downloads", "Machine::clock", "Machine::lock"};
 
 /// "Class::operation" of every virtual function that a header declares, destructors left out.
 void addOperations(std::filesystem::path const& header, std::vector<std::string>& operations) {
@@ -420,9 +420,9 @@ class WatchedInterface : public WatchedMachineTest {
 
 TEST_F(WatchedInterface, EveryOperationIsKnownToChangeOrNotTo) {
   std::vector<std::string> declared;
-  for (auto const* header :
-       {"files.hpp", "registry.hpp", "environment.hpp", "shell.hpp", "processes.hpp", "modules.hpp",
-        "tasks.hpp", "services.hpp", "downloads.hpp", "clock.hpp", "machine.hpp"}) {
+  for (auto const* header : {"files.hpp", "registry.hpp", "environment.hpp", "shell.hpp",
+                             "processes.hpp", "modules.hpp", "tasks.hpp", "services.hpp",
+                             "downloads.hpp", "clock.hpp", "machine_lock.hpp", "machine.hpp"}) {
     addOperations(std::filesystem::path(MACHINE_FOLDER) / header, declared);
   }
   auto known = otherOperations;

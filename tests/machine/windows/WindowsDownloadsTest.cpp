@@ -79,23 +79,36 @@ TEST_F(WindowsDownloads, EndlessBodyIsCutAtTheLimit) {
 }
 
 TEST_F(WindowsDownloads, SilentServerTimesOut) {
-  limits.silence = milliseconds(200);
+  limits.idleTimeout = milliseconds(200);
   server.answer("silent", {"", Then::keepOpen, false});
   EXPECT_EQ(errorOf(server.url("silent")), static_cast<std::uint32_t>(ErrorCode::timeout));
 }
 
 TEST_F(WindowsDownloads, ServerThatFallsSilentInTheBodyTimesOut) {
-  limits.silence = milliseconds(200);
+  limits.idleTimeout = milliseconds(200);
   server.answer("stuck",
                 {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nx", Then::keepOpen, false});
   EXPECT_EQ(errorOf(server.url("stuck")), static_cast<std::uint32_t>(ErrorCode::timeout));
 }
 
 TEST_F(WindowsDownloads, WholeDownloadHasALimitToo) {
-  limits.total = milliseconds(1);
+  limits.totalTimeout = milliseconds(1);
   limits.size = UINT64_MAX;
   server.answer("endless", {"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nx", Then::close, true});
   EXPECT_EQ(errorOf(server.url("endless")), static_cast<std::uint32_t>(ErrorCode::timeout));
+}
+
+TEST_F(WindowsDownloads, ASilentServerIsNotWaitedForBeyondTheWholeDownloadsLimit) {
+  limits.idleTimeout = std::chrono::minutes(5);
+  limits.totalTimeout = milliseconds(300);
+  server.answer("silent", {"", Then::keepOpen, false});
+  server.answer("stuck",
+                {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nx", Then::keepOpen, false});
+  auto const start = std::chrono::steady_clock::now();
+  for (auto const* file : {"silent", "stuck"}) {
+    EXPECT_EQ(errorOf(server.url(file)), static_cast<std::uint32_t>(ErrorCode::timeout)) << file;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(WindowsDownloads, RedirectionOverHttpIsNotFollowed) {
@@ -121,7 +134,7 @@ TEST_F(WindowsDownloads, ServerThatIsNotThereIsAnError) {
 }
 
 TEST_F(WindowsDownloads, ServerOfPlainTextProvesNothingToHttps) {
-  limits.silence = milliseconds(200);
+  limits.idleTimeout = milliseconds(200);
   server.answer("file", WebServer::whole("x"));
   EXPECT_NE(errorOf(u"https" + server.url("file").substr(4)), 0u);
   EXPECT_EQ(body, "");

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 
+#include "machine/simulated/simulated_machine.hpp"
 #include "tests/tools/regplan/program_fixture.hpp"
 #include "tools/regplan/plan_errors.hpp"
 
@@ -213,7 +215,7 @@ TEST_F(Program, RefusesBadCommandLines) {
       {{"run", "a", "--machine"}, "--machine: 1 required DIR missing"},
       {{"run", "a", "--log", "b", "--no-log"}, "--log excludes --no-log"},
       {{"run", "a", "--quiet", "--verbose"}, "--quiet excludes --verbose"},
-      {{"run", "a", "--json", "--quiet"}, "--quiet excludes --json"},
+      {{"run", "a", "--verbose", "--quiet"}, "--quiet excludes --verbose"},
       {{"preview", "a", "--journal", "b"}, "not expected: \"--journal\" \"b\""},
       {{"preview", "a", "--log", "b"}, "not expected: \"--log\" \"b\""},
       {{"restore"}, "FILE is required"},
@@ -271,10 +273,9 @@ TEST_F(Program, APreviewSaysWhereForeignCodeTakesOver) {
       HasSubstr(
           "hands over to foreign code, whose changes are not listed and not restorable: program "
           "opened by the shell C:\\Windows\\System32\\regsvr32.exe"));
-  EXPECT_THAT(out, HasSubstr("\n      hands over to foreign code in 0.015 s\n"));
-  EXPECT_THAT(out,
-              HasSubstr("2 commands: 1 done, 1 hands over to foreign code, in 0.030 s; 1 change "
-                        "foreseen, none made\n"));
+  EXPECT_THAT(out, HasSubstr("\n      hands over in 0.015 s\n"));
+  EXPECT_THAT(out, HasSubstr("2 commands: 1 hands over, 1 done, in 0.030 s; 1 change "
+                             "foreseen, none made\n"));
 }
 
 TEST_F(Program, APreviewShowsACommandsOwnFailures) {
@@ -405,6 +406,71 @@ TEST_F(Program, RefusesToRestoreFromWhatIsNoJournal) {
   EXPECT_THAT(err, StartsWith("regplan: journal: "));
   EXPECT_EQ(regplan({"restore", "none", "--machine", "machine"}), 2);
   EXPECT_EQ(err, "regplan: none: No such file or directory\n");
+}
+
+/// Another process would have opened the same folder.
+class MachineInUse : public ProgramTest {
+ protected:
+  MachineInUse() {
+    layOutSample();
+    EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal", "old"}),
+              0);
+    other_.emplace("machine");
+    held_ = other_->lock().acquire(std::chrono::seconds(0));
+  }
+  void letGo() { held_.reset(); }
+
+ private:
+  std::optional<machine::simulated::SimulatedMachine> other_;
+  std::shared_ptr<machine::MachineLock::Held> held_;
+};
+
+TEST_F(MachineInUse, ForLongerThanTheLimitHasAnExitCodeOfItsOwnAndNothingIsDone) {
+  auto const before = golden::readTree("machine");
+  for (std::vector<std::string> const& request :
+       {std::vector<std::string>{"run", "plan.json", "--journal", "new"},
+        {"undo", "plan.json"},
+        {"restore", "old"}}) {
+    auto arguments = request;
+    arguments.insert(arguments.end(), {"--machine", "machine", "--wait", "1"});
+    EXPECT_EQ(regplan(arguments), 3) << request[0];
+    EXPECT_EQ(out, "Waiting for another run, undo or restore to end, at most 1 second\n");
+    EXPECT_EQ(err,
+              "regplan: another installation, removal or restore has not ended within 1 second; "
+              "nothing was changed\n");
+  }
+  EXPECT_EQ(golden::readTree("machine"), before);
+  EXPECT_FALSE(fs::exists("new")) << "the journal of a run that never began";
+}
+
+TEST_F(MachineInUse, IsNotWaitedForWithALimitOfNothing) {
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--wait", "0"}), 3);
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(MachineInUse, IsAnEventForPrograms) {
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json", "--wait", "1"}), 3);
+  EXPECT_EQ(nlohmann::json::parse(out),
+            nlohmann::json::parse(R"({"event": "waiting", "limitSeconds": 1})"));
+}
+
+TEST_F(MachineInUse, KeepsNobodyFromLooking) {
+  EXPECT_EQ(regplan({"preview", "plan.json", "--machine", "machine"}), 0);
+  EXPECT_THAT(out, Not(HasSubstr("Waiting")));
+  EXPECT_EQ(regplan({"validate", "plan.json"}), 0);
+}
+
+TEST_F(MachineInUse, IsFreeAgainAfterwards) {
+  letGo();
+  EXPECT_EQ(regplan({"restore", "old", "--machine", "machine", "--wait", "0"}), 0);
+}
+
+TEST_F(Program, RefusesALimitThatIsNoTime) {
+  layOutSample();
+  for (std::string const limit : {"-1", "soon", "86401", "1.5"}) {
+    EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--wait", limit}), 2) << limit;
+    EXPECT_THAT(err, HasSubstr("--wait"));
+  }
 }
 
 #if !defined(_WIN32)

@@ -60,15 +60,19 @@ std::string faultsOf(std::string const& schemaText, Json const& document) {
 // The model
 
 TEST(Headline, SaysTheWorstFirst) {
-  EXPECT_EQ(headline(samples::failingRun()), "1 of 7 commands failed");
+  EXPECT_EQ(headline(samples::failingRun()), "1 of 8 commands failed");
   EXPECT_EQ(headline(samples::hostileRun()), "The command failed");
   EXPECT_EQ(headline(samples::preview()), "2 of 5 commands hand over to foreign code");
   EXPECT_EQ(headline(samples::restore()), "1 of 7 items could not be restored");
   RunReport report = samples::failingRun();
   report.commands.erase(report.commands.begin() + 5);
-  EXPECT_EQ(headline(report), "1 of 6 commands reported problems");
+  EXPECT_EQ(headline(report), "1 of 7 commands reported problems");
   report.commands.erase(report.commands.begin() + 4);
+  EXPECT_EQ(headline(report), "5 of 6 commands done, nothing to do for 1");
+  report.commands.pop_back();
   EXPECT_EQ(headline(report), "All 5 commands done");
+  report.commands.assign(2, samples::failingRun().commands.back());
+  EXPECT_EQ(headline(report), "Nothing to do for 2 commands");
   report.commands.clear();
   EXPECT_EQ(headline(report), "Nothing to do");
 }
@@ -87,8 +91,8 @@ TEST(Headline, OfARestoreTellsWhatWasLeft) {
 
 TEST(Summary, OfARestoreCountsItems) {
   EXPECT_EQ(summary(samples::restore()),
-            "7 items: 2 restored, 1 already as before, 1 restored by force, 1 left as it is, "
-            "1 not restorable, 1 failed, in 0.212 s; the journal is not whole");
+            "7 items: 1 failed, 1 not restorable, 1 left as it is, 1 restored by force, "
+            "2 restored, 1 already as before, in 0.212 s; the journal is not whole");
 }
 
 // JSON
@@ -366,6 +370,7 @@ void show(View& view, RunReport const& report) {
   for (std::size_t i = 0; i < report.commands.size(); ++i) {
     CommandResult const& result = report.commands[i];
     view.started(i + 1, report.commands.size(), result.name);
+    for (Trouble const& trouble : result.troubles) view.trouble(trouble);
     for (Message const& message : result.messages) view.message(message);
     for (machine::HandOver const& handOver : result.handOvers) view.handingOver(handOver);
     view.finished(result);
@@ -381,12 +386,18 @@ std::string plain(RunReport const& report, Detail detail) {
   return output.str();
 }
 
-TEST(PlainViews, QuietShowsFailuresAndTheSummary) {
+TEST(PlainViews, QuietShowsWhatIsNotPlainlyDoneAndTheSummary) {
   EXPECT_EQ(plain(samples::failingRun(), Detail::quiet),
-            "[6/7] BrantixServiceHostSetupCommand: failed after 30.004 s: start service "
+            "[5/8] CreateDesktopShortcuts: done with problems in 0.018 s\n"
+            "        problem: Unable to create desktop shortcut for helper.exe: write shortcut "
+            "C:\\Users\\Public\\Desktop\\Helper.lnk: Access is denied. (5)\n"
+            "        warning: tools\\helper.exe is not absolute\n"
+            "[6/8] BrantixServiceHostSetupCommand: failed after 30.004 s: start service "
             "BrantixServiceHost: The service did not respond to the start request in a timely "
             "fashion. (1053)\n"
-            "7 commands: 5 done, 1 done with problems, 1 failed, in 31.694 s\n");
+            "[8/8] CreateStartMenuShortcuts: nothing to do in 0.000 s: "
+            "isStartMenuShortcutRequested is false\n"
+            "8 commands: 1 failed, 1 done with problems, 1 nothing to do, 5 done, in 31.694 s\n");
 }
 
 TEST(PlainViews, OfARunShowsChangesOnlyWhenVerbose) {
@@ -403,7 +414,7 @@ TEST(PlainViews, OfARunShowsChangesOnlyWhenVerbose) {
 TEST(PlainViews, OfAPreviewShowsWhatWouldChange) {
   std::string const shown = plain(samples::preview(), Detail::normal);
   EXPECT_THAT(shown, HasSubstr("        + registry key HKEY_LOCAL_MACHINE\\SOFTWARE\\Brantix\n"));
-  EXPECT_THAT(shown, HasSubstr("      hands over to foreign code in 0.233 s\n"));
+  EXPECT_THAT(shown, HasSubstr("      hands over in 0.233 s\n"));
 }
 
 TEST(PlainViews, OfAPreviewShowNoMessageThatTellsOfSuccess) {
@@ -462,8 +473,8 @@ std::string screen(std::string const& output) {
 
 TEST(TerminalViews, LeaveALineForEachCommand) {
   std::string const shown = screen(onTerminal(samples::preview(), Detail::normal));
-  EXPECT_THAT(shown, HasSubstr("  done          0.041 s AddVTPathEntriesToMetadataFile\n"));
-  EXPECT_THAT(shown, HasSubstr("  hands over    0.233 s SetFileAssociations\n"));
+  EXPECT_THAT(shown, HasSubstr("  done                  0.041 s AddVTPathEntriesToMetadataFile\n"));
+  EXPECT_THAT(shown, HasSubstr("  hands over            0.233 s SetFileAssociations\n"));
   EXPECT_THAT(shown, Not(HasSubstr("running")));
   EXPECT_THAT(shown, Not(HasSubstr("[#")));
 }
@@ -478,8 +489,8 @@ TEST(TerminalViews, DetailsStandBelowTheirCommand) {
 
 TEST(TerminalViews, ShowHowFarItIs) {
   std::string const output = onTerminal(samples::failingRun(), Detail::normal, false, 30);
-  EXPECT_THAT(output, HasSubstr("  [.................] 0 of 7\r"));
-  EXPECT_THAT(output, HasSubstr("] 3 of 7"));
+  EXPECT_THAT(output, HasSubstr("  [.................] 0 of 8\r"));
+  EXPECT_THAT(output, HasSubstr("] 3 of 8"));
 }
 
 TEST(TerminalViews, LiveLinesNeverWrap) {
@@ -499,7 +510,7 @@ TEST(TerminalViews, ShowTroubleAndReasonsWithoutBeingAsked) {
 
 TEST(TerminalViews, AreColouredOnlyWhereAsked) {
   EXPECT_THAT(onTerminal(samples::failingRun(), Detail::normal, true),
-              HasSubstr("  \x1B[31mfailed    \x1B[0m"));
+              HasSubstr("  \x1B[31mfailed            \x1B[0m"));
   EXPECT_THAT(onTerminal(samples::failingRun(), Detail::normal, false), Not(HasSubstr("\x1B[3")));
 }
 

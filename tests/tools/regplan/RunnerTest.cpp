@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "install/cpputil/logger.hpp"
+#include "install/cpputil/trouble.hpp"
 #include "machine/overlay/overlay_machine.hpp"
 #include "machine/simulated/simulated_machine.hpp"
 #include "machine/watch/watched_machine.hpp"
@@ -35,8 +36,28 @@ void say(std::u16string const& message) {
   install::cpputil::logger::append_message(message);
 }
 
+namespace trouble = install::cpputil::trouble;
+
+/// As a command reports a failure that it caught.
+void fail(std::u16string const& line) {
+  trouble::tell({trouble::severity::error, line, u"subject", 1});
+  say(line);
+}
+
+/// Commands on a machine in memory.
 class RunPlan : public testing::Test {
  protected:
+  RunPlan() : folder_(std::filesystem::temp_directory_path() / uniqueName()) {
+    std::filesystem::create_directory(folder_);
+    simulated_.emplace(folder_);
+    overlay_.emplace(*simulated_);
+  }
+  ~RunPlan() override {
+    overlay_.reset();
+    simulated_.reset();
+    std::filesystem::remove_all(folder_);
+  }
+
   void add(
       std::string name, std::function<void()> execute, std::function<void()> undo = [] {}) {
     plan.commands.push_back(
@@ -44,21 +65,47 @@ class RunPlan : public testing::Test {
   }
 
   /// Every look at the clock finds 15 milliseconds gone.
-  std::vector<CommandResult> run(Operation operation = Operation::execute) {
+  std::vector<CommandResult> run(Operation operation = Operation::execute, bool isPreview = false,
+                                 CommandWatch::Depth depth = CommandWatch::Depth::changes,
+                                 Detail detail = Detail::normal) {
+    CommandWatch watch(*overlay_, isPreview, depth);
+    machine::watch::WatchedMachine watched(*overlay_, {&watch});
+    machine::ScopedMachine const scope(watched);
     auto time = std::chrono::steady_clock::time_point{};
-    PlainView progress(output);
-    return runPlan(plan, operation, progress, [&time] {
-      time += std::chrono::milliseconds(15);
-      return time;
-    });
+    PlainView view(output, detail);
+    return runPlan(
+        plan, operation, view,
+        [&time] {
+          time += std::chrono::milliseconds(15);
+          return time;
+        },
+        watch);
+  }
+  std::vector<CommandResult> preview() { return run(Operation::execute, true); }
+
+  static void handOver() { machine::current().processes().shellExecute(u"C:\\none.exe", u"/s"); }
+  static void setVariable(std::u16string_view name) {
+    machine::current().environment().setVariable(name, u"x");
   }
 
   Plan plan;
   std::ostringstream output;
+
+ private:
+  static std::string uniqueName() {
+    return "regplan-runner-" + std::to_string(std::random_device()());
+  }
+
+  std::filesystem::path const folder_;
+  std::optional<machine::simulated::SimulatedMachine> simulated_;
+  std::optional<machine::overlay::OverlayMachine> overlay_;
 };
 
 TEST_F(RunPlan, ShowsStartMessagesAndOutcome) {
-  add("First", [] { say(u"Doing it"); });
+  add("First", [] {
+    say(u"Doing it");
+    setVariable(u"A");
+  });
   auto const results = run();
   ASSERT_EQ(results.size(), 1U);
   EXPECT_EQ(results[0].name, "First");
@@ -71,7 +118,10 @@ TEST_F(RunPlan, ShowsStartMessagesAndOutcome) {
 
 TEST_F(RunPlan, AFailureIsToldAndTheFollowingCommandsRun) {
   add("First", [] { throw std::runtime_error("bad\nluck"); });
-  add("Second", [] { say(u"still here"); });
+  add("Second", [] {
+    say(u"still here");
+    setVariable(u"A");
+  });
   auto const results = run();
   EXPECT_EQ(results.at(0).outcome, Outcome::failed);
   EXPECT_EQ(results.at(0).reason, "bad\nluck");
@@ -92,17 +142,17 @@ TEST_F(RunPlan, AnExceptionOfAnotherTypeIsAFailureWithoutText) {
             "      failed after 0.015 s: an exception that carries no text\n");
 }
 
-TEST_F(RunPlan, AMessageOfTroubleMarksItsOwnCommandOnly) {
-  add("First", [] { say(u"Failed to do it"); });
-  add("Second", [] { say(u"all well"); });
+TEST_F(RunPlan, TroubleMarksItsOwnCommandOnly) {
+  add("First", [] { fail(u"It was not done"); });
+  add("Second", [] { setVariable(u"A"); });
   auto const results = run();
   EXPECT_EQ(results.at(0).outcome, Outcome::doneWithProblems);
   EXPECT_EQ(results.at(1).outcome, Outcome::done);
 }
 
-TEST_F(RunPlan, AFailureOutweighsAMessageOfTrouble) {
+TEST_F(RunPlan, AFailureOutweighsTrouble) {
   add("First", [] {
-    say(u"Error getting it");
+    fail(u"Error getting it");
     throw std::runtime_error("x");
   });
   EXPECT_EQ(run().at(0).outcome, Outcome::failed);
@@ -140,7 +190,7 @@ TEST_F(RunPlan, ALogThatCannotBeWrittenStopsNoCommand) {
   auto const results = run();
   EXPECT_EQ(results.at(0).outcome, Outcome::failed);
   EXPECT_EQ(results.at(0).reason, "disk full");
-  EXPECT_EQ(results.at(1).outcome, Outcome::done);
+  EXPECT_EQ(results.at(1).outcome, Outcome::nothingToDo);
   EXPECT_TRUE(ran);
 }
 
@@ -150,48 +200,95 @@ TEST_F(RunPlan, MessagesCannotObeyTheTerminal) {
   EXPECT_THAT(output.str(), testing::HasSubstr("        a\\u001B[2Jb\\nc\n"));
 }
 
-/// Commands on a machine in memory, watched.
-class WatchedRun : public RunPlan {
- protected:
-  WatchedRun() : folder_(std::filesystem::temp_directory_path() / uniqueName()) {
-    std::filesystem::create_directory(folder_);
-    simulated_.emplace(folder_);
-    overlay_.emplace(*simulated_);
-  }
-  ~WatchedRun() override {
-    overlay_.reset();
-    simulated_.reset();
-    std::filesystem::remove_all(folder_);
-  }
+TEST_F(RunPlan, WithoutAChangeThereWasNothingToDo) {
+  add("First", [] { say(u"Successfully done"); });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::nothingToDo);
+  EXPECT_EQ(results.at(0).reason, "");
+  EXPECT_THAT(output.str(), testing::EndsWith("      nothing to do in 0.015 s\n"));
+}
 
-  std::vector<CommandResult> watch(bool isPreview) {
-    CommandWatch observer(*overlay_, isPreview);
-    machine::watch::WatchedMachine watched(*overlay_, {&observer});
-    machine::ScopedMachine const scope(watched);
-    PlainView view(output);
-    return runPlan(plan, Operation::execute, view, std::chrono::steady_clock::now, &observer);
+TEST_F(RunPlan, WhatIsWrittenAsItWasIsNoChange) {
+  add("First", [] { setVariable(u"A"); });
+  add("Second", [] { setVariable(u"A"); });
+  for (auto const depth : {CommandWatch::Depth::changes, CommandWatch::Depth::outcome}) {
+    auto const results = run(Operation::execute, false, depth);
+    EXPECT_EQ(results.at(1).outcome, Outcome::nothingToDo);
   }
+}
 
-  static void handOver() { machine::current().processes().shellExecute(u"C:\\none.exe", u"/s"); }
-  static void setVariable(std::u16string_view name) {
-    machine::current().environment().setVariable(name, u"x");
-  }
+TEST_F(RunPlan, TheOutcomeAloneIsTheSameAsWithTheChanges) {
+  add("First", [] { setVariable(u"A"); });
+  auto const results = run(Operation::execute, false, CommandWatch::Depth::outcome);
+  EXPECT_EQ(results.at(0).outcome, Outcome::done);
+  EXPECT_TRUE(results.at(0).changes.empty());
+}
 
- private:
-  static std::string uniqueName() {
-    return "regplan-runner-" + std::to_string(std::random_device()());
-  }
+TEST_F(RunPlan, WhatHadNothingToDoSaysWhichOptionDecided) {
+  add("First", [] {
+    trouble::tell({trouble::severity::skipped, u"isAsked is false", u"isAsked"});
+  });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::nothingToDo);
+  EXPECT_EQ(results.at(0).reason, "isAsked is false");
+  EXPECT_EQ(results.at(0).decidedBy, "isAsked");
+  EXPECT_TRUE(results.at(0).troubles.empty());
+  EXPECT_THAT(output.str(),
+              testing::EndsWith("      nothing to do in 0.015 s: isAsked is false\n"));
+}
 
-  std::filesystem::path const folder_;
-  std::optional<machine::simulated::SimulatedMachine> simulated_;
-  std::optional<machine::overlay::OverlayMachine> overlay_;
-};
+TEST_F(RunPlan, TroubleThatTheLogPassesOverIsShownAndLoggedByTheProgram) {
+  std::vector<std::u16string> logged;
+  install::cpputil::logger::scoped_observer const watch(
+      [&](std::u16string const& message) { logged.push_back(message); });
+  add("First", [] {
+    trouble::tell({trouble::severity::warning, u"C:\\x is not absolute", u"C:\\x"});
+    say(u"Successfully done");
+  });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).outcome, Outcome::doneWithProblems);
+  EXPECT_EQ(results.at(0).troubles,
+            (std::vector<Trouble>{
+                {Trouble::Severity::warning, "C:\\x is not absolute", "C:\\x", false}}));
+  EXPECT_EQ(results.at(0).messages, (std::vector<Message>{{"Successfully done", false}}));
+  EXPECT_THAT(output.str(), testing::HasSubstr("        warning: C:\\x is not absolute\n"));
+  EXPECT_THAT(logged, ElementsAre(u"First: execute", u"Successfully done",
+                                  u"First: warning: C:\\x is not absolute",
+                                  u"First: done with problems after 0.015 s"));
+}
 
-TEST_F(WatchedRun, EachCommandHasItsOwnChanges) {
+TEST_F(RunPlan, LinesOfTheLogThatTellOfTroubleAreMarkedAndNoOthers) {
+  add("First", [] {
+    say(u"Doing it");
+    trouble::tell({trouble::severity::error, u"Not done: because", {}, 2});
+    say(u"Not done");
+    say(u"because");
+    say(u"Going on");
+  });
+  auto const results = run();
+  EXPECT_EQ(results.at(0).messages,
+            (std::vector<Message>{
+                {"Doing it", false}, {"Not done", true}, {"because", true}, {"Going on", false}}));
+}
+
+TEST_F(RunPlan, QuietlyEveryCommandThatIsNotPlainlyDoneIsNamed) {
+  add("Done", [] { setVariable(u"A"); });
+  add("Idle", [] {});
+  add("Troubled", [] { fail(u"It was not done"); });
+  add("Failed", [] { throw std::runtime_error("x"); });
+  run(Operation::execute, false, CommandWatch::Depth::outcome, Detail::quiet);
+  EXPECT_EQ(output.str(),
+            "[2/4] Idle: nothing to do in 0.015 s\n"
+            "[3/4] Troubled: done with problems in 0.015 s\n"
+            "        problem: It was not done\n"
+            "[4/4] Failed: failed after 0.015 s: x\n");
+}
+
+TEST_F(RunPlan, EachCommandHasItsOwnChanges) {
   add("First", [] { setVariable(u"A"); });
   add("Second", [] { setVariable(u"B"); });
   add("Third", [] {});
-  auto const results = watch(false);
+  auto const results = run();
   ASSERT_EQ(results.at(0).changes.size(), 1U);
   EXPECT_EQ(results.at(0).changes[0].item.where, u"A");
   ASSERT_EQ(results.at(1).changes.size(), 1U);
@@ -199,68 +296,53 @@ TEST_F(WatchedRun, EachCommandHasItsOwnChanges) {
   EXPECT_TRUE(results.at(2).changes.empty());
 }
 
-TEST_F(WatchedRun, AFailedCommandHasItsChangesToo) {
+TEST_F(RunPlan, AFailedCommandHasItsChangesToo) {
   add("First", [] {
     setVariable(u"A");
     throw std::runtime_error("half-way");
   });
-  EXPECT_EQ(watch(false).at(0).changes.size(), 1U);
+  EXPECT_EQ(run().at(0).changes.size(), 1U);
 }
 
-TEST_F(WatchedRun, AHandOverInARunLeavesTheOutcome) {
+TEST_F(RunPlan, AHandOverInARunLeavesTheOutcome) {
   add("First", [] { handOver(); });
   add("Second", [] {
     handOver();
-    say(u"Failed to do it");
+    fail(u"Failed to do it");
   });
-  auto const results = watch(false);
+  auto const results = run();
   EXPECT_EQ(results.at(0).outcome, Outcome::done);
   EXPECT_EQ(results.at(0).handOvers.size(), 1U);
   EXPECT_EQ(results.at(1).outcome, Outcome::doneWithProblems);
 }
 
-TEST_F(WatchedRun, InAPreviewNothingAfterAHandOverIsAFailure) {
+TEST_F(RunPlan, InAPreviewNothingAfterAHandOverIsAFailure) {
   add("First", [] {
     handOver();
-    say(u"Failed to do it");
+    fail(u"Failed to do it");
   });
   add("Second", [] {
     handOver();
     throw std::runtime_error("it did not run");
   });
-  auto const results = watch(true);
+  auto const results = preview();
   EXPECT_EQ(results.at(0).outcome, Outcome::handsOver);
   EXPECT_EQ(results.at(0).messages, std::vector<Message>());
   EXPECT_EQ(results.at(1).outcome, Outcome::handsOver);
   EXPECT_EQ(results.at(1).reason, "");
 }
 
-TEST_F(WatchedRun, InAPreviewWhatComesBeforeAHandOverCounts) {
+TEST_F(RunPlan, InAPreviewWhatComesBeforeAHandOverCounts) {
   add("First", [] {
-    say(u"Failed to do it");
+    fail(u"Failed to do it");
     handOver();
   });
-  add("Second", [] { say(u"Failed to do it"); });
+  add("Second", [] { fail(u"Failed to do it"); });
   add("Third", [] { throw std::runtime_error("x"); });
-  auto const results = watch(true);
+  auto const results = preview();
   EXPECT_EQ(results.at(0).outcome, Outcome::doneWithProblems);
   EXPECT_EQ(results.at(1).outcome, Outcome::doneWithProblems) << "another command's hand-over";
   EXPECT_EQ(results.at(2).outcome, Outcome::failed);
-}
-
-TEST(ReportsTrouble, KnowsTheBeginningsOfFailureLines) {
-  EXPECT_TRUE(reportsTrouble("Unable to add path entries to metadata file"));
-  EXPECT_TRUE(reportsTrouble("Failed to update path for the current session"));
-  EXPECT_TRUE(reportsTrouble("Error writing it"));
-  EXPECT_TRUE(reportsTrouble("Exception while creating desktop shortcut for x"));
-  EXPECT_TRUE(reportsTrouble("Path too long, cannot update path environment value."));
-}
-
-TEST(ReportsTrouble, TakesOtherMessagesAsProgress) {
-  EXPECT_FALSE(reportsTrouble("Successfully added path entries to metadata file"));
-  EXPECT_FALSE(reportsTrouble("Adding Failed to the path"));
-  EXPECT_FALSE(reportsTrouble("Errors"));
-  EXPECT_FALSE(reportsTrouble(""));
 }
 
 TEST(FormatDuration, CountsSecondsToTheMillisecond) {
@@ -285,7 +367,7 @@ RunReport reportOf(std::vector<CommandResult> results) {
 TEST(Summary, CountsWhatThereWas) {
   EXPECT_EQ(summary(reportOf({resultOf(Outcome::failed), resultOf(Outcome::done),
                               resultOf(Outcome::doneWithProblems), resultOf(Outcome::done)})),
-            "4 commands: 2 done, 1 done with problems, 1 failed, in 0.040 s");
+            "4 commands: 1 failed, 1 done with problems, 2 done, in 0.040 s");
   EXPECT_EQ(summary(reportOf({resultOf(Outcome::failed)})), "1 command: 1 failed, in 0.010 s");
   EXPECT_EQ(summary(reportOf({})), "0 commands: nothing to do");
 }

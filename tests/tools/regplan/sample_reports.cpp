@@ -144,12 +144,25 @@ CommandResult shortcuts() {
   CommandResult result{"CreateDesktopShortcuts", Outcome::doneWithProblems, milliseconds(18)};
   result.messages = {progress("Creating desktop shortcut for vortan.exe"),
                      trouble("Unable to create desktop shortcut for helper.exe"),
-                     progress("write shortcut C:\\Users\\Public\\Desktop\\Helper.lnk: Access is "
-                              "denied. (5)")};
+                     trouble("write shortcut C:\\Users\\Public\\Desktop\\Helper.lnk: Access is "
+                             "denied. (5)")};
+  result.troubles = {{Trouble::Severity::error,
+                      "Unable to create desktop shortcut for helper.exe: write shortcut "
+                      "C:\\Users\\Public\\Desktop\\Helper.lnk: Access is denied. (5)",
+                      "C:\\Users\\Public\\Desktop\\Helper.lnk", true},
+                     {Trouble::Severity::warning, "tools\\helper.exe is not absolute",
+                      "tools\\helper.exe", false}};
   auto before = shortcut();
   before.target = u"C:\\Program Files\\Vortan\\R0\\bin\\win64\\vortan.exe";
   result.changes = {
       changed(Kind::shortcut, u"C:\\Users\\Public\\Desktop\\Vortan R1.lnk", before, shortcut())};
+  return result;
+}
+
+CommandResult startMenu() {
+  CommandResult result{"CreateStartMenuShortcuts", Outcome::nothingToDo, milliseconds(0)};
+  result.reason = "isStartMenuShortcutRequested is false";
+  result.decidedBy = "isStartMenuShortcutRequested";
   return result;
 }
 
@@ -203,7 +216,7 @@ RunReport failingRun() {
   report.request.journal = "C:\\ProgramData\\Vortan\\25.1.journal";
   report.commands = {searchPathEntries(),         registryKeys(), path(),
                      associations(Outcome::done), shortcuts(),    services(),
-                     settings(Outcome::done)};
+                     settings(Outcome::done),     startMenu()};
   return withDuration(std::move(report));
 }
 

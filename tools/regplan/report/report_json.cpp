@@ -15,7 +15,6 @@ using Json = nlohmann::ordered_json;
 using machine::Item;
 using machine::ServiceRecovery;
 using machine::toUtf8;
-using ItemOutcome = RestoredItem::Outcome;
 
 std::string linesText(FileText const& text) {
   std::string all;
@@ -118,7 +117,8 @@ Json commandJson(std::size_t number, CommandResult const& result) {
                {"arguments", givenJson(result.arguments)},
                {"outcome", nameOf(result.outcome).key},
                {"seconds", inSeconds(result.duration)}};
-  if (result.outcome == Outcome::failed) json["reason"] = wellFormed(result.reason);
+  json.update(reasonJson(result));
+  json["troubles"] = listJson(result.troubles);
   json["messages"] = listJson(result.messages);
   json["changes"] = listJson(result.changes);
   json["handOvers"] = listJson(result.handOvers);
@@ -169,6 +169,20 @@ Json toJson(Message const& message) {
   return {{"text", wellFormed(message.text)}, {"trouble", message.isTrouble}};
 }
 
+Json toJson(Trouble const& trouble) {
+  return {{"severity", nameOf(trouble.severity).key},
+          {"text", wellFormed(trouble.text)},
+          {"subject", orNull(trouble.subject)},
+          {"logged", trouble.isLogged}};
+}
+
+Json reasonJson(CommandResult const& result) {
+  Json json = Json::object();
+  if (!result.reason.empty()) json["reason"] = wellFormed(result.reason);
+  if (!result.decidedBy.empty()) json["decidedBy"] = wellFormed(result.decidedBy);
+  return json;
+}
+
 Json toJson(RestoredItem const& item) {
   Json json = itemJson(item.item);
   json["outcome"] = nameOf(item.outcome).key;
@@ -204,13 +218,11 @@ Json summaryJson(RunReport const& report) {
                {"seconds", inSeconds(report.duration)}};
   Json counts = Json::object();
   if (report.request.verb == Verb::restore) {
-    for (auto const outcome : {ItemOutcome::failed, ItemOutcome::notRestorable, ItemOutcome::left,
-                               ItemOutcome::forced, ItemOutcome::restored, ItemOutcome::already}) {
+    for (auto const outcome : itemOutcomesWorstFirst) {
       counts[std::string(nameOf(outcome).key)] = countOf(report, outcome);
     }
   } else {
-    for (auto const outcome :
-         {Outcome::failed, Outcome::doneWithProblems, Outcome::handsOver, Outcome::done}) {
+    for (auto const outcome : outcomesWorstFirst) {
       counts[std::string(nameOf(outcome).key)] = countOf(report, outcome);
     }
     json["changes"] = changeCount(report);

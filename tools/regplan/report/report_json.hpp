@@ -9,7 +9,7 @@ namespace regplan {
 
 /// The version of the report's form, its member "report": it grows with a change that readers must
 /// know of.
-inline constexpr int reportVersion = 1;
+inline constexpr int reportVersion = 2;
 
 /// The whole report as JSON in UTF-8, indented; see reportSchema. Ill-formed text is told with
 /// U+FFFD.
@@ -19,6 +19,9 @@ std::string reportJson(RunReport const& report);
 nlohmann::ordered_json toJson(machine::Change const& change);
 nlohmann::ordered_json toJson(machine::HandOver const& handOver);
 nlohmann::ordered_json toJson(Message const& message);
+nlohmann::ordered_json toJson(Trouble const& trouble);
+/// "reason" and "decidedBy" of a command that has them, else an empty object.
+nlohmann::ordered_json reasonJson(CommandResult const& result);
 nlohmann::ordered_json toJson(RestoredItem const& item);
 nlohmann::ordered_json requestJson(Request const& request);
 nlohmann::ordered_json summaryJson(RunReport const& report);

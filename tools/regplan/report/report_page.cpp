@@ -16,7 +16,6 @@ namespace regplan {
 namespace {
 
 using html::element;
-using ItemOutcome = RestoredItem::Outcome;
 
 /// How an outcome looks. The page says it in words too.
 struct Look {
@@ -24,61 +23,41 @@ struct Look {
   std::string_view glyph;
 };
 
-constexpr Look good = {"good", "\xE2\x9C\x93"};
-constexpr Look noted = {"noted", "\xE2\x86\x97"};
-constexpr Look doubtful = {"doubtful", "!"};
-constexpr Look bad = {"bad", "\xE2\x9C\x95"};
-
-Look lookOf(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::done:
-      return good;
-    case Outcome::handsOver:
-      return noted;
-    case Outcome::doneWithProblems:
-      return doubtful;
-    case Outcome::failed:
-      return bad;
+constexpr Look lookOf(Tone tone) {
+  switch (tone) {
+    case Tone::good:
+      return {"good", "\xE2\x9C\x93"};
+    case Tone::idle:
+      return {"idle", "\xE2\x80\x93"};
+    case Tone::noted:
+      return {"noted", "\xE2\x86\x97"};
+    case Tone::doubtful:
+      return {"doubtful", "!"};
+    case Tone::bad:
+      break;
   }
-  return bad;
+  return {"bad", "\xE2\x9C\x95"};
 }
 
-Look lookOf(ItemOutcome outcome) {
-  switch (outcome) {
-    case ItemOutcome::restored:
-    case ItemOutcome::already:
-      return good;
-    case ItemOutcome::forced:
-      return noted;
-    case ItemOutcome::left:
-    case ItemOutcome::notRestorable:
-      return doubtful;
-    case ItemOutcome::failed:
-      return bad;
-  }
-  return bad;
+template <typename AnyOutcome>
+Look lookOf(AnyOutcome outcome) {
+  return lookOf(toneOf(outcome));
 }
-
-constexpr std::array worstFirst = {Outcome::failed, Outcome::doneWithProblems, Outcome::handsOver,
-                                   Outcome::done};
-constexpr std::array worstItemsFirst = {ItemOutcome::failed,   ItemOutcome::notRestorable,
-                                        ItemOutcome::left,     ItemOutcome::forced,
-                                        ItemOutcome::restored, ItemOutcome::already};
 
 bool isRestore(RunReport const& report) {
   return report.request.verb == Verb::restore;
 }
 
 Look lookOf(RunReport const& report) {
-  for (auto const outcome : worstFirst) {
+  for (auto const outcome : outcomesWorstFirst) {
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
-  for (auto const outcome : worstItemsFirst) {
+  for (auto const outcome : itemOutcomesWorstFirst) {
     bool const isGood = outcome == ItemOutcome::restored || outcome == ItemOutcome::already;
     if (isGood && !report.damage.empty()) return lookOf(ItemOutcome::left);
     if (countOf(report, outcome) > 0) return lookOf(outcome);
   }
-  return good;
+  return lookOf(Tone::good);
 }
 
 template <typename AnyOutcome>
@@ -151,10 +130,7 @@ std::string plainTile(std::size_t count, std::string_view noun) {
 }
 
 std::string firstTrouble(CommandResult const& result) {
-  for (Message const& message : result.messages) {
-    if (message.isTrouble) return message.text;
-  }
-  return {};
+  return result.troubles.empty() ? "" : result.troubles.front().text;
 }
 
 std::string commandLinks(RunReport const& report, Outcome outcome) {
@@ -210,8 +186,8 @@ std::string damageHtml(RunReport const& report) {
 }
 
 std::string summaryHtml(RunReport const& report) {
-  std::string tiles =
-      isRestore(report) ? outcomeTiles(report, worstItemsFirst) : outcomeTiles(report, worstFirst);
+  std::string tiles = isRestore(report) ? outcomeTiles(report, itemOutcomesWorstFirst)
+                                        : outcomeTiles(report, outcomesWorstFirst);
   if (!isRestore(report)) tiles += plainTile(changeCount(report), "change");
   if (handOverCount(report) > 0) tiles += plainTile(handOverCount(report), "hand-over");
   return element("h2", " id=\"summary-title\"", "Summary") +
@@ -307,8 +283,8 @@ std::string fieldset(std::string_view legend, std::string const& chips) {
 }
 
 std::string filtersHtml(RunReport const& report) {
-  return fieldset("Outcome", isRestore(report) ? outcomeChips(report, worstItemsFirst)
-                                               : outcomeChips(report, worstFirst)) +
+  return fieldset("Outcome", isRestore(report) ? outcomeChips(report, itemOutcomesWorstFirst)
+                                               : outcomeChips(report, outcomesWorstFirst)) +
          fieldset(isRestore(report) ? "Kind of item" : "Kind of change", kindChips(report));
 }
 
@@ -328,6 +304,18 @@ std::string logHtml(CommandResult const& result) {
   return element("details", classes("fold log") + (isOpen ? " open" : ""),
                  element("summary", "", "Log: " + counted(result.messages.size(), "line")) +
                      element("ol", "", lines));
+}
+
+/// What the log does not tell.
+std::string troublesHtml(CommandResult const& result) {
+  std::string lines;
+  for (Trouble const& trouble : result.troubles) {
+    if (trouble.isLogged) continue;
+    lines += element("li", classes("trouble"),
+                     element("span", classes("flag"), nameOf(trouble.severity).words) + " " +
+                         html::text(trouble.text));
+  }
+  return lines.empty() ? "" : element("ul", classes("troubles"), lines);
 }
 
 std::string argumentsHtml(CommandResult const& result) {
@@ -366,14 +354,14 @@ std::string commandHtml(std::size_t number, CommandResult const& result, Verb ve
       "div", classes("head"),
       title + element("p", classes("state"), badge(result.outcome) + " " + time(result.duration)));
   std::string const reason =
-      result.outcome == Outcome::failed ? paragraph("reason", html::text(result.reason)) : "";
+      result.reason.empty() ? "" : paragraph("reason", html::text(result.reason));
   std::string const attributes = classes("unit card " + std::string(lookOf(result.outcome).name)) +
                                  " id=\"" + id + "\" aria-labelledby=\"" + id +
                                  "-title\" tabindex=\"-1\" data-outcome=\"" +
                                  std::string(nameOf(result.outcome).words) + "\"";
   return element("article", attributes,
-                 head + reason + logHtml(result) + argumentsHtml(result) + handOversHtml(result) +
-                     changesOf(result, verb));
+                 head + reason + troublesHtml(result) + logHtml(result) + argumentsHtml(result) +
+                     handOversHtml(result) + changesOf(result, verb));
 }
 
 std::string commandsHtml(RunReport const& report) {
@@ -407,7 +395,7 @@ std::string restoredHtml(RestoredItem const& item) {
 
 std::string itemsHtml(RunReport const& report) {
   std::string list;
-  for (auto const outcome : worstItemsFirst) {
+  for (auto const outcome : itemOutcomesWorstFirst) {
     for (RestoredItem const& item : report.items) {
       if (item.outcome == outcome) list += restoredHtml(item);
     }

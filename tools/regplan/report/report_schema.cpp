@@ -1,11 +1,13 @@
 #include "tools/regplan/report/report_schema.hpp"
 
 #include <algorithm>
+#include <array>
 #include <initializer_list>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "tools/regplan/names.hpp"
 #include "tools/regplan/report/report_json.hpp"
 #include "tools/regplan/schema_parts.hpp"
 
@@ -24,6 +26,13 @@ Json const texts = {{"type", "object"}, {"additionalProperties", {{"type", "stri
 
 Json oneOf(std::initializer_list<std::string_view> names) {
   return {{"enum", std::vector<std::string>(names.begin(), names.end())}};
+}
+
+template <typename Values>
+std::vector<std::string> keysOf(Values const& values) {
+  std::vector<std::string> keys;
+  for (auto const value : values) keys.emplace_back(nameOf(value).key);
+  return keys;
 }
 
 /// An object with these members and no others; all are required but `optional`.
@@ -136,9 +145,32 @@ Json itemMembers(Json const& more) {
 
 Json outcomeSchema() {
   return described(
-      "handsOver: of a preview; what the command does from its first hand-over on is "
-      "not known.",
-      oneOf({"done", "handsOver", "doneWithProblems", "failed"}));
+      "nothingToDo: nothing was changed, and no foreign code called; doneWithProblems: trouble was "
+      "told, see the troubles; handsOver: of a preview; what the command does from its first "
+      "hand-over on is not known.",
+      {{"enum", keysOf(outcomesWorstFirst)}});
+}
+
+/// Members of a command that has ended.
+Json outcomeMembers() {
+  return {
+      {"outcome", outcomeSchema()},
+      {"seconds", seconds},
+      {"reason", described("Of a failure; of nothing to do, where the command told why.", text)},
+      {"decidedBy", described("Of nothing to do: the option, or the file, that decided.", text)}};
+}
+
+Json troubleSchema() {
+  return described(
+      "What somebody must know of what a command did or did not do.",
+      object({{"severity",
+               described("error: something was not done; warning: it was, and is to be looked at.",
+                         {{"enum", keysOf(std::array{Trouble::Severity::error,
+                                                     Trouble::Severity::warning})}})},
+              {"text", text},
+              {"subject",
+               described("The file, registry key, program ... that it is about.", textOrNull)},
+              {"logged", described("Messages tell of it too.", boolean)}}));
 }
 
 Json restoredItemSchema() {
@@ -146,7 +178,7 @@ Json restoredItemSchema() {
       "unchanged: was already as before the run; left: not touched, because others changed it "
       "since "
       "or it is not empty.",
-      oneOf({"restored", "unchanged", "forced", "left", "notRestorable", "failed"}));
+      {{"enum", keysOf(itemOutcomesWorstFirst)}});
   Json const members = {{"outcome", outcome},
                         {"reason", text},
                         {"found", described("How the restore found it.", reference("state"))},
@@ -156,17 +188,17 @@ Json restoredItemSchema() {
   return object(itemMembers(members), {"value", "reason", "found", "before"});
 }
 
+template <typename Outcomes>
+Json countOfEach(Outcomes const& outcomes) {
+  Json members = Json::object();
+  for (std::string const& key : keysOf(outcomes)) members[key] = count;
+  return object(members);
+}
+
 Json countsSchema() {
-  Json const ofCommands = object(
-      {{"failed", count}, {"doneWithProblems", count}, {"handsOver", count}, {"done", count}});
-  Json const ofItems = object({{"failed", count},
-                               {"notRestorable", count},
-                               {"left", count},
-                               {"forced", count},
-                               {"restored", count},
-                               {"unchanged", count}});
-  return described("How many commands, or of a restore items, had each outcome.",
-                   {{"oneOf", {ofCommands, ofItems}}});
+  return described(
+      "How many commands, or of a restore items, had each outcome.",
+      {{"oneOf", {countOfEach(outcomesWorstFirst), countOfEach(itemOutcomesWorstFirst)}}});
 }
 
 Json summarySchema() {
@@ -211,26 +243,25 @@ Json definitions() {
                  object({{"kind", oneOf({"program", "shellProgram", "module", "bundles"})},
                          {"what", described("The program, module or folder.", text)},
                          {"arguments", described("The command line or the entry point.", text)}}))},
-      {"message",
-       object({{"text", text},
-               {"trouble", described("Reports a failure that the command caught.", boolean)}})},
+      {"message", object({{"text", text},
+                          {"trouble", described("Tells of trouble; see the troubles.", boolean)}})},
+      {"trouble", troubleSchema()},
       {"restoredItem", restoredItemSchema()},
       {"request", requestSchema()},
       {"summary", summarySchema()}};
 }
 
 Json commandSchema() {
-  return object(
-      {{"number", described("From 1.", count)},
-       {"command", text},
-       {"arguments", described("As the plan gives them; JSON where one is no text.", texts)},
-       {"outcome", outcomeSchema()},
-       {"seconds", seconds},
-       {"reason", described("Of a failure.", text)},
-       {"messages", listOf(reference("message"))},
-       {"changes", listOf(reference("change"))},
-       {"handOvers", listOf(reference("handOver"))}},
-      {"reason"});
+  Json members = {
+      {"number", described("From 1.", count)},
+      {"command", text},
+      {"arguments", described("As the plan gives them; JSON where one is no text.", texts)}};
+  members.update(outcomeMembers());
+  members.update({{"troubles", listOf(reference("trouble"))},
+                  {"messages", listOf(reference("message"))},
+                  {"changes", listOf(reference("change"))},
+                  {"handOvers", listOf(reference("handOver"))}});
+  return object(members, {"reason", "decidedBy"});
 }
 
 Json whole(std::string_view title, std::string_view description, Json const& schema) {
@@ -272,27 +303,33 @@ std::string reportSchema() {
 
 std::string eventSchema() {
   Json const number = described("The command's, from 1.", count);
+  Json finished = {{"number", number}, {"command", text}};
+  finished.update(outcomeMembers());
   Json const events = {
+      event("waiting",
+            "The first line, if at all: another run, undo or restore goes on, and is waited for.",
+            {{"limitSeconds", count}}),
       event("started", "A command starts.",
             {{"number", number}, {"total", count}, {"command", text}}),
       event("message", "The command wrote a line to the installation log.",
             {{"number", number}, {"message", reference("message")}}),
+      event("trouble", "The command tells of trouble; where messages tell of it too, they follow.",
+            {{"number", number}, {"trouble", reference("trouble")}}),
       event("handOver",
             "The command gives the word to code of others; without a number, at the end of a "
             "restore: what it does not take back.",
             {{"number", number}, {"handOver", reference("handOver")}}, {"number"}),
       event("change", "The command changed something. Told when it has ended, before that.",
             {{"number", number}, {"change", reference("change")}}),
-      event("finished", "A command has ended.",
-            {{"number", number},
-             {"command", text},
-             {"outcome", outcomeSchema()},
-             {"seconds", seconds},
-             {"reason", described("Of a failure.", text)}},
-            {"reason"}),
+      event("finished", "A command has ended.", finished, {"reason", "decidedBy"}),
       event("restored", "A restore has dealt with an item.", {{"item", reference("restoredItem")}}),
       event("summary", "The last line: all is done.",
-            {{"request", reference("request")}, {"summary", reference("summary")}})};
+            {{"request", reference("request")}, {"summary", reference("summary")}}),
+      event("refused",
+            "The only line: the command line, the plan or the journal was refused, or the machine "
+            "is busy; nothing was changed.",
+            {{"exitCode", described("As regplan --help tells.", count)},
+             {"reasons", described("A sentence each.", listOf(text))}})};
   return whole("Event of regplan --json",
                "Standard output is one such object a line, in ASCII with escapes.",
                {{"oneOf", events}})

@@ -1,21 +1,12 @@
 #include "tools/regplan/report/run_report.hpp"
 
 #include <algorithm>
-#include <array>
 
 #include "tools/regplan/names.hpp"
 #include "tools/regplan/text.hpp"
 
 namespace regplan {
 namespace {
-
-using ItemOutcome = RestoredItem::Outcome;
-
-constexpr std::array outcomes = {Outcome::done, Outcome::handsOver, Outcome::doneWithProblems,
-                                 Outcome::failed};
-constexpr std::array itemOutcomes = {ItemOutcome::restored,      ItemOutcome::already,
-                                     ItemOutcome::forced,        ItemOutcome::left,
-                                     ItemOutcome::notRestorable, ItemOutcome::failed};
 
 std::string countOfAll(std::size_t count, std::size_t all, std::string_view noun) {
   if (count == all)
@@ -43,9 +34,8 @@ std::string countOf(std::size_t count, ItemOutcome outcome) {
 }
 
 std::string countOf(std::size_t count, Outcome outcome) {
-  bool const handOver = outcome == Outcome::handsOver && count > 1;
-  return std::to_string(count) + " " +
-         (handOver ? "hand over to foreign code" : std::string(nameOf(outcome).words));
+  bool const hand = outcome == Outcome::handsOver && count > 1;
+  return std::to_string(count) + " " + (hand ? "hand over" : std::string(nameOf(outcome).words));
 }
 
 template <typename Outcomes>
@@ -122,6 +112,10 @@ bool hasFailures(RunReport const& report) {
   return countOf(report, Outcome::failed) > 0 || countOf(report, ItemOutcome::failed) > 0;
 }
 
+bool hasProblems(RunReport const& report) {
+  return countOf(report, Outcome::doneWithProblems) > 0;
+}
+
 std::string headline(RunReport const& report) {
   if (report.request.verb == Verb::restore) return restoreHeadline(report);
   std::size_t const all = report.commands.size();
@@ -130,13 +124,17 @@ std::string headline(RunReport const& report) {
   if (failed > 0) return countOfAll(failed, all, "command") + " failed";
   std::size_t const troubled = countOf(report, Outcome::doneWithProblems);
   if (troubled > 0) return countOfAll(troubled, all, "command") + " reported problems";
-  if (report.request.verb != Verb::preview) return countOfAll(all, all, "command") + " done";
   std::size_t const handing = countOf(report, Outcome::handsOver);
   if (handing > 0) {
     return countOfAll(handing, all, "command") + (handing == 1 ? " hands" : " hand") +
            " over to foreign code";
   }
-  return countOfAll(all, all, "command") + " would be done";
+  std::size_t const idle = countOf(report, Outcome::nothingToDo);
+  if (idle == all) return "Nothing to do for " + counted(all, "command");
+  std::string const done = report.request.verb == Verb::preview ? " would be done" : " done";
+  if (idle == 0) return countOfAll(all, all, "command") + done;
+  return countOfAll(all - idle, all, "command") + done + ", nothing to do for " +
+         std::to_string(idle);
 }
 
 std::string summary(RunReport const& report) {
@@ -149,8 +147,9 @@ std::string summary(RunReport const& report) {
       report.request.verb == Verb::preview
           ? "; " + counted(changeCount(report), "change") + " foreseen, none made"
           : "";
-  return text + (isRestore ? counts(report, itemOutcomes) : counts(report, outcomes)) + "in " +
-         formatDuration(report.duration) + foreseen +
+  return text +
+         (isRestore ? counts(report, itemOutcomesWorstFirst) : counts(report, outcomesWorstFirst)) +
+         "in " + formatDuration(report.duration) + foreseen +
          (report.damage.empty() ? "" : "; the journal is not whole");
 }
 

@@ -67,6 +67,8 @@ std::size_t changeCount(RunReport const& report);
 std::size_t handOverCount(RunReport const& report);
 /// A command failed, or an item could not be restored.
 bool hasFailures(RunReport const& report);
+/// A command told of trouble.
+bool hasProblems(RunReport const& report);
 
 /// The result in one sentence, the worst first: "1 of 3 commands failed", "All 3 commands done".
 std::string headline(RunReport const& report);

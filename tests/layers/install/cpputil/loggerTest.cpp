@@ -166,6 +166,7 @@ TEST_F(Logger, StaysOnTheMachineThatWasCurrentWhenItWasOpened) {
     machine::Services& services() override { throw std::logic_error("asked for services"); }
     machine::Downloads& downloads() override { throw std::logic_error("asked for downloads"); }
     machine::Clock& clock() override { return clock_; }
+    machine::MachineLock& lock() override { throw std::logic_error("asked for the lock"); }
 
    private:
     machine::Clock& clock_;

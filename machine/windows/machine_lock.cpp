@@ -1,0 +1,165 @@
+#include "machine/reentrant_lock.hpp"
+
+#include <windows.h>
+
+#include <aclapi.h>
+#include <sddl.h>
+
+#include <algorithm>
+#include <array>
+
+#include "machine/windows/handles.hpp"
+#include "machine/windows/parts.hpp"
+#include "machine/windows/system_error.hpp"
+#include "machine/windows/text.hpp"
+
+namespace machine::windows {
+namespace {
+
+using std::chrono::milliseconds;
+using UniqueDescriptor = std::unique_ptr<void, ReleaseWith<LocalFree>>;
+
+constexpr std::string_view operation = "lock the machine";
+
+void require(bool succeeded, std::u16string_view name) {
+  if (!succeeded) {
+    throw systemError(operation, name);
+  }
+}
+
+/// A security identifier, owned.
+class Identifier {
+ public:
+  explicit Identifier(WELL_KNOWN_SID_TYPE kind) {
+    DWORD size = static_cast<DWORD>(bytes_.size());
+    require(CreateWellKnownSid(kind, nullptr, bytes_.data(), &size) != FALSE, u"");
+  }
+  /// The user that this thread acts for.
+  static Identifier ofUser() {
+    HANDLE token = nullptr;
+    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) {
+      require(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token), u"");
+    }
+    UniqueHandle const owner(token);
+    // The user's identifier follows the structure that points to it.
+    std::array<BYTE, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> answer;
+    DWORD size = 0;
+    require(GetTokenInformation(token, TokenUser, answer.data(), static_cast<DWORD>(answer.size()),
+                                &size),
+            u"");
+    Identifier result;
+    require(CopySid(static_cast<DWORD>(result.bytes_.size()), result.bytes_.data(),
+                    reinterpret_cast<TOKEN_USER const*>(answer.data())->User.Sid),
+            u"");
+    return result;
+  }
+
+  PSID get() const { return const_cast<BYTE*>(bytes_.data()); }
+  /// "S-1-5-32-544"
+  UString text() const {
+    wchar_t* text = nullptr;
+    require(ConvertSidToStringSidW(get(), &text) != FALSE, u"");
+    UniqueLocalText const owner(text);
+    return UString(unitsOf(text));
+  }
+
+ private:
+  Identifier() = default;
+  alignas(DWORD) std::array<BYTE, SECURITY_MAX_SID_SIZE> bytes_{};
+};
+
+bool isAdministrator() {
+  BOOL is = FALSE;
+  require(CheckTokenMembership(nullptr, Identifier(WinBuiltinAdministratorsSid).get(), &is), u"");
+  return is != FALSE;
+}
+
+/// Whose the lock is: its name, and who owns it and, with the system, may do anything with it.
+struct Keeper {
+  UString name;
+  Identifier owner;
+};
+
+Keeper keeperOf(UString const& name) {
+  if (isAdministrator()) {
+    return {name, Identifier(WinBuiltinAdministratorsSid)};
+  }
+  auto user = Identifier::ofUser();
+  return {name + u" " + user.text(), user};
+}
+
+/// Anybody can make an object of this name and keep it, and so stop every installation; that cannot
+/// be hindered here, but it is not waited for: it is told.
+void requireOwner(HANDLE mutex, Keeper const& keeper) {
+  PSID owner = nullptr;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  DWORD const error = GetSecurityInfo(mutex, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &owner,
+                                      nullptr, nullptr, nullptr, &descriptor);
+  UniqueDescriptor const holder(descriptor);
+  if (error != ERROR_SUCCESS) {
+    throw systemError(operation, keeper.name, error);
+  }
+  if (owner == nullptr || !EqualSid(owner, keeper.owner.get())) {
+    throw SystemError(operation, keeper.name, ERROR_INVALID_OWNER,
+                      "another user has made an object of this name");
+  }
+}
+
+UniqueHandle openMutex(Keeper const& keeper) {
+  UString const owner = keeper.owner.text();
+  UString const access = u"O:" + owner + u"D:P(A;;GA;;;" + owner + u")(A;;GA;;;SY)";
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  require(ConvertStringSecurityDescriptorToSecurityDescriptorW(wide(access), SDDL_REVISION_1,
+                                                               &descriptor, nullptr),
+          keeper.name);
+  UniqueDescriptor const holder(descriptor);
+  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
+  UniqueHandle mutex(CreateMutexW(&attributes, FALSE, wide(keeper.name)));
+  require(mutex != nullptr, keeper.name);
+  requireOwner(mutex.get(), keeper);
+  return mutex;
+}
+
+class HeldMutex final : public MachineLock::Held {
+ public:
+  explicit HeldMutex(UniqueHandle mutex) : mutex_(std::move(mutex)) {}
+  ~HeldMutex() override { ReleaseMutex(mutex_.get()); }
+  HeldMutex(HeldMutex const&) = delete;
+  HeldMutex& operator=(HeldMutex const&) = delete;
+
+ private:
+  UniqueHandle mutex_;
+};
+
+/// A mutex: it is there for as long as somebody has it open, leaves nothing behind, and is free
+/// when the thread that held it ends.
+class WindowsLock final : public ReentrantLock {
+ public:
+  explicit WindowsLock(UString name) : name_(std::move(name)) {}
+
+ private:
+  std::unique_ptr<Held> take(milliseconds limit) override {
+    Keeper const keeper = keeperOf(name_);
+    UniqueHandle mutex = openMutex(keeper);
+    auto const wait = std::clamp<milliseconds::rep>(limit.count(), 0, INFINITE - 1);
+    switch (WaitForSingleObject(mutex.get(), static_cast<DWORD>(wait))) {
+      case WAIT_OBJECT_0:
+      case WAIT_ABANDONED:  // who held it has ended without letting go
+        return std::make_unique<HeldMutex>(std::move(mutex));
+      case WAIT_TIMEOUT:
+        throw SystemError(operation, keeper.name, ErrorCode::timeout);
+      default:
+        throw systemError(operation, keeper.name);
+    }
+  }
+
+  UString name_;
+};
+
+}  // namespace
+
+std::unique_ptr<MachineLock> makeMachineLock(std::u16string_view name) {
+  return std::make_unique<WindowsLock>(UString(name));
+}
+
+}  // namespace machine::windows
