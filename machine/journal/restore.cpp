@@ -83,13 +83,19 @@ bool isAssociation(Item const& item) {
                         where.find(u"\\software\\classes\\") != UString::npos);
 }
 
+std::string named(UString const& name, UString const& id) {
+  if (name.empty() && id.empty()) return "one without a name";
+  if (name.empty() || id.empty()) return toUtf8(name + id);
+  return toUtf8(name + u" (" + id + u")");
+}
+
 class Restoring {
  public:
   Restoring(Journal const& journal, Machine& machine, RestoreOptions const& options)
       : journal_(journal), machine_(machine), options_(options) {}
 
   RestoreReport run() {
-    requireOrigin();
+    requireOrigin(journal_, machine_, options_);
     for (auto entry = journal_.entries.rbegin(); entry != journal_.entries.rend(); ++entry) {
       report_.steps.push_back(step(*entry));
     }
@@ -101,29 +107,6 @@ class Restoring {
   }
 
  private:
-  void requireOrigin() const {
-    auto const here = originOf(machine_);
-    auto const& there = journal_.origin;
-    auto const refuse = [](std::string const& what, UString const& name, UString const& id,
-                           UString const& thisName, UString const& thisId) {
-      throw ForeignJournal("the journal was written " + what + " " + named(name, id) +
-                           ", and this is " + named(thisName, thisId));
-    };
-    if (options_.otherComputer) return;
-    if (!sameComputer(there, here)) {
-      refuse("on the computer", there.computer, there.computerId, here.computer, here.computerId);
-    }
-    if (!options_.otherAccount && !sameAccount(there, here)) {
-      refuse("by the account", there.account, there.accountId, here.account, here.accountId);
-    }
-  }
-
-  static std::string named(UString const& name, UString const& id) {
-    if (name.empty() && id.empty()) return "one without a name";
-    if (name.empty() || id.empty()) return toUtf8(name + id);
-    return toUtf8(name + u" (" + id + u")");
-  }
-
   RestoreStep step(Entry const& entry) {
     RestoreStep step;
     step.item = entry.item;
@@ -397,6 +380,22 @@ bool RestoreReport::allRestored() const {
     return step.outcome == Outcome::restored || step.outcome == Outcome::already ||
            step.outcome == Outcome::forced;
   });
+}
+
+void requireOrigin(Journal const& journal, Machine& machine, RestoreOptions const& options) {
+  if (options.otherComputer) return;
+  auto const here = originOf(machine);
+  auto const& there = journal.origin;
+  if (!sameComputer(there, here)) {
+    throw ForeignJournal("the journal was written on the computer " +
+                         named(there.computer, there.computerId) + ", and this is " +
+                         named(here.computer, here.computerId));
+  }
+  if (!options.otherAccount && !sameAccount(there, here)) {
+    throw ForeignJournal("the journal was written by the account " +
+                         named(there.account, there.accountId) + ", and this is " +
+                         named(here.account, here.accountId));
+  }
 }
 
 RestoreReport restore(Journal const& journal, Machine& machine, RestoreOptions const& options) {

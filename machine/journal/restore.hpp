@@ -50,6 +50,13 @@ class REGISTRATION_API ForeignJournal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Throws ForeignJournal for a journal that was not written on this computer
+/// (machine/journal/origin.hpp) by this account, unless the options say otherwise: keys and folders
+/// of the current user are another user's for another account. Throws SystemError when the machine
+/// does not tell which one it is.
+REGISTRATION_API void requireOrigin(Journal const& journal, Machine& machine,
+                                    RestoreOptions const& options);
+
 /// Takes a journal's changes back, the last item first, each to how it was before its first change:
 /// after a success, a failure half-way or the end of the process at any moment.
 ///
@@ -76,10 +83,7 @@ class REGISTRATION_API ForeignJournal : public std::runtime_error {
 /// A step's failure is reported and the others go on. Where a changed environment or file
 /// associations are put back, that is broadcast.
 ///
-/// Throws SystemError when the machine does not tell which one it is, and ForeignJournal, both with
-/// nothing changed, for a journal that was not written on this computer
-/// (machine/journal/origin.hpp) by this account, unless the options say otherwise: keys and folders
-/// of the current user are another user's for another account.
+/// Throws what requireOrigin throws, with nothing changed.
 REGISTRATION_API RestoreReport restore(Journal const& journal, Machine& machine,
                                        RestoreOptions const& options);
 

@@ -89,6 +89,7 @@ struct CommandLine {
   std::uint32_t wait = 600;  ///< seconds
   bool otherComputer = false;
   bool otherAccount = false;
+  std::uint32_t wait = 600;  ///< seconds
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
@@ -432,6 +433,17 @@ journal::Journal readJournal(std::string const& file) {
   }
 }
 
+/// Told before anything is shown or opened; the option that allows it, too.
+void requireOrigin(journal::Journal const& read, journal::RestoreOptions const& options,
+                   std::string const& file) {
+  try {
+    journal::requireOrigin(read, machine::current(), options);
+  } catch (journal::ForeignJournal const& foreign) {
+    throw Refusal(printable(file) + ": " + printable(foreign.what()) +
+                  "; --other-computer and --other-account restore it all the same");
+  }
+}
+
 std::string damageText(journal::Damage const& damage) {
   return "record " + std::to_string(damage.record) + ", at byte " + std::to_string(damage.byte) +
          ": " + damage.reason;
@@ -442,6 +454,8 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   // Before the journal is read: it may be that of a run that goes on.
   auto const lock = lockMachine(given, *view);
   journal::Journal const read = readJournal(given.plan);
+  journal::RestoreOptions const options{given.force, given.otherComputer, given.otherAccount};
+  requireOrigin(read, options, given.plan);
   ReportFiles const files = openReports(given);
   RunReport report{requestOf(Verb::restore, given)};
   report.request.force = given.force;
@@ -449,8 +463,7 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   report.request.otherAccount = given.otherAccount;
   view->begin(report.request, 0);
   auto const start = surroundings.now();
-  journal::RestoreReport const result = journal::restore(
-      read, machine::current(), {given.force, given.otherComputer, given.otherAccount});
+  journal::RestoreReport const result = journal::restore(read, machine::current(), options);
   report.duration = surroundings.now() - start;
   report.handOvers = result.handOvers;
   for (journal::RestoreStep const& step : result.steps) {

@@ -23,7 +23,8 @@ class REGISTRATION_API machine_busy : public std::runtime_error {
 /// whoever calls them: within one process the lock is shared.
 ///
 /// One process at a time has it, of all those that run with administrator rights; without such
-/// rights, of those of the same user. A process that ends lets go. For the installer's one thread.
+/// rights, of those of the same user. A process that ends lets go. A program that the holder starts
+/// and waits for must not wait for the lock in its turn. For the installer's one thread.
 class REGISTRATION_API machine_lock {
  public:
   /// Called once, before waiting begins, when another process holds the lock.
