@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "machine/api.hpp"
+
 /// The few calls on open files that hosts spell differently: POSIX's, with its results and errno.
 namespace machine::host {
 
@@ -32,7 +34,7 @@ int closeFile(int file);
 /// Gives a file a name in the same folder tree, in the place of one that has it. -1 on failure.
 int renameFile(std::filesystem::path const& from, std::filesystem::path const& to);
 /// Removes a file, or a link itself. -1 on failure, ENOENT when there is none.
-int removeFile(std::filesystem::path const& path);
+REGISTRATION_API int removeFile(std::filesystem::path const& path);
 /// 1 when the open file is now locked against every other opening of it, until it is closed; 0 when
 /// another one has it locked.
 int tryLockFile(int file);
