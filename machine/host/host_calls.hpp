@@ -19,6 +19,9 @@ enum class OpenMode {
 
 /// Opens a file, never through a link where the host can tell. -1 on failure.
 int openFile(std::filesystem::path const& path, OpenMode mode);
+/// Makes a folder, with the access that the one above it gives. One that exists is an error. -1 on
+/// failure.
+int makeFolder(std::filesystem::path const& path);
 /// Makes a folder as createPrivate makes a file; so is what will be in it. One that exists is an
 /// error. -1 on failure.
 int makePrivateFolder(std::filesystem::path const& path);

@@ -66,6 +66,15 @@ void HostFile::close() {
   checked("close", host::closeFile(std::exchange(file_, closed)));
 }
 
+void makeFolders(std::filesystem::path const& folder) {
+  if (folder == folder.root_path() || host::makeFolder(folder) == 0 || errno == EEXIST) return;
+  if (errno == ENOENT) {
+    makeFolders(folder.parent_path());
+    if (host::makeFolder(folder) == 0 || errno == EEXIST) return;
+  }
+  throw hostError("make the folder", folder);
+}
+
 ErrorCode fromHost(std::error_code const& error) {
   static constexpr std::pair<std::errc, ErrorCode> codes[] = {
       {std::errc::no_such_file_or_directory, ErrorCode::fileNotFound},

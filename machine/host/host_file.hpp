@@ -47,6 +47,10 @@ class REGISTRATION_API HostFile {
   int file_;
 };
 
+/// Makes a folder of the host and those above it, each where it is missing. Throws
+/// std::system_error.
+REGISTRATION_API void makeFolders(std::filesystem::path const& folder);
+
 /// The Windows error that a host's error stands for.
 ErrorCode fromHost(std::error_code const& error);
 

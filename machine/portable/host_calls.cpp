@@ -34,6 +34,10 @@ int openFile(std::filesystem::path const& path, OpenMode mode) {
   return ::open(path.c_str(), flags(mode) | O_CLOEXEC | O_NOFOLLOW, permissions);
 }
 
+int makeFolder(std::filesystem::path const& path) {
+  return ::mkdir(path.c_str(), 0777);
+}
+
 int makePrivateFolder(std::filesystem::path const& path) {
   return ::mkdir(path.c_str(), 0700);
 }

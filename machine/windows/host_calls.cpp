@@ -156,6 +156,10 @@ int flushFile(int file) {
   return ::_commit(file);
 }
 
+int makeFolder(std::filesystem::path const& path) {
+  return CreateDirectoryW(windows::wide(nameOf(path)), nullptr) ? 0 : failed();
+}
+
 int makePrivateFolder(std::filesystem::path const& path) {
   bool const made = makePrivate([&](SECURITY_ATTRIBUTES* attributes) {
     return CreateDirectoryW(windows::wide(nameOf(path)), attributes) != FALSE;

@@ -184,8 +184,9 @@ void addStrict(CLI::App& verb, CommandLine& given) {
 void addJournal(CLI::App& verb, CommandLine& given) {
   verb.add_option("--journal", given.journal,
                   "Write a journal to this new file on this computer,\n"
-                  "from which \"regplan restore\" takes the changes back;\n"
-                  "longer contents go to FILE.files beside it")
+                  "whose folder is made when missing; from it \"regplan\n"
+                  "restore\" takes the changes back. Longer contents go\n"
+                  "to FILE.files beside it")
       ->type_name("FILE")
       ->option_text("FILE");
 }
@@ -352,6 +353,7 @@ std::unique_ptr<JournalWriter> openJournal(CommandLine const& given) {
   if (given.journal.empty()) return nullptr;
   std::filesystem::path const file = hostPath(given.journal);
   try {
+    machine::makeFolders(file.parent_path());
     return std::make_unique<JournalWriter>(file, machine::current(), given.plan);
   } catch (std::system_error const& failure) {
     bool const isThere = failure.code() == std::errc::file_exists;

@@ -390,6 +390,15 @@ TEST_F(Program, SaysThatAJournalIsCutOff) {
               HasSubstr("The journal is not whole, what follows in it is not restored: record "));
 }
 
+TEST_F(Program, MakesTheFolderOfItsJournal) {
+  layOutSample();
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal",
+                     "new/folder/journal"}),
+            0);
+  EXPECT_TRUE(fs::exists("new/folder/journal"));
+  EXPECT_EQ(regplan({"restore", "new/folder/journal", "--machine", "machine"}), 0) << out << err;
+}
+
 TEST_F(Program, RefusesAJournalThatExists) {
   layOutSample();
   writeBytes("journal", "precious");
