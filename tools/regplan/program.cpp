@@ -89,7 +89,6 @@ struct CommandLine {
   std::uint32_t wait = 600;  ///< seconds
   bool otherComputer = false;
   bool otherAccount = false;
-  std::uint32_t wait = 600;  ///< seconds
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
