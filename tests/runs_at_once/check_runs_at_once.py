@@ -8,14 +8,16 @@ lock keeps nobody out.
 """
 import collections
 import json
-import os
 import pathlib
 import subprocess
 import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-TIMEOUT = 120  # seconds; nothing here takes a tenth of it
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(ROOT / "tests/sample_machine"))
+from machine import TIME_OUT, Machine  # noqa: E402
+
 PRODUCT = r"C:\Program Files\Vortan\R1"
 
 
@@ -24,16 +26,12 @@ def complain_unless(condition, what, details=""):
         sys.exit(f"{what}\n{details}")
 
 
-class Machine:
+class SharedMachine(Machine):
+    """The sample's machine with many programs on it at once."""
+
     def __init__(self, build, work):
-        self.build = build
-        self.prefix = work / "prefix"
-        self.environment = dict(os.environ, WINEPREFIX=str(self.prefix))
-        self.install = self.prefix / "drive_c/install"
+        super().__init__(build, work)
         self.product = self.prefix / "drive_c/Program Files/Vortan/R1"
-        with open(work / "make-machine.log", "w") as log:
-            subprocess.run([ROOT / "sample/make-machine", build, self.prefix], check=True,
-                           stdout=log, stderr=log, timeout=5 * TIMEOUT)
 
     def start(self, name, program, *arguments, **more):
         """A program with its output in a file: its desktop may keep a pipe open for longer."""
@@ -48,14 +46,14 @@ class Machine:
 
     def run(self, program, *arguments):
         process = self.start("single", program, *arguments)
-        code = process.wait(TIMEOUT)
+        code = process.wait(TIME_OUT)
         return code, said(process)
 
     def at_once(self, count, program, *arguments):
         """Starts so many, "{i}" in their arguments replaced by the number, and waits for all."""
         started = [self.start(f"{program}-{i}", program, *(a.format(i=i) for a in arguments))
                    for i in range(count)]
-        return [(process.wait(TIMEOUT), said(process)) for process in started]
+        return [(process.wait(TIME_OUT), said(process)) for process in started]
 
     def state(self):
         code, text = self.run("installation_step", "state")
@@ -75,7 +73,7 @@ def said(process):
 
 
 def await_words(process, words):
-    end = time.monotonic() + TIMEOUT
+    end = time.monotonic() + TIME_OUT
     while words not in said(process):
         complain_unless(process.poll() is None and time.monotonic() < end,
                         f"never said \"{words}\":", said(process))
@@ -118,7 +116,7 @@ def check_runs_and_restores(machine, count):
         complain_unless(rounds <= count, "no restore can be done any more")
         started = {i: machine.start(f"restore-{i}", "regplan", "restore",
                                     rf"C:\install\{count}-{i}.journal") for i in waiting}
-        codes = {i: process.wait(TIMEOUT) for i, process in started.items()}
+        codes = {i: process.wait(TIME_OUT) for i, process in started.items()}
         complain_unless(set(codes.values()) <= {0, 1} and 0 in codes.values(),
                         f"restores at once ended with {codes}",
                         "\n".join(said(process) for process in started.values()))
@@ -161,19 +159,26 @@ def check_killed_holder(machine):
                     f"a run while another holds the machine ended with {code}", text)
     code, text = machine.run("regplan", "preview", plan)
     complain_unless(code == 0, f"a preview while another holds the machine ended with {code}", text)
-    waiting = machine.start("waiting", "regplan", "run", plan, "--no-log", "--wait", str(TIMEOUT))
+    waiting = machine.start("waiting", "regplan", "run", plan, "--no-log", "--wait", str(TIME_OUT))
     await_words(waiting, "Waiting for another run, undo or restore to end")
     holder.kill()
-    code = waiting.wait(TIMEOUT)
+    code = waiting.wait(TIME_OUT)
     complain_unless(code == 0 and entry(0) in machine.path(),
                     f"a run after one that was killed ended with {code}", said(waiting))
-    holder.wait(TIMEOUT)
+    holder.wait(TIME_OUT)
 
 
 def main(build, work):
     build, work = pathlib.Path(build), pathlib.Path(work)
     work.mkdir(parents=True, exist_ok=True)
-    machine = Machine(build, work)
+    machine = SharedMachine(build, work)
+    try:
+        check(machine)
+    finally:
+        machine.stop()
+
+
+def check(machine):
     for i in range(10):
         write_plan(machine, i)
     for count in (2, 6, 10):
@@ -189,7 +194,4 @@ def main(build, work):
 
 
 if __name__ == "__main__":
-    try:
-        main(*sys.argv[1:])
-    finally:
-        subprocess.run([ROOT / "scripts/stop-wine", pathlib.Path(sys.argv[2]) / "prefix"])
+    main(*sys.argv[1:])
