@@ -71,6 +71,7 @@ void layOut(std::filesystem::path const& directory) {
 struct SimulatedMachine::Parts {
   explicit Parts(std::filesystem::path const& directory)
       : files(directory),
+        registry(std::filesystem::weakly_canonical(directory).string()),
         shell(files),
         processes(files),
         modules(files),

@@ -1,11 +1,10 @@
 #include "machine/simulated/simulated_registry.hpp"
 
 #include <algorithm>
-#include <random>
 
 #include "machine/error.hpp"
-#include "machine/hexadecimal.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/sha256.hpp"
 #include "machine/simulated/registry_value_json.hpp"
 
 namespace machine::simulated {
@@ -28,15 +27,13 @@ RegistryKey withoutAlias(RegistryKey const& key) {
   return {RegistryRoot::localMachine, u"SOFTWARE\\Classes\\" + key.path};
 }
 
-/// Every new machine's own, in the form of a GUID.
-UString newIdentifier() {
-  std::random_device random;
-  UString text;
-  for (int byte = 0; byte < 16; ++byte) {
-    if (byte == 4 || byte == 6 || byte == 8 || byte == 10) text += u'-';
-    text += toUtf16(hexadecimal(std::string(1, static_cast<char>(random()))));
-  }
-  return text;
+/// In the form of a GUID.
+UString identifierOf(std::string_view machine) {
+  Sha256 hash;
+  hash.add(machine);
+  std::string digits = hash.finish().substr(0, 32);
+  for (std::size_t const at : {20u, 16u, 12u, 8u}) digits.insert(at, 1, '-');
+  return toUtf16(digits);
 }
 
 RegistryKey keyFromName(std::string const& name, JsonValue const& place) {
@@ -49,7 +46,7 @@ RegistryKey keyFromName(std::string const& name, JsonValue const& place) {
 
 }  // namespace
 
-SimulatedRegistry::SimulatedRegistry() {
+SimulatedRegistry::SimulatedRegistry(std::string_view machine) {
   for (auto const root : {RegistryRoot::currentUser, RegistryRoot::localMachine,
                           RegistryRoot::users, RegistryRoot::currentConfig})
     roots_[root].name = registryRootName(root);
@@ -59,7 +56,7 @@ SimulatedRegistry::SimulatedRegistry() {
       RegistryValue::ofText(u"%SystemRoot%\\system32;%SystemRoot%;%SystemRoot%\\System32\\Wbem",
                             RegistryType::expandableString));
   setValue({RegistryRoot::localMachine, u"SOFTWARE\\Microsoft\\Cryptography"}, u"MachineGuid",
-           RegistryValue::ofText(newIdentifier()));
+           RegistryValue::ofText(identifierOf(machine)));
   createKey({RegistryRoot::classesRoot, u""});
   createKey({RegistryRoot::currentUser, u"Software"});
 }

@@ -13,7 +13,8 @@ namespace machine::simulated {
 class SimulatedRegistry final : public Registry {
  public:
   /// What a new machine holds.
-  SimulatedRegistry();
+  /// That of a new machine; `machine` tells it from others, and gives it its MachineGuid.
+  explicit SimulatedRegistry(std::string_view machine);
   /// What toJson wrote. Throws std::runtime_error.
   explicit SimulatedRegistry(JsonValue const& document);
 

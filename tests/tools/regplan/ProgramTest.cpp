@@ -399,6 +399,25 @@ TEST_F(Program, MakesTheFolderOfItsJournal) {
   EXPECT_EQ(regplan({"restore", "new/folder/journal", "--machine", "machine"}), 0) << out << err;
 }
 
+TEST_F(Program, RefusesToRestoreOnAnotherComputerUnlessToldTo) {
+  layOutSample();
+  fs::copy("machine", "other", fs::copy_options::recursive);
+  for (std::string const machine : {"machine", "other"}) {
+    ASSERT_EQ(regplan({"run", "plan.json", "--machine", machine, "--no-log", "--journal",
+                       machine + ".journal"}),
+              0);
+  }
+  auto const before = golden::readTree("other");
+  EXPECT_EQ(regplan({"restore", "machine.journal", "--machine", "other"}), 2);
+  EXPECT_THAT(err, HasSubstr("computer"));
+  EXPECT_EQ(golden::readTree("other"), before);
+  EXPECT_EQ(regplan({"restore", "machine.journal", "--machine", "other", "--other-computer",
+                     "--report", "report.json"}),
+            0)
+      << out << err;
+  EXPECT_THAT(readBytes("report.json"), HasSubstr("\"otherComputer\": true"));
+}
+
 TEST_F(Program, RefusesAJournalThatExists) {
   layOutSample();
   writeBytes("journal", "precious");

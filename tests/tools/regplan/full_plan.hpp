@@ -15,6 +15,10 @@ class FullPlanTest : public ProgramTest {
     machine.registry().setValue({machine::RegistryRoot::localMachine,
                                  u"SOFTWARE\\Microsoft\\NET Framework Setup\\NDP\\v4\\Full"},
                                 u"Install", machine::RegistryValue::ofDword(1));
+    // Otherwise it goes by the folder, and differs from run to run.
+    machine.registry().setValue(
+        {machine::RegistryRoot::localMachine, u"SOFTWARE\\Microsoft\\Cryptography"}, u"MachineGuid",
+        machine::RegistryValue::ofText(u"00112233-4455-6677-8899-aabbccddeeff"));
     machine.save();
   }
 
