@@ -12,8 +12,7 @@ namespace machine::simulated {
 /// (invalidParameter), and so is removing a whole root (accessDenied).
 class SimulatedRegistry final : public Registry {
  public:
-  /// What a new machine holds.
-  /// That of a new machine; `machine` tells it from others, and gives it its MachineGuid.
+  /// What a new machine holds; `machine` tells it from others, and gives it its MachineGuid.
   explicit SimulatedRegistry(std::string_view machine);
   /// What toJson wrote. Throws std::runtime_error.
   explicit SimulatedRegistry(JsonValue const& document);
