@@ -14,6 +14,7 @@
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
 #include "install/cpputil/machine_lock.hpp"
+#include "machine/host/host_file.hpp"
 #include "machine/journal/journal_writer.hpp"
 #include "machine/journal/restore.hpp"
 #include "machine/machine.hpp"
