@@ -14,6 +14,7 @@ class FixedEnvironment : public machine::Environment {
   bool removeVariable(std::u16string_view) override { return accepts; }
   std::intptr_t broadcastSettingChange() override { return result; }
   std::uint32_t lastError() override { return error; }
+  machine::UString account() override { return u"S-1-5-18"; }
 
   bool accepts = true;
   std::intptr_t result = 1;
