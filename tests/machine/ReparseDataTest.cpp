@@ -59,9 +59,9 @@ TEST(ReparseData, CutAnywhereOrOfAnotherKindAreNone) {
   auto other = whole;
   other[0] = 0x1B;  // an app's alias
   EXPECT_EQ(linkIn(other), std::nullopt);
-  auto far = whole;
-  far[8] = far[9] = '\xFF';
-  EXPECT_EQ(linkIn(far), std::nullopt);
+  auto beyond = whole;
+  beyond[8] = beyond[9] = '\xFF';
+  EXPECT_EQ(linkIn(beyond), std::nullopt);
 }
 
 }  // namespace
