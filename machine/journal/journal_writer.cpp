@@ -17,13 +17,14 @@ class JournalWriter::State {
  public:
   State(std::filesystem::path const& file, Machine& machine, std::string_view plan)
       : machine_(machine),
+        origin_(originOf(machine)),  // before the file: without it there is none
         lines_(file),
         store_(filesFolder(std::filesystem::absolute(file)), longestInline) {
     Record header{{"format", "registration-journal"},
                   {"version", formatVersion},
                   {"created", toIso8601(machine.clock().now())},
                   {"plan", toUtf8(toUtf16(plan))}};
-    header.update(toJson(originOf(machine)));
+    header.update(toJson(origin_));
     write(header);
     lines_.flush();
     host::flushFolder(std::filesystem::absolute(file).parent_path());
@@ -86,6 +87,7 @@ class JournalWriter::State {
   }
 
   Machine& machine_;
+  Origin origin_;
   LineWriter lines_;
   ContentStore store_;
   std::map<UString, int> known_;  ///< by identity: announcements that have not ended

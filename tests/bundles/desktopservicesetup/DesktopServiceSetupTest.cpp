@@ -115,7 +115,10 @@ TEST_F(SetupTest, AFailureIsTroubleThatNamesItsFileAndReason) {
   writeFile(in(package), tests::zipOf({{"version.txt", "1.0"}}));
   EXPECT_EQ(troubleOf(install), head + nameOf(package) + " lacks the program bin\\host.exe");
   writeFile(in(u"installer\\service.json"), "{");
-  EXPECT_EQ(troubleOf(install), head + nameOf(u"installer\\service.json") + " is not JSON");
+  EXPECT_EQ(troubleOf(install),
+            head + nameOf(u"installer\\service.json") +
+                ":1:2: not JSON: syntax error while parsing object key - unexpected end of input; "
+                "expected string literal");
   EXPECT_EQ(troubleOf([this] { return setup.installServiceHost(current(), u"sys", true); }),
             head + "the folder to install to is not absolute: sys");
 }
@@ -434,11 +437,13 @@ TEST_F(SetupTest, QuerySaysWhatIsWrongWithTheVersionDocument) {
   EXPECT_EQ(reason(),
             "the server answers with status 302, a redirection that is not followed, for " + url);
   downloads.files[machine::toUtf16(url)] = "<html>";
-  EXPECT_EQ(reason(), url + " is not JSON");
+  EXPECT_TRUE(reason().starts_with(url + ":1:1: not JSON: ")) << reason();
   downloads.files[machine::toUtf16(url)] = R"({"version": 1})";
   EXPECT_EQ(reason(), url + ": \"serviceHostVersion\" is missing or not what it should be");
   writeFile(in(u"service-host-source.json"), "");
-  EXPECT_EQ(reason(), machine::toUtf8(in(u"service-host-source.json")) + " is not JSON");
+  EXPECT_TRUE(
+      reason().starts_with(machine::toUtf8(in(u"service-host-source.json")) + ":1:1: not JSON: "))
+      << reason();
 }
 
 TEST_F(SetupTest, AVersionDocumentMayTakeSecondsAndAPackageLonger) {

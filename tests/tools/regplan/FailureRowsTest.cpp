@@ -99,6 +99,14 @@ Faults::Predicate failing(std::string operation, machine::UString end) {
   };
 }
 
+/// For what takes a system's failure for an answer, as the existence test does.
+Faults::Predicate breaking(std::string operation, machine::UString end) {
+  return [=](std::string_view called, std::u16string_view subject) {
+    bool const breaks = called == operation && subject.ends_with(end);
+    return breaks ? throw std::runtime_error("broken") : false;
+  };
+}
+
 void write(machine::Machine& machine, machine::UString const& file, std::string_view bytes = "x") {
   std::vector<machine::UString> missing;
   for (auto folder = machine::UString(machine::path_grammar::parent(file));
@@ -188,7 +196,7 @@ std::vector<Row> metadataRows() {
       phl("the tree cannot be walked", "Error getting all PHL files",
           failing("openDirectory", u"C:\\R1")),
       phl("an entry cannot be looked at", "Error writing to ssiSearchFolders",
-          failing("status", u"C:\\R1\\bin")),
+          breaking("status", u"C:\\R1\\bin")),
       jcp("a list cannot be opened",
           "Unable to open jcp file: ", failing("openForReading", u"a.jcp")),
       jcp("the tree cannot be walked", "Error getting all JCP files",
@@ -196,7 +204,7 @@ std::vector<Row> metadataRows() {
       jcp("the file cannot be read back",
           "Unable to open javaClassPath file: ", failing("openForReading", u"javaClassPath")),
       jcp("an entry cannot be looked at", "Error writing to javaClassPath",
-          failing("status", u"a.jar")),
+          breaking("status", u"a.jar")),
       thirdParty<Add3PEnvVarToMetadataFile>(
           "Add3PEnvVarToMetadataFile", "an instruction set cannot be read",
           "Error getting all environment variables for 3P from instruction sets",
@@ -207,14 +215,14 @@ std::vector<Row> metadataRows() {
           failing("openForReading", u"instructionset.json")),
       thirdParty<Add3PVTPathEntriesToMetadataFile>(
           "Add3PVTPathEntriesToMetadataFile", "an entry cannot be looked at",
-          "Error writing to ssiSearchFolders", failing("status", u"instructionsets\\a")),
+          "Error writing to ssiSearchFolders", breaking("status", u"instructionsets\\a")),
       thirdParty<Add3pJavaPathEntriesToMetadataFile>(
           "Add3pJavaPathEntriesToMetadataFile", "an instruction set cannot be read",
           "Error getting 3p javaClassPath from Instruction set map",
           failing("openForReading", u"instructionset.json")),
       thirdParty<Add3pJavaPathEntriesToMetadataFile>(
           "Add3pJavaPathEntriesToMetadataFile", "an entry cannot be looked at",
-          "Error writing to 3p javaClassPath", failing("status", u"instructionsets\\a")),
+          "Error writing to 3p javaClassPath", breaking("status", u"instructionsets\\a")),
       {"GeneratePathDef", "the file system fails", making<FailingPathDef>(),
        "Failed to generate pathdef.vsc for C:\\R1. Error: "},
       {"GeneratePathDef", "the file system fails at removal", making<FailingPathDef>(),
@@ -227,21 +235,21 @@ std::vector<Row> metadataRows() {
   // Where a file is not to be written, a preview writes none and meets nothing.
   for (Row row :
        {phl("the old file cannot be removed", "Unable to add path entries to metadata file",
-            failing("status", u"ssiSearchFolders")),
+            breaking("status", u"ssiSearchFolders")),
         jcp("the file cannot be looked at", "Unable to add java path entries to metadata file",
-            failing("status", u"javaClassPath")),
+            breaking("status", u"javaClassPath")),
         thirdParty<Add3PEnvVarToMetadataFile>(
             "Add3PEnvVarToMetadataFile", "the file cannot be looked at",
             "Unable to add environment variable entries to metadata file",
-            failing("status", u"envVariableList")),
+            breaking("status", u"envVariableList")),
         thirdParty<Add3PVTPathEntriesToMetadataFile>(
             "Add3PVTPathEntriesToMetadataFile", "the file cannot be looked at",
             "Unable to add 3P path entries to metadata file",
-            failing("status", u"ssiSearchFolders")),
+            breaking("status", u"ssiSearchFolders")),
         thirdParty<Add3pJavaPathEntriesToMetadataFile>(
             "Add3pJavaPathEntriesToMetadataFile", "the file cannot be looked at",
             "Unable to add 3p java path entries to metadata file",
-            failing("status", u"javaClassPath"))}) {
+            breaking("status", u"javaClassPath"))}) {
     rows.push_back(std::move(row));
   }
   return rows;
@@ -434,10 +442,10 @@ std::vector<Row> systemRows() {
        "C:\\R1\\server.dll does not exist", Operation::undo},
       {"RegisterAutomationServer", "the entry point is missing", automationServer(),
        "Failed to register server.dll as an automation server", Operation::execute,
-       withFile(u"C:\\R1\\server.dll")},
+       withFile(u"C:\\R1\\server.dll"), nullptr, Outcome::doneWithProblems, Outcome::handsOver},
       {"RegisterAutomationServer", "the entry point is missing at removal", automationServer(),
        "Failed to unregister server.dll as an automation server", Operation::undo,
-       withFile(u"C:\\R1\\server.dll")},
+       withFile(u"C:\\R1\\server.dll"), nullptr, Outcome::doneWithProblems, Outcome::handsOver},
       {"RegisterDlls", "regsvr32 is missing", files(u"C:\\R1\\a.dll", false),
        "C:\\Windows\\System32\\regsvr32.exe does not exist while registering Dlls"},
       {"RegisterDlls", "regsvr32 is missing at removal", files(u"C:\\R1\\a.dll", false),

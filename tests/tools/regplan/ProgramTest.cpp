@@ -384,7 +384,8 @@ TEST_F(Program, SaysThatAJournalIsCutOff) {
       regplan({"run", "plan.json", "--machine", "machine", "--no-log", "--journal", "journal"}), 0);
   fs::resize_file("journal", fs::file_size("journal") - 5);
   EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine", "--quiet"}), 1);
-  EXPECT_EQ(out, "6 items: 6 restored, in 0.015 s; the journal is not whole\n");
+  EXPECT_EQ(out,
+            "8 items: 6 restored, 2 already as before, in 0.015 s; the journal is not whole\n");
   EXPECT_EQ(regplan({"restore", "journal", "--machine", "machine"}), 1);
   EXPECT_THAT(out,
               HasSubstr("The journal is not whole, what follows in it is not restored: record "));
@@ -478,8 +479,12 @@ TEST_F(MachineInUse, IsNotWaitedForWithALimitOfNothing) {
 
 TEST_F(MachineInUse, IsAnEventForPrograms) {
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json", "--wait", "1"}), 3);
-  EXPECT_EQ(nlohmann::json::parse(out),
+  auto const end = out.find('\n');
+  EXPECT_EQ(nlohmann::json::parse(out.substr(0, end)),
             nlohmann::json::parse(R"({"event": "waiting", "limitSeconds": 1})"));
+  auto const refusal = nlohmann::json::parse(out.substr(end + 1));
+  EXPECT_EQ(refusal["event"], "refused");
+  EXPECT_EQ(refusal["exitCode"], 3);
 }
 
 TEST_F(MachineInUse, KeepsNobodyFromLooking) {
