@@ -155,8 +155,8 @@ Row jcp(std::string situation, std::string line, Faults::Predicate fault) {
 }
 
 std::string const instructionSet =
-    R"({"version": 1, "environmentVariables": [{"name": "A", "value": "b"}],)"
-    R"( "vortanPaths": ["$IS_ROOT_DIR"], "javaClassPaths": ["$IS_ROOT_DIR"]})";
+    R"({"version": 1, "envVariables": [{"name": "A", "value": "b", "overwrite": true}],)"
+    R"( "VortanPaths": ["$IS_ROOT_DIR"], "JavaClassPaths": ["$IS_ROOT_DIR"]})";
 
 template <typename Made>
 Row thirdParty(std::string command, std::string situation, std::string line,
