@@ -15,8 +15,8 @@ namespace registration::commands {
 /// command has the order, the fallback and the log lines. undo does nothing: the service host
 /// outlives the product.
 ///
-/// The product's setup service keeps others off the machine from its first operation to its last, so
-/// that two setups do not undo each other.
+/// The product's setup service keeps others off the machine from its first operation to its last,
+/// so that two setups do not undo each other.
 ///
 /// execute is divided into three guarded regions:
 ///

@@ -369,12 +369,12 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
 
 std::vector<std::string> const otherOperations{
     "Files::status", "Files::openDirectory", "Files::openForReading", "Files::currentDirectory",
-    "Files::setCurrentDirectory", "Files::fileVersion", "Files::link", "Environment::account", "Registry::keyExists", "Registry::value",
-    "Registry::subkeys", "Registry::values", "Environment::variable",
-    "Environment::broadcastSettingChange", "Environment::lastError", "Shell::knownFolder",
-    "Shell::readShortcut", "Shell::announceAssociationsChanged", "Tasks::task", "Tasks::document",
-    "Tasks::folderExists", "Services::definition", "Services::state", "Downloads::get",
-    "Clock::now", "MachineLock::acquire",
+    "Files::setCurrentDirectory", "Files::fileVersion", "Files::link", "Environment::account",
+    "Registry::keyExists", "Registry::value", "Registry::subkeys", "Registry::values",
+    "Environment::variable", "Environment::broadcastSettingChange", "Environment::lastError",
+    "Shell::knownFolder", "Shell::readShortcut", "Shell::announceAssociationsChanged",
+    "Tasks::task", "Tasks::document", "Tasks::folderExists", "Services::definition",
+    "Services::state", "Downloads::get", "Clock::now", "MachineLock::acquire",
     // Of what an operation handed out:
     "DirectoryStream::next", "FileReader::read", "FileReader::seek", "FileWriter::write",
     "FileWriter::flushToDisk", "FileWriter::close", "ChildProcess::wait", "ChildProcess::detach",

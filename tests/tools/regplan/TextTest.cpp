@@ -28,5 +28,11 @@ TEST(Counted, TellsOneFromMany) {
   EXPECT_EQ(counted(2, "command"), "2 commands");
 }
 
+TEST(Wrapped, BreaksBetweenWordsOnly) {
+  EXPECT_EQ(wrapped("aaa bbb ccc", 2, 9), "aaa bbb\n  ccc");
+  EXPECT_EQ(wrapped("longerthanwide b", 0, 5), "longerthanwide\nb");
+  EXPECT_EQ(wrapped("", 3, 10), "");
+}
+
 }  // namespace
 }  // namespace regplan

@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+#include "install/cpputil/trouble.hpp"
+
+namespace install::cpputil::trouble {
+namespace {
+
+TEST(Trouble, WithoutAnObserverIsLost) {
+  EXPECT_NO_THROW(tell({severity::error, u"x"}));
+}
+
+TEST(Trouble, ReachesEveryObserverTheOutermostFirst) {
+  std::vector<UString> heard;
+  scoped_observer const outer([&](report const& told) { heard.push_back(u"outer " + told.text); });
+  {
+    scoped_observer const inner(
+        [&](report const& told) { heard.push_back(u"inner " + told.text); });
+    tell({severity::warning, u"a"});
+  }
+  tell({severity::warning, u"b"});
+  EXPECT_EQ(heard, (std::vector<UString>{u"outer a", u"inner a", u"outer b"}));
+}
+
+TEST(Trouble, ComesAsItWasTold) {
+  std::vector<report> heard;
+  scoped_observer const observer([&](report const& told) { heard.push_back(told); });
+  tell({severity::error, u"C:\\x was not written", u"C:\\x", 2});
+  ASSERT_EQ(heard.size(), 1u);
+  EXPECT_EQ(heard[0].severity, severity::error);
+  EXPECT_EQ(heard[0].text, u"C:\\x was not written");
+  EXPECT_EQ(heard[0].subject, u"C:\\x");
+  EXPECT_EQ(heard[0].logged_lines, 2u);
+}
+
+TEST(Trouble, WhatAnObserverThrowsReachesWhoTold) {
+  scoped_observer const observer([](report const&) { throw std::runtime_error("x"); });
+  EXPECT_THROW(tell({severity::error, u"x"}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace install::cpputil::trouble
