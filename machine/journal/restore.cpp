@@ -134,9 +134,7 @@ class Restoring {
     bool const expected = isExpected(now, entry);
     // What the run itself left as it was may have been changed by others: that is theirs.
     bool const wasChanged = !entry.after || !isBefore(*entry.after, entry.before);
-    if (!wasChanged || isBefore(now, entry.before)) {
-      step.outcome = Outcome::already;
-    } else if (isSameLink(now, entry.before)) {
+    if (!wasChanged || isBefore(now, entry.before) || isSameLink(now, entry.before)) {
       step.outcome = Outcome::already;
     } else if (isLink(entry.before) && !entry.before.link) {
       step.outcome = Outcome::notRestorable;

@@ -66,11 +66,10 @@ class Reader:
             return None
         if command.startswith("regplan "):
             return self.on_a_machine(command.split()[1:])
-        if command.startswith("cmake --install "):
-            command = command.replace("/path/to/prefix", str(self.work / "installed"))
-        elif not command.startswith("scripts/wine build/windows/"):
+        if not command.startswith(("cmake --install ", "scripts/wine build/windows/")):
             return "not known to this check"
         command = command.replace("build/windows", str(self.build))
+        command = command.replace("/path/to/prefix", str(self.work / "installed"))
         return self.complaint(subprocess.run(["bash", "-c", command], cwd=ROOT, text=True,
                                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                              stdin=subprocess.DEVNULL, timeout=TIME_OUT))

@@ -76,7 +76,7 @@ void UpdatePathEnvironmentVariable::updateRegistryAndEnv(UString const& newPath)
 UString UpdatePathEnvironmentVariable::getPathEntries() const {
   // Any other value would be lost with the first rewriting, its type and what it holds.
   RegistryUtil const& registry = RegistryUtil::getRegistryUtil();
-  HKEY const root = install::postinstall::localMachineKey();
+  auto const root = install::postinstall::localMachineKey();
   registry.requireString(root, environmentKey, pathValueName);
   return fl::i18n::to_ustring(registry.getRegKeyValue(root, environmentKey, pathValueName));
 }

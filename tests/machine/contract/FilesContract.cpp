@@ -189,7 +189,7 @@ TEST_P(FilesContract, APathBeyondTheSystemsLimitNamesNothing) {
         EXPECT_EQ(errorOf([&] { files().createDirectory(name); }), code) << extra;
         EXPECT_EQ(errorOf([&] { files().rename(name, in(u"other"), true); }), code) << extra;
         EXPECT_EQ(errorOf([&] { files().rename(in(u"file"), name, true); }), code) << extra;
-        EXPECT_EQ(errorOf([&] { files().setReadOnly(name, true); }), code) << extra;
+        EXPECT_EQ(errorOf([&] { files().setAttributes(name, {}); }), code) << extra;
         EXPECT_EQ(errorOf([&] { files().lock(name, std::chrono::milliseconds(0)); }), code);
       }
     }
@@ -605,7 +605,8 @@ TEST_P(FilesContract, AReadOnlyFileTellsAndKeepsItsContent) {
 TEST_P(FilesContract, TheTimeOfTheLastWriteIsPutBack) {
   write(in(u"a"), "content");
   machine::FileAttributes attributes;
-  attributes.written = 125'911'584'000'000'007;  // 2000-01-01 and a bit
+  // 2000-01-01, a whole second: a simulated machine on Windows keeps no parts of one.
+  attributes.written = 125'911'584'010'000'000;
   files().setAttributes(in(u"A"), attributes);
   EXPECT_EQ(files().status(in(u"a"))->attributes.written, attributes.written);
   // A time of 0 changes nothing.

@@ -22,7 +22,7 @@ std::string errorOf(Call const& call) {
 
 TEST(HostFileTest, ErrorsNameTheFileAndTheOperation) {
   tests::TemporaryFolder const folder;
-  auto const file = folder.path() / "\u00e4";
+  auto const file = folder.path() / u8"\u00e4";
   auto const error = errorOf([&] { HostFile(file, OpenMode::read); });
   EXPECT_TRUE(error.starts_with("open ")) << error;
   EXPECT_NE(error.find("\u00e4: "), error.npos) << error;

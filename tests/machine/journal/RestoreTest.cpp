@@ -104,17 +104,22 @@ TEST_F(RestoreTest, ForcedItTakesBackWhatOthersChangedAndTellsWhat) {
 }
 
 TEST_F(RestoreTest, WhatWasLeftAsItHadBeenIsNotTakenFromThoseWhoChangedItSince) {
-  change([](Machine& machine) {
-    write(machine, u"C:\\d\\short", "short");
+  auto const set = [](UString const& text) {
+    return [text](Machine& machine) { machine.registry().setText(software(u"Kept"), u"v", text); };
+  };
+  changeOnTheSide(set(u"1"));
+  change([&set](Machine& machine) {
+    set(u"1")(machine);
     write(machine, u"C:\\d\\long", "ours");
   });
-  changeOnTheSide([](Machine& machine) { machine.files().removeFile(u"C:\\d\\short"); });
+  changeOnTheSide(set(u"2"));
   for (bool const force : {false, true}) {
     auto const report = restore(force);
     EXPECT_TRUE(report.allRestored());
-    EXPECT_EQ(stepOf(report, u"C:\\d\\short").outcome, Outcome::already);
+    EXPECT_EQ(stepOf(report, u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Kept", u"v").outcome,
+              Outcome::already);
   }
-  EXPECT_FALSE(snapshot(directory()).contains("C/d/short"));
+  EXPECT_THAT(snapshot(directory()).at("registry.json"), ::testing::HasSubstr("\"2\""));
   EXPECT_EQ(snapshot(directory()).at("C/d/long"), start().at("C/d/long"));
 }
 

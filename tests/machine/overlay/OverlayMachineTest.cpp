@@ -435,7 +435,7 @@ TEST_F(OverlayMachineTest, ARemovedKeyHidesWhatTheInnerOneHolds) {
   EXPECT_TRUE(registry().values(inSoftware(u"Key")).empty());
   EXPECT_TRUE(registry().subkeys(inSoftware(u"Key")).empty());
   EXPECT_EQ(registry().subkeys({RegistryRoot::localMachine, u"SOFTWARE"}),
-            (std::vector<UString>{u"Classes", u"KEY"}));
+            (std::vector<UString>{u"Classes", u"KEY", u"Microsoft"}));
 }
 
 TEST_F(OverlayMachineTest, ClassesAreSeenUnderBothTheirNames) {
