@@ -83,6 +83,13 @@ bool isAssociation(Item const& item) {
                         where.find(u"\\software\\classes\\") != UString::npos);
 }
 
+/// Both are files of the same content.
+bool hasContentOf(Image const& a, Image const& b) {
+  auto const* const one = std::get_if<FileContent>(&a.state);
+  auto const* const other = std::get_if<FileContent>(&b.state);
+  return one && other && !one->sha256.empty() && one->sha256 == other->sha256;
+}
+
 std::string named(UString const& name, UString const& id) {
   if (name.empty() && id.empty()) return "one without a name";
   if (name.empty() || id.empty()) return toUtf8(name + id);
@@ -186,6 +193,9 @@ class Restoring {
     if (!replacesFile && !removePresent(path, now)) return false;
     if (isFolder(before.state)) {
       makeFolders(path);
+    } else if (replacesFile && hasContentOf(now, before)) {
+      // It may be in use: a file is not replaced by its like.
+      machine_.files().setAttributes(path, before.attributes);
     } else if (isFile) {
       if (now.attributes.isReadOnly) machine_.files().setReadOnly(path, false);
       putFile(path, std::get<FileContent>(before.state), before.attributes);

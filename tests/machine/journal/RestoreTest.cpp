@@ -351,6 +351,17 @@ TEST_F(RestoreTest, AnAttributeThatChangedIsPutBackThoughTheContentIsTheSame) {
   EXPECT_EQ(journal::restore(changed, kept, {}).steps.at(0).outcome, Outcome::already);
 }
 
+TEST_F(RestoreTest, AProgramThatRunsGetsItsTimeBackWithoutBeingReplaced) {
+  change([](Machine& machine) { write(machine, u"C:\\d\\short", "short"); });
+  simulated::SimulatedMachine machine(directory());
+  FaultyMachine inUse(machine);
+  inUse.faults().failWhen(
+      [](std::string_view operation, std::u16string_view) { return operation == "rename"; },
+      ErrorCode::accessDenied);
+  EXPECT_EQ(troubles(journal::restore(journal::readJournal(journal()), inUse, {})), "");
+  expectStart();
+}
+
 class ForeignJournalTest : public RestoreTest {
  protected:
   ForeignJournalTest() {
