@@ -16,14 +16,9 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(ROOT / "tests/sample_machine"))
-from machine import TIME_OUT, Machine  # noqa: E402
+from machine import TIME_OUT, Machine, complain_unless  # noqa: E402
 
 PRODUCT = r"C:\Program Files\Vortan\R1"
-
-
-def complain_unless(condition, what, details=""):
-    if not condition:
-        sys.exit(f"{what}\n{details}")
 
 
 class SharedMachine(Machine):

@@ -13,7 +13,7 @@ import sys
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
-from machine import Machine  # noqa: E402
+from machine import Machine, complain_unless  # noqa: E402
 
 # What the sample's programs and modules leave: the COM class that regsvr32 registers, and the
 # records that the others keep of what they were given.
@@ -24,11 +24,6 @@ FOREIGN = re.compile(
 FORGOTTEN = ("arguments", "workingFolder", "startsAtLogon", "highestRunLevel", "group")
 # At so many of a run's records it is killed.
 KILLS = 6
-
-
-def complain_unless(condition, what, details=""):
-    if not condition:
-        sys.exit(f"{what}\n{details}")
 
 
 def difference(before, after):

@@ -6,6 +6,7 @@ import os
 import pathlib
 import signal
 import subprocess
+import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -14,6 +15,11 @@ snapshot = importlib.util.module_from_spec(importlib.util.spec_from_loader("snap
 loader.exec_module(snapshot)
 
 TIME_OUT = 120  # seconds; nothing here takes a tenth of it
+
+
+def complain_unless(condition, what, details=""):
+    if not condition:
+        sys.exit(f"{what}\n{details}")
 
 
 class Machine:
