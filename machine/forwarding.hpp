@@ -24,6 +24,10 @@ class ForwardingFiles : public Files {
     return inner_.openForWriting(path, mode);
   }
   void createDirectory(std::u16string_view path) override { inner_.createDirectory(path); }
+  Claim claimDirectory(std::u16string_view path) override { return inner_.claimDirectory(path); }
+  ForeignAccess foreignAccess(std::u16string_view path) override {
+    return inner_.foreignAccess(path);
+  }
   bool removeFile(std::u16string_view path) override { return inner_.removeFile(path); }
   bool removeDirectory(std::u16string_view path) override { return inner_.removeDirectory(path); }
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {

@@ -49,9 +49,12 @@ class WatchedFiles final : public ForwardingFiles {
   }
   void createDirectory(std::u16string_view path) override {
     if (inner().status(path)) return inner().createDirectory(path);
-    auto folder = item(path);
-    folder.kind = Item::Kind::folder;
-    announcing(watch_.observers, {std::move(folder)}, [&] { inner().createDirectory(path); });
+    announcing(watch_.observers, {folderItem(path)}, [&] { inner().createDirectory(path); });
+  }
+  Claim claimDirectory(std::u16string_view path) override {
+    if (inner().status(path)) return inner().claimDirectory(path);
+    return announcing(watch_.observers, {folderItem(path)},
+                      [&] { return inner().claimDirectory(path); });
   }
   bool removeFile(std::u16string_view path) override {
     if (!inner().status(path)) return inner().removeFile(path);
@@ -81,6 +84,11 @@ class WatchedFiles final : public ForwardingFiles {
 
  private:
   Item item(std::u16string_view path) const { return pathItem(watch_.machine, path); }
+  Item folderItem(std::u16string_view path) const {
+    auto folder = item(path);
+    folder.kind = Item::Kind::folder;
+    return folder;
+  }
   std::unique_ptr<Announcement> announce(std::vector<Item> items) const {
     return std::make_unique<Announcement>(watch_.observers, std::move(items));
   }

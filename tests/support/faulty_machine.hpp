@@ -87,6 +87,10 @@ class FaultyReader final : public machine::FileReader {
     faults_.check("FileReader::seek", path_);
     inner_->seek(position);
   }
+  machine::ForeignAccess foreignAccess() override {
+    faults_.check("FileReader::foreignAccess", path_);
+    return inner_->foreignAccess();
+  }
 
  private:
   std::unique_ptr<FileReader> inner_;
@@ -141,6 +145,14 @@ class FaultyFiles final : public machine::ForwardingFiles {
   void createDirectory(std::u16string_view path) override {
     faults_.check("createDirectory", path);
     inner().createDirectory(path);
+  }
+  machine::Claim claimDirectory(std::u16string_view path) override {
+    faults_.check("claimDirectory", path);
+    return inner().claimDirectory(path);
+  }
+  machine::ForeignAccess foreignAccess(std::u16string_view path) override {
+    faults_.check("foreignAccess", path);
+    return inner().foreignAccess(path);
   }
   bool removeFile(std::u16string_view path) override {
     faults_.check("removeFile", path);

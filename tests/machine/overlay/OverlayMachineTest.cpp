@@ -139,6 +139,8 @@ class ManyFiles final : public Files {
     refuse(path);
   }
   void createDirectory(std::u16string_view path) override { refuse(path); }
+  Claim claimDirectory(std::u16string_view path) override { refuse(path); }
+  ForeignAccess foreignAccess(std::u16string_view) override { return {}; }
   bool removeFile(std::u16string_view path) override { refuse(path); }
   bool removeDirectory(std::u16string_view path) override { refuse(path); }
   void rename(std::u16string_view path, std::u16string_view, bool) override { refuse(path); }
@@ -190,6 +192,7 @@ class ManyFiles final : public Files {
       return length;
     }
     void seek(std::uint64_t position) override { position_ = position; }
+    ForeignAccess foreignAccess() override { return {}; }
 
    private:
     std::uint64_t& bytesRead_;
