@@ -330,6 +330,21 @@ TEST_F(Program, VerboselyShowsChangesToo) {
   EXPECT_THAT(out, HasSubstr("        + file C:\\Vortan\\ssiSearchFolders: 16 bytes\n"));
 }
 
+TEST_F(Program, VerboselyTellsTheSystemsGuards) {
+  layOutSample();
+  guards = {{"links are not followed", machine::GuardState::on},
+            {"no code from servers", machine::GuardState::notOffered},
+            {"a damaged heap ends the program", machine::GuardState::refused, "access denied"}};
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--verbose"}), 0);
+  EXPECT_THAT(out, HasSubstr("\nGuard: links are not followed: on\n"
+                             "Guard: no code from servers: not offered by this system\n"
+                             "Guard: a damaged heap ends the program: refused by the system: "
+                             "access denied\n"));
+  EXPECT_THAT(readBytes("machine/C/ProgramData/Vortan/registration.log"), Not(HasSubstr("Guard")));
+  EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine"}), 0);
+  EXPECT_THAT(out, Not(HasSubstr("Guard")));
+}
+
 TEST_F(Program, WritesNothingButEventsAsJson) {
   layOutSample();
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json"}), 0);
