@@ -67,6 +67,7 @@ void RegisterAutomationServer::run(Direction const& direction) const {
     return;
   }
   UString const server = moduleName + u" as an automation server";
+  install::cpputil::trouble::warn_of_relative_code(modulePath.ustring());
   utility::loggingFailure(log, direction.failure + server, [&] {
     CurrentFolder const folder(moduleFolder);
     if (folder.isEntered() && (this->*direction.call)(moduleName)) {

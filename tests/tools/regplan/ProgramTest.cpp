@@ -345,6 +345,28 @@ TEST_F(Program, VerboselyTellsTheSystemsGuards) {
   EXPECT_THAT(out, Not(HasSubstr("Guard")));
 }
 
+/// Attack: whoever starts a plan without roots in a folder of his has his own code found there.
+TEST_F(Program, RefusesAPlanThatTakesCodeFromWhereItHappensToStand) {
+  writeBytes("plan.json", R"({ "commands": [
+    { "command": "GenerateJavaClassPath" },
+    { "command": "InstallDotNetAssemblyFiles", "files": ["C:\\Vortan\\a.dll"] },
+    { "command": "LaunchCppMicroServicesCacheExecutable", "executablePath": "tool.exe" } ] })");
+  writeBytes("machine/C/tool.exe", "MZ");
+  for (std::vector<std::string> const& arguments :
+       std::vector<std::vector<std::string>>{{"validate", "plan.json"},
+                                             {"preview", "plan.json", "--machine", "machine"},
+                                             {"run", "plan.json", "--machine", "machine"},
+                                             {"undo", "plan.json", "--machine", "machine"}}) {
+    EXPECT_EQ(regplan(arguments), 2);
+    EXPECT_EQ(err,
+              "plan.json: /options/rootPath: missing; GenerateJavaClassPath needs it\n"
+              "plan.json: /options/bundleRootPath: missing; GenerateJavaClassPath needs it\n"
+              "plan.json: /commands/2/executablePath: must be an absolute path, such as "
+              "C:\\folder, not \"tool.exe\"\n");
+  }
+  EXPECT_THAT(readBytes("machine/modules.json"), Not(HasSubstr("classpath_services")));
+}
+
 TEST_F(Program, WritesNothingButEventsAsJson) {
   layOutSample();
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json"}), 0);
