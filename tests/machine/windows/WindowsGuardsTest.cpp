@@ -117,11 +117,12 @@ class GuardedProcess : public tests::MachineTest {
   }
   ~GuardedProcess() override { files().setCurrentDirectory(before_); }
 
-  std::vector<std::string> load(UString const& guards) {
+  std::vector<std::string> load(UString const& guards, std::vector<UString> const& more = {}) {
     std::string text;
     ProcessStart start;
     start.program = tests::testProgram(u"guarded_load.exe");
     start.arguments = {guards, u"planted.dll"};
+    start.arguments.insert(start.arguments.end(), more.begin(), more.end());
     start.standardOutput = {
         ProcessOutput::Kind::pipe, {}, [&text](std::string_view bytes) { text += bytes; }};
     EXPECT_EQ(machine().processes().start(start)->wait(), 0u);
@@ -142,6 +143,12 @@ TEST_F(GuardedProcess, ADllInTheCurrentFolderIsNotLoaded) {
   auto const lines = load(u"on");
   ASSERT_EQ(lines.size(), 7u);
   EXPECT_EQ(lines.back(), "not found");
+}
+
+/// Its folder, the current one, is searched for it alone.
+TEST_F(GuardedProcess, AModuleThatIsCalledByItsBareNameIsFound) {
+  EXPECT_EQ(load(u"off", {at(u"planted.dll")}).back(), "called");
+  EXPECT_EQ(load(u"on", {at(u"planted.dll")}).back(), "called");
 }
 
 /// Policies are Windows' own matter: Wine accepts them and does nothing.
