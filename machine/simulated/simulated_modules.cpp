@@ -67,13 +67,24 @@ void SimulatedModules::readCalls(JsonValue const& document) {
   bundles_ = std::move(bundles);
 }
 
-ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module,
+SimulatedModules::Found SimulatedModules::find(std::u16string_view module) {
+  for (UString const& folder :
+       {shell_.knownFolder(KnownFolder::system), files_.currentDirectory()}) {
+    UString path = path_grammar::absolute(withExtension(module), folder);
+    std::string bytes = content(files_, path);
+    if (!bytes.empty()) return {std::move(path), std::move(bytes)};
+  }
+  return {};
+}
+
+ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module, std::u16string_view file,
                                             std::string const& entryPoint,
                                             std::array<std::string, 3> const& arguments) {
   if (module.empty()) return ModuleCall::notLoaded;
-  UString const path = path_grammar::absolute(withExtension(module), files_.currentDirectory());
-  std::string const bytes = content(files_, path);
+  auto const [path, bytes] = find(module);
   if (bytes.empty()) return ModuleCall::notLoaded;
+  if (!equalIgnoringCase(path, path_grammar::absolute(file, files_.currentDirectory())))
+    throw OtherModule(file, path);
   if (!exports(bytes, entryPoint)) return ModuleCall::noEntryPoint;
   json texts = json::array();
   for (auto const& argument : arguments) texts.push_back(recorded(argument));

@@ -277,10 +277,11 @@ class WatchedModules final : public ForwardingModules {
   explicit WatchedModules(Watch const& watch)
       : ForwardingModules(watch.machine.modules()), watch_(watch) {}
 
-  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                            std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override {
     watch_.handOver({HandOver::Kind::module, UString(module), toUtf16(entryPoint)});
-    return inner().callEntryPoint(module, entryPoint, arguments);
+    return inner().callEntryPoint(module, file, entryPoint, arguments);
   }
   bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) override {
     watch_.handOver({HandOver::Kind::bundles, UString(folder), {}});

@@ -355,10 +355,11 @@ class FaultyModules final : public machine::ForwardingModules {
   FaultyModules(Modules& inner, Faults& faults) : ForwardingModules(inner), faults_(faults) {}
 
   /// Fails as an entry point does that throws.
-  machine::ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  machine::ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                                     std::string const& entryPoint,
                                      std::array<std::string, 3> const& arguments) override {
     faults_.check("callEntryPoint", module);
-    return inner().callEntryPoint(module, entryPoint, arguments);
+    return inner().callEntryPoint(module, file, entryPoint, arguments);
   }
   bool admitBundles(std::u16string_view folder,
                     std::vector<machine::UString> const& modules) override {

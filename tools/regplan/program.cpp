@@ -166,10 +166,11 @@ void addOutput(CLI::App& verb, CommandLine& given) {
                                     "Show the summary, and only the commands that are not\n"
                                     "plainly done")
                           ->option_text(" ");
-  auto* const verbose =
-      verb.add_flag("--verbose", given.verbose, "Show messages and changes as well")
-          ->option_text(" ")
-          ->excludes(quiet);
+  auto* const verbose = verb.add_flag("--verbose", given.verbose,
+                                      "Show messages and changes as well, and which of the\n"
+                                      "system's guards are on for this process")
+                            ->option_text(" ")
+                            ->excludes(quiet);
   verb.add_flag("--json", given.json,
                 "Write nothing but events to standard output, a JSON\n"
                 "object a line (\"regplan schema --events\")")
@@ -359,6 +360,14 @@ bool writeReports(ReportFiles const& files, RunReport const& report, std::ostrea
 
 using machine::journal::JournalWriter;
 
+void noteGuards(CommandLine const& given, Surroundings const& surroundings, View& view) {
+  if (!given.verbose) return;
+  for (machine::Guard const& guard : surroundings.guards) {
+    view.note("Guard: " + guard.name + ": " + std::string(nameOf(guard.state)) +
+              (guard.reason.empty() ? "" : ": " + printable(guard.reason)));
+  }
+}
+
 /// None where none is asked for. A failure is a refusal: nothing was changed yet.
 std::unique_ptr<JournalWriter> openJournal(CommandLine const& given) {
   if (given.journal.empty()) return nullptr;
@@ -412,6 +421,7 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
   report.request.journal = given.journal;
   auto const journal = openJournal(given);
   view->begin(report.request, plan.commands.size());
+  noteGuards(given, surroundings, *view);
   {
     LogScope const log;
     if (journal) {
@@ -489,6 +499,7 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   if (!read.weakness.empty()) {
     view->note("Others could have written this journal: " + printable(read.weakness));
   }
+  noteGuards(given, surroundings, *view);
   auto const start = surroundings.now();
   journal::RestoreReport const result = journal::restore(read, machine::current(), options);
   report.duration = surroundings.now() - start;

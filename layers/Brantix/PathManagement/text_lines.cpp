@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "fl/filesystem/operations.hpp"
+
 namespace Brantix::PathManagement {
+
+using fl::filesystem::Path;
 
 namespace {
 
@@ -48,6 +52,11 @@ void TextLines::warn(std::string_view reason) {
   } else if (warnings_ == warningsTold + 1) {
     notification_.warn({file_, number_, u"wrong as well; further lines are not told"});
   }
+}
+
+void TextLines::warnOfForeignServer(Path const& path, Path const& home) {
+  auto const warning = fl::filesystem::foreign_server_warning(path, home);
+  if (!warning.empty()) warn(fl::i18n::ustring_to_utf8(warning));
 }
 
 }  // namespace Brantix::PathManagement

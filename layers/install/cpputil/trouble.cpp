@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "install/cpputil/observers.hpp"
+#include "machine/path_grammar.hpp"
 
 namespace install::cpputil::trouble {
 
@@ -17,6 +18,13 @@ observers<report>& all() {
 
 void tell(report const& told) {
   all().announce(told);
+}
+
+void warn_of_relative_code(UString const& path) {
+  if (machine::path_grammar::isAbsolute(path)) return;
+  tell({severity::warning,
+        path + u" is not absolute: which code is loaded or run there depends on the current folder",
+        path});
 }
 
 scoped_observer::scoped_observer(callback observer) : observer_(std::move(observer)) {

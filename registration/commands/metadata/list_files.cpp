@@ -57,23 +57,23 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
   return files;
 }
 
-List readEntries(char mark, Path const& file,
-                 std::function<UString(std::string const& line)> const& toEntry) {
+List readEntries(char mark, Path const& file, ToEntry const& toEntry) {
   List list;
   fl::filesystem::ifstream stream(file);
   list.isOpened = stream.is_open();
+  std::size_t number = 0;
   for (std::string line; std::getline(stream, line);) {
+    ++number;
     std::string const entry = trimmed(line);
     if (!entry.empty() && entry.front() != mark) {
-      list.entries.insert(toEntry(entry));
+      list.entries.insert(toEntry(entry, number));
     }
   }
   list.failure = fl::i18n::utf8_to_ustring(stream.failure());
   return list;
 }
 
-List readList(ListFormat const& format, Path const& file, Log const& log,
-              std::function<UString(std::string const& line)> const& toEntry) {
+List readList(ListFormat const& format, Path const& file, Log const& log, ToEntry const& toEntry) {
   List list = readEntries(format.commentMark, file, toEntry);
   if (!list.isOpened) {
     utility::logTrouble(log, UString(format.unableToOpen) + file.ustring(), file.ustring());

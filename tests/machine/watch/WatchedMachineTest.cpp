@@ -361,7 +361,9 @@ Changing changingOperations(RegistryKey const& key, TaskDefinition const& task,
        {[](Machine& m) { m.processes().shellExecute(u"C:\\tool.exe", u"-a"); },
         {"hand over shell program C:\\tool.exe -a"}}},
       {"Modules::callEntryPoint",
-       {[](Machine& m) { m.modules().callEntryPoint(u"C:\\tool.exe", "Entry", {}); },
+       {[](Machine& m) {
+          m.modules().callEntryPoint(u"C:\\tool.exe", u"C:\\tool.exe", "Entry", {});
+        },
         {"hand over module C:\\tool.exe Entry"}}},
       {"Modules::admitBundles",
        {[](Machine& m) { m.modules().admitBundles(u"C:\\folder", {}); },
