@@ -8,8 +8,9 @@ if(CppMicroServices_FOUND)
   list(APPEND consumer_options -DCppMicroServices_DIR=${CppMicroServices_DIR})
 endif()
 if(REGISTRATION_SANITIZE)
-  # A program that loads a sanitized library must be sanitized itself.
-  list(APPEND consumer_options -DCMAKE_CXX_FLAGS=-fsanitize=address,undefined)
+  # A program that loads a sanitized library must be sanitized itself, by the same compiler.
+  list(APPEND consumer_options -DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}
+    -DCMAKE_CXX_FLAGS=-fsanitize=address,undefined)
 endif()
 add_test(NAME consumer COMMAND ${CMAKE_COMMAND}
   -D library_build=${CMAKE_BINARY_DIR}

@@ -35,7 +35,7 @@ TEST(Sha256, PadsEveryLength) {
 
 TEST(Sha256, ThePiecesDoNotMatter) {
   std::string const text(1000, 'q');
-  for (std::size_t piece : {1, 3, 63, 64, 65, 127}) {
+  for (std::size_t const piece : {1U, 3U, 63U, 64U, 65U, 127U}) {
     Sha256 hash;
     for (std::size_t i = 0; i < text.size(); i += piece)
       hash.add(std::string_view(text).substr(i, piece));

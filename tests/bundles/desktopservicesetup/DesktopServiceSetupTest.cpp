@@ -90,7 +90,7 @@ TEST_F(SetupTest, AFailureIsLoggedWithItsReason) {
 }
 
 TEST_F(SetupTest, AFailureIsTroubleThatNamesItsFileAndReason) {
-  auto const troubleOf = [this](auto const& step) -> std::string {
+  auto const troubleOf = [](auto const& step) -> std::string {
     tests::LogCapture const log;
     tests::TroubleCapture const trouble;
     EXPECT_NE(step(), Result::success);

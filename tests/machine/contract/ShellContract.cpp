@@ -152,7 +152,8 @@ TEST_P(ShellContract, ATextThatAShortcutCannotHoldIsRefusedAndTheOldOneStays) {
   refuse(ErrorCode::badPathName, &Shortcut::target, u"tool.exe");
   refuse(ErrorCode::badPathName, &Shortcut::target, u"\\tool.exe");
   for (auto const& [shortcut, code] : refused) {
-    EXPECT_EQ(errorOf([&] { shell().writeShortcut(in(u"x.lnk"), shortcut); }), number(code));
+    EXPECT_EQ(errorOf([&, &wrong = shortcut] { shell().writeShortcut(in(u"x.lnk"), wrong); }),
+              number(code));
     EXPECT_EQ(shell().readShortcut(in(u"x.lnk")), fullShortcut());
   }
   EXPECT_EQ(list(in(u"")), "x.lnk");

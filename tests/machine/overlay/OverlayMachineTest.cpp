@@ -183,11 +183,11 @@ class ManyFiles final : public Files {
    public:
     explicit Reader(std::uint64_t& bytesRead) : bytesRead_(bytesRead) {}
     std::size_t read(std::span<char> buffer) override {
-      auto const count = std::min<std::uint64_t>(buffer.size(), size - position_);
-      std::fill_n(buffer.begin(), count, 'x');
-      position_ += count;
-      bytesRead_ += count;
-      return count;
+      auto const length = std::min<std::uint64_t>(buffer.size(), size - position_);
+      std::fill_n(buffer.begin(), length, 'x');
+      position_ += length;
+      bytesRead_ += length;
+      return length;
     }
     void seek(std::uint64_t position) override { position_ = position; }
 
