@@ -48,7 +48,7 @@ TEST(LineReader, LinesAreTheSameHoweverTheirBytesCome) {
   text += "end";
   auto const expected = linesOf(text);
   ASSERT_EQ(expected.size(), 2001u);
-  for (std::size_t const step : {1, 2, 7, 4096}) {
+  for (std::size_t const step : {1u, 2u, 7u, 4096u}) {
     std::string_view rest = text;
     LineReader reader([&](std::span<char> buffer) {
       auto const count = rest.copy(buffer.data(), std::min(step, buffer.size()));
