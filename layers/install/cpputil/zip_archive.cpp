@@ -11,6 +11,7 @@
 #include "fl/filesystem/operations.hpp"
 #include "fl/filesystem/verbatim.hpp"
 #include "install/cpputil/zip_names.hpp"
+#include "machine/change.hpp"
 #include "machine/little_endian.hpp"
 #include "machine/machine.hpp"
 
@@ -308,15 +309,6 @@ Path pathOf(zip_entry const& entry) {
   return Path(fl::i18n::utf8_to_ustring(entry.name)).make_native();
 }
 
-std::uint64_t sizeOf(Path const& file) {
-  auto const status = machine::current().files().status(file.ustring());
-  if (!status) {
-    throw machine::SystemError("open for reading", file.ustring(),
-                               machine::ErrorCode::fileNotFound);
-  }
-  return status->size;
-}
-
 /// Reads an archive's own account of itself and holds it to the limits.
 class DirectoryReader {
  public:
@@ -488,8 +480,14 @@ class DirectoryReader {
 
 zip_archive::zip_archive(Path const& file, zip_limits const& limits)
     : file_(file),
-      size_(sizeOf(file)),
-      reader_(machine::current().files().openForReading(file.ustring())) {
+      reader_(machine::current().files().openForReading(file.ustring())),
+      size_(machine::fileContent(*reader_, 0).size) {
+  readDirectory(limits);
+}
+
+zip_archive::zip_archive(Path const& file, std::unique_ptr<machine::FileReader> opened,
+                         std::uint64_t size, zip_limits const& limits)
+    : file_(file), reader_(std::move(opened)), size_(size) {
   readDirectory(limits);
 }
 

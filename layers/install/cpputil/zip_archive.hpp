@@ -55,6 +55,10 @@ class REGISTRATION_API zip_archive {
  public:
   /// Throws zip_error, and what the machine throws for a file that cannot be read.
   explicit zip_archive(fl::filesystem::Path const& file, zip_limits const& limits = {});
+  /// A file that is open already, at any position, and has `size` bytes. All is read from it,
+  /// whatever `file`, its name for error texts, stands for by then.
+  zip_archive(fl::filesystem::Path const& file, std::unique_ptr<machine::FileReader> opened,
+              std::uint64_t size, zip_limits const& limits = {});
   ~zip_archive();
   zip_archive(zip_archive const&) = delete;
   zip_archive& operator=(zip_archive const&) = delete;
@@ -77,8 +81,8 @@ class REGISTRATION_API zip_archive {
   [[noreturn]] void refuse(zip_entry const& entry, std::string const& reason) const;
 
   fl::filesystem::Path file_;
-  std::uint64_t size_;
   std::unique_ptr<machine::FileReader> reader_;
+  std::uint64_t size_;
   std::vector<zip_entry> entries_;
 };
 
