@@ -48,7 +48,7 @@ struct zip_entry {
 /// of itself is checked before anything is unpacked, and refused are: names that lead out of the
 /// target folder or that Windows would take for others (absolute ones, "..", backslashes, drives
 /// and alternate data streams, device names, dots and blanks at a name's end), names that differ in
-/// case only, names of more than 2,000 UTF-16 units or 100 levels, links, encryption, headers that
+/// case only, names of more than 2,000 UTF-16 units, links, encryption, headers that
 /// disagree or overlap, sizes beyond the limits, a directory of more than 32 MiB, more than 262,144
 /// files and folders, and files that are cut short.
 class REGISTRATION_API zip_archive {

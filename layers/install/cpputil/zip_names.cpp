@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::size_t longestComponent = 255;  // UTF-16 units
 constexpr std::size_t longestName = 2000;      // leaves room for the target folder below 32,767
-constexpr std::size_t deepestName = 100;       // components
 
 /// COM1 to COM9 and LPT1 to LPT9, whose digit may also be a superscript one, and the others.
 bool isDevice(std::u16string_view stem) {
@@ -80,9 +79,6 @@ std::string problemOfZipName(std::string_view name) {
   }
   if (rest.ends_with(u'/')) {
     rest.remove_suffix(1);
-  }
-  if (static_cast<std::size_t>(std::ranges::count(rest, u'/')) >= deepestName) {
-    return "a name of too many levels";
   }
   for (auto slash = rest.find(u'/'); slash != rest.npos; slash = rest.find(u'/')) {
     auto problem = problemOfComponent(rest.substr(0, slash));
