@@ -98,13 +98,12 @@ bool sameItem(Item const& a, Item const& b) {
   return identityOf(a) == identityOf(b);
 }
 
-FileContent fileContent(Files& files, std::u16string_view path, std::size_t shownBytes) {
-  auto const reader = files.openForReading(path);
+FileContent fileContent(FileReader& file, std::size_t shownBytes) {
   std::array<char, 65536> part;
   Sha256 hash;
   FileContent content;
   std::string shown;
-  while (std::size_t const count = reader->read(part)) {
+  while (std::size_t const count = file.read(part)) {
     std::string_view const bytes(part.data(), count);
     hash.add(bytes);
     content.size += count;
@@ -113,6 +112,10 @@ FileContent fileContent(Files& files, std::u16string_view path, std::size_t show
   content.sha256 = hash.finish();
   if (content.size <= shownBytes) content.bytes = std::move(shown);
   return content;
+}
+
+FileContent fileContent(Files& files, std::u16string_view path, std::size_t shownBytes) {
+  return fileContent(*files.openForReading(path), shownBytes);
 }
 
 ItemState stateOf(Machine& machine, Item const& item, std::size_t shownBytes) {

@@ -79,7 +79,9 @@ using ItemState = std::variant<std::monostate, Existing, FileContent, Shortcut, 
 /// `shownBytes` come with their bytes. Throws SystemError.
 REGISTRATION_API ItemState stateOf(Machine& machine, Item const& item, std::size_t shownBytes);
 
-/// The content of a file, read to its end. Throws SystemError.
+/// The content of a file, read to its end; of an open one from where it is read next. Throws
+/// SystemError.
+REGISTRATION_API FileContent fileContent(FileReader& file, std::size_t shownBytes);
 FileContent fileContent(Files& files, std::u16string_view path, std::size_t shownBytes);
 
 /// One difference between two moments.

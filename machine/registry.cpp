@@ -67,6 +67,11 @@ void requireValueName(RegistryKey const& key, std::u16string_view name) {
     throw SystemError("set a registry value of", fullName(key), ErrorCode::invalidParameter);
 }
 
+void requireValueSize(RegistryKey const& key, RegistryValue const& value) {
+  if (value.data.size() > largestRegistryValue)
+    throw SystemError("set a registry value of", fullName(key), ErrorCode::fileTooLarge);
+}
+
 std::span<std::pair<RegistryType, std::string_view> const> registryTypeNames() {
   static constexpr std::pair<RegistryType, std::string_view> names[] = {
       {RegistryType::none, "REG_NONE"},

@@ -73,6 +73,13 @@ struct RegistryValue {
   REGISTRATION_API UString text() const;
 };
 
+/// The most that one value has, in bytes, against one that fills the memory. The system advises to
+/// keep what has 2,048 and more elsewhere.
+inline constexpr std::size_t largestRegistryValue = std::size_t{16} << 20;
+
+/// Throws SystemError (fileTooLarge) for a larger value.
+REGISTRATION_API void requireValueSize(RegistryKey const& key, RegistryValue const& value);
+
 /// The registry. Key paths and value names are compared without regard to case; an empty value name
 /// is the key's default value. Operations throw SystemError for failures not given an outcome here.
 class REGISTRATION_API Registry {
@@ -82,7 +89,8 @@ class REGISTRATION_API Registry {
   /// Makes the key and those above it; true when it did not exist before.
   virtual bool createKey(RegistryKey const& key) = 0;
   virtual bool keyExists(RegistryKey const& key) = 0;
-  /// nullopt when the key or the value is missing.
+  /// nullopt when the key or the value is missing. One that is larger than largestRegistryValue,
+  /// whoever wrote it, is an error (fileTooLarge), and so is writing one.
   virtual std::optional<RegistryValue> value(RegistryKey const& key, std::u16string_view name) = 0;
   /// Makes the key when it is missing.
   virtual void setValue(RegistryKey const& key, std::u16string_view name,
@@ -103,7 +111,8 @@ class REGISTRATION_API Registry {
   virtual bool removeEmptyKey(RegistryKey const& key) = 0;
   /// Names of the direct subkeys; empty when the key is missing.
   virtual std::vector<UString> subkeys(RegistryKey const& key) = 0;
-  /// Names and values of the key; empty when the key is missing.
+  /// Names and values of the key; empty when the key is missing. A value that is too large
+  /// is an error here too.
   virtual std::vector<std::pair<UString, RegistryValue>> values(RegistryKey const& key) = 0;
 };
 

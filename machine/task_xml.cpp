@@ -114,9 +114,12 @@ std::optional<Range> contentRange(std::u16string_view xml, std::u16string_view n
   for (auto at = xml.find(u'<'); at != xml.npos; at = xml.find(u'<', at + 1)) {
     if (!xml.substr(at + 1).starts_with(name)) continue;
     auto const after = at + 1 + name.size();
+    if (after == xml.size()) return std::nullopt;
+    // Before the tag's end is searched for: else many beginnings of other names make that many
+    // searches through all that follows.
+    if (std::u16string_view(u"> \t\r\n/").find(xml[after]) == std::u16string_view::npos) continue;
     auto const tagEnd = xml.find(u'>', after);
     if (tagEnd == xml.npos) return std::nullopt;
-    if (tagEnd != after && std::u16string_view(u" \t\r\n/").find(xml[after]) == xml.npos) continue;
     if (xml[tagEnd - 1] == u'/') return Range{tagEnd + 1, tagEnd + 1};
     auto const end = xml.find(UString(u"</").append(name), tagEnd);
     return end == xml.npos ? std::nullopt : std::optional(Range{tagEnd + 1, end});
@@ -196,6 +199,7 @@ UString taskXml(TaskDefinition const& definition) {
 }
 
 std::optional<TaskDefinition> taskFromXml(std::u16string_view document) {
+  if (document.size() > largestTaskDocument) return std::nullopt;
   auto const task = contentOf(document, u"Task");
   auto const program = contentOf(task, u"Exec");
   auto const registration = contentOf(task, u"RegistrationInfo");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -19,9 +20,12 @@ REGISTRATION_API bool isXmlText(std::u16string_view text);
 /// REQUIRES: requireTask accepts the definition.
 REGISTRATION_API UString taskXml(TaskDefinition const& definition);
 
+/// Of a task's document, in UTF-16 units: schedulers keep a few thousand.
+inline constexpr std::size_t largestTaskDocument = std::size_t{1} << 20;
+
 /// What fits into a TaskDefinition of a task's document: the first program and what goes with it.
-/// nullopt for a text that is no task. Reads what taskXml and schedulers write, with elements as
-/// they stand, and is no checking reader of XML.
+/// nullopt for a text that is no task or longer than largestTaskDocument. Reads what taskXml and
+/// schedulers write, with elements as they stand, and is no checking reader of XML.
 REGISTRATION_API std::optional<TaskDefinition> taskFromXml(std::u16string_view document);
 
 /// The document with its task disabled. REQUIRES: taskFromXml reads it.

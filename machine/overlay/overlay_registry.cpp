@@ -91,6 +91,7 @@ std::optional<RegistryValue> OverlayRegistry::value(RegistryKey const& key,
 void OverlayRegistry::setValue(RegistryKey const& key, std::u16string_view name,
                                RegistryValue const& value) {
   requireValueName(key, name);
+  requireValueSize(key, value);
   auto const [entry, isNew] = make(key).values.try_emplace(foldCase(name));
   auto& written = entry->second;
   if (isNew || !written.value) {

@@ -1,5 +1,9 @@
 #include "machine/simulated/simulated_modules.hpp"
 
+#include <algorithm>
+#include <span>
+#include <string_view>
+
 #include "machine/error.hpp"
 #include "machine/path_grammar.hpp"
 
@@ -14,19 +18,6 @@ UString withExtension(std::u16string_view module) {
   return UString(module) + (hasOne ? u"" : u".dll");
 }
 
-/// Empty when there is no such file or it cannot be read.
-std::string content(Files& files, UString const& path) {
-  try {
-    auto const reader = files.openForReading(path);
-    std::string bytes;
-    std::array<char, 65536> part;
-    while (std::size_t const count = reader->read(part)) bytes.append(part.data(), count);
-    return bytes;
-  } catch (SystemError const&) {
-    return {};
-  }
-}
-
 /// The text up to its first NUL, as UTF-8 even when it was not.
 std::string recorded(std::string const& text) {
   return toUtf8(toUtf16(text.c_str()));
@@ -36,14 +27,36 @@ bool endsName(char byte) {
   return byte == '\0' || byte == '\n' || byte == '\r';
 }
 
-bool exports(std::string const& module, std::string const& entryPoint) {
-  if (entryPoint.empty() || entryPoint.find('\0') != entryPoint.npos) return false;
-  for (auto at = module.find(entryPoint); at != module.npos; at = module.find(entryPoint, at + 1)) {
-    auto const end = at + entryPoint.size();
-    if ((at == 0 || endsName(module[at - 1])) && (end == module.size() || endsName(module[end])))
-      return true;
+/// Whether `name` stands in the bytes after the first one, between bytes that end a name.
+bool hasName(std::string_view bytes, std::string_view name) {
+  for (auto at = bytes.find(name, 1); at != bytes.npos; at = bytes.find(name, at + 1)) {
+    auto const end = at + name.size();
+    if (endsName(bytes[at - 1]) && end < bytes.size() && endsName(bytes[end])) return true;
   }
   return false;
+}
+
+/// What a call would come to as far as the file tells: notLoaded for an empty one, noEntryPoint
+/// when the name does not stand in it. A module may have any size, so little of it is held at a
+/// time. Throws SystemError for one that cannot be read.
+ModuleCall callOf(std::string const& entryPoint, FileReader& module) {
+  constexpr std::size_t partSize = 65536;
+  bool const isName = !entryPoint.empty() && entryPoint.find('\0') == entryPoint.npos;
+  auto result = ModuleCall::notLoaded;
+  std::string bytes(1, '\0');  // the beginning and the end of the file end a name
+  for (bool isAtEnd = false; !isAtEnd;) {
+    auto const kept = bytes.size();
+    bytes.resize(kept + partSize);
+    auto const count = module.read(std::span(bytes).subspan(kept));
+    isAtEnd = count == 0;
+    if (!isAtEnd) result = ModuleCall::noEntryPoint;
+    bytes.resize(kept + count);
+    if (isAtEnd) bytes += '\0';
+    if (isName && hasName(bytes, entryPoint)) return ModuleCall::called;
+    // A name may go on in the next part; the byte before it and the one after it belong to it.
+    bytes.erase(0, bytes.size() - std::min(bytes.size(), entryPoint.size() + 1));
+  }
+  return result;
 }
 
 }  // namespace
@@ -67,12 +80,17 @@ void SimulatedModules::readCalls(JsonValue const& document) {
   bundles_ = std::move(bundles);
 }
 
-SimulatedModules::Found SimulatedModules::find(std::u16string_view module) {
+SimulatedModules::Found SimulatedModules::find(std::u16string_view module,
+                                               std::string const& entryPoint) {
   for (UString const& folder :
        {shell_.knownFolder(KnownFolder::system), files_.currentDirectory()}) {
     UString path = path_grammar::absolute(withExtension(module), folder);
-    std::string bytes = content(files_, path);
-    if (!bytes.empty()) return {std::move(path), std::move(bytes)};
+    try {
+      auto const call = callOf(entryPoint, *files_.openForReading(path));
+      if (call != ModuleCall::notLoaded) return {std::move(path), call};
+    } catch (SystemError const&) {
+      // It is looked for in the next folder.
+    }
   }
   return {};
 }
@@ -81,11 +99,11 @@ ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module, std::u16
                                             std::string const& entryPoint,
                                             std::array<std::string, 3> const& arguments) {
   if (module.empty()) return ModuleCall::notLoaded;
-  auto const [path, bytes] = find(module);
-  if (bytes.empty()) return ModuleCall::notLoaded;
+  auto const [path, call] = find(module, entryPoint);
+  if (call == ModuleCall::notLoaded) return call;
   if (!equalIgnoringCase(path, path_grammar::absolute(file, files_.currentDirectory())))
     throw OtherModule(file, path);
-  if (!exports(bytes, entryPoint)) return ModuleCall::noEntryPoint;
+  if (call != ModuleCall::called) return call;
   json texts = json::array();
   for (auto const& argument : arguments) texts.push_back(recorded(argument));
   calls_.push_back({{"module", toUtf8(path)},

@@ -33,10 +33,10 @@ class SimulatedModules final : public Modules {
  private:
   struct Found {
     UString path;
-    std::string bytes;
+    ModuleCall call = ModuleCall::notLoaded;
   };
-  /// Its bytes are empty when there is none.
-  Found find(std::u16string_view module);
+  /// The module that the name leads to, and what a call of the entry point would come to.
+  Found find(std::u16string_view module, std::string const& entryPoint);
 
   Files& files_;
   Shell& shell_;

@@ -124,6 +124,7 @@ std::optional<RegistryValue> SimulatedRegistry::value(RegistryKey const& key,
 void SimulatedRegistry::setValue(RegistryKey const& key, std::u16string_view name,
                                  RegistryValue const& value) {
   requireValueName(key, name);
+  requireValueSize(key, value);
   if (!isWellFormed(name))
     throw SystemError("set a registry value of", fullName(key), ErrorCode::invalidParameter);
   auto& [entryName, entryValue] = make(key).values[foldCase(name)];

@@ -22,6 +22,8 @@ namespace machine::windows {
 namespace {
 
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+/// The numbers in one count its bytes in 16 bits; the system makes some room.
+constexpr DWORD largestVersionResource = 1 << 20;
 
 /// The codes for a name that stands for nothing, among them those for a name that cannot exist and
 /// for a drive or server that is not there.
@@ -555,6 +557,9 @@ class WindowsFiles final : public Files {
     UString const target = systemPath("read the version of", fullPath("read the version of", path));
     DWORD ignored = 0;
     DWORD const size = GetFileVersionInfoSizeW(wide(target), &ignored);
+    if (size > largestVersionResource) {
+      return std::nullopt;
+    }
     std::string resource(size, '\0');
     if (size == 0 || !GetFileVersionInfoW(wide(target), 0, size, resource.data())) {
       return std::nullopt;

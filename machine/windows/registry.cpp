@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <limits>
-
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
 #include "machine/windows/system_error.hpp"
@@ -59,6 +57,9 @@ LSTATUS readValue(HKEY key, UString const& name, RegistryValue& value) {
     auto size = static_cast<DWORD>(value.data.size());
     LSTATUS const status = RegQueryValueExW(key, wide(name), nullptr, &type,
                                             reinterpret_cast<BYTE*>(value.data.data()), &size);
+    if (status == ERROR_MORE_DATA && size > largestRegistryValue) {
+      return ERROR_FILE_TOO_LARGE;
+    }
     if (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
       value.data.resize(size);
     }
@@ -94,6 +95,9 @@ LSTATUS readValues(HKEY key, std::vector<std::pair<UString, RegistryValue>>& val
     LSTATUS const status =
         RegEnumValueW(key, static_cast<DWORD>(values.size()), wideBuffer(name), &length, nullptr,
                       &type, reinterpret_cast<BYTE*>(data.data()), &size);
+    if (status == ERROR_MORE_DATA && size > largestRegistryValue) {
+      return ERROR_FILE_TOO_LARGE;
+    }
     if (status == ERROR_MORE_DATA && size > data.size()) {
       data.resize(size);
     } else if (status == ERROR_SUCCESS) {
@@ -145,9 +149,10 @@ class WindowsRegistry final : public Registry {
 
   void setValue(RegistryKey const& key, std::u16string_view name,
                 RegistryValue const& value) override {
-    if (hasNul(name) || value.data.size() > std::numeric_limits<DWORD>::max()) {
+    if (hasNul(name)) {
       throw registryError("write a value of", key, ERROR_INVALID_PARAMETER);
     }
+    requireValueSize(key, value);
     UString const terminated(name);
     // The call reads one unit beyond a string that has no terminator, and takes a NUL there along;
     // what follows here is none.

@@ -355,6 +355,9 @@ class WindowsTasks final : public Tasks {
     BSTR text = nullptr;
     scheduler.require(found->get_Xml(&text));
     UniqueBstr const owner(text);
+    if (SysStringLen(text) > largestTaskDocument) {
+      throw SystemError("read the document of the task", name, ErrorCode::fileTooLarge);
+    }
     return text ? UString(unitsOf(text)) : UString();
   }
 

@@ -108,5 +108,27 @@ TEST(TaskName, LeadsNowhereElse) {
   EXPECT_FALSE(isTaskName(UString(1, char16_t{0xDC00})));
 }
 
+TEST(TaskXml, ADocumentLongerThanItMayBeIsNone) {
+  TaskDefinition task;
+  task.application = u"C:\\p\\tool.exe";
+  auto document = taskXml(task);
+  document += UString(largestTaskDocument - document.size(), u' ');
+  EXPECT_TRUE(taskFromXml(document));
+  EXPECT_FALSE(taskFromXml(document + u' '));
+}
+
+TEST(TaskXml, AnElementWhoseNameOnlyBeginsLikeAnotherIsNotTakenForIt) {
+  TaskDefinition task;
+  task.application = u"C:\\p\\tool.exe";
+  auto document = taskXml(task);
+  document.insert(document.find(u"<Exec>"), u"<ExecX><Command>wrong</Command></ExecX><Exec");
+  EXPECT_FALSE(taskFromXml(document)->application == u"wrong");
+  // So many that a search to the end for each would take minutes.
+  UString many;
+  while (many.size() < largestTaskDocument / 2) many += u"<Tasks";
+  EXPECT_FALSE(taskFromXml(many + u">"));
+  EXPECT_FALSE(taskFromXml(u"<Task"));
+}
+
 }  // namespace
 }  // namespace machine

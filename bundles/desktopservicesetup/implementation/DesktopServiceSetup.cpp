@@ -2,13 +2,14 @@
 
 #include "bundles/desktopservicesetup/implementation/download.hpp"
 #include "bundles/desktopservicesetup/implementation/folder_replacement.hpp"
+#include "bundles/desktopservicesetup/implementation/package.hpp"
 #include "bundles/desktopservicesetup/implementation/service_host.hpp"
 #include "bundles/desktopservicesetup/implementation/setup_failure.hpp"
 #include "bundles/desktopservicesetup/implementation/text_files.hpp"
-#include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/versions.hpp"
 #include "install/desktopservicesetup/layout.hpp"
+#include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
 
 namespace desktopservicesetup {
@@ -38,14 +39,6 @@ Path installerFolder(Path const& folder) {
   return folder / u"installer";
 }
 
-Path announcement(Path const& folder) {
-  return folder / u"latest.json";
-}
-
-std::unique_ptr<zip_archive> openPackage(Path const& file) {
-  return during(Result::packageMissing, [&] { return std::make_unique<zip_archive>(file); });
-}
-
 std::string nameOf(Path const& file) {
   return fl::i18n::ustring_to_utf8(file.ustring());
 }
@@ -64,22 +57,20 @@ int compare(std::string const& a, std::string const& b) {
   return install::cpputil::compareVersions(fl::i18n::to_ustring(a), fl::i18n::to_ustring(b));
 }
 
-VersionDocument announced(Path const& folder) {
-  return during(Result::versionUnavailable, [&] {
-    Path const file = announcement(folder);
-    return parseVersionDocument(nameOf(file), readText(file, largestDocument));
-  });
-}
-
 /// A server may hold a package of another version than the one it announces, an older one too.
-void requireAnnouncedVersion(zip_archive& package, Path const& source) {
-  Path const file = layout::serviceHostPackage(source);
+void requireAnnouncedVersion(zip_archive& package, Path const& file, std::string const& expected) {
   std::string const version = versionOf(package, file);
-  std::string const expected = announced(source).serviceHostVersion;
   if (compare(version, expected) != 0) {
     throw SetupFailure(Result::packageRefused, nameOf(file) + " is version " + version +
                                                    ", but version " + expected + " was announced");
   }
+}
+
+/// Whether both are the same text but for case and the way to write it.
+bool isSameFolder(Path const& a, Path const& b) {
+  auto const here = machine::current().files().currentDirectory();
+  return machine::equalIgnoringCase(machine::path_grammar::absolute(a.ustring(), here),
+                                    machine::path_grammar::absolute(b.ustring(), here));
 }
 
 ServiceHost readServiceHost(Path const& source) {
@@ -125,7 +116,8 @@ Result DesktopServiceSetup::unpackInstaller(Path const& folder, UString const& p
       throw SetupFailure(Result::packageMissing,
                          "there is no installer package in " + nameOf(folder));
     }
-    auto const package = openPackage(folder / packageName);
+    auto const* const expected = wasDownloadedTo(folder) ? &announced(folder).installer : nullptr;
+    auto const package = openPackage(folder / packageName, expected);
     during(Result::filesNotWritten, [&] {
       FolderReplacement replacement(installerFolder(folder));
       package->extract(replacement.staging());
@@ -150,9 +142,10 @@ void DesktopServiceSetup::install(Path const& source, Path const& target, bool i
   }
   ServiceHost const host = readServiceHost(source);
   Path const packageFile = layout::serviceHostPackage(source);
-  auto const package = openPackage(packageFile);
-  if (!isShipped) {
-    requireAnnouncedVersion(*package, source);
+  auto const* const latest = isShipped ? nullptr : &announced(source);
+  auto const package = openPackage(packageFile, latest ? &latest->package : nullptr);
+  if (latest) {
+    requireAnnouncedVersion(*package, packageFile, latest->serviceHostVersion);
   }
   Path const folder = target / u"servicehost";
   during(Result::filesNotWritten, [&] {
@@ -168,6 +161,8 @@ void DesktopServiceSetup::removeSource(Path const& folder) {
     holdMachine();
     fl::filesystem::remove_all(folder);
   });
+  fetched_.reset();
+  announcement_.reset();
   lock_.reset();
 }
 
@@ -175,16 +170,15 @@ Result DesktopServiceSetup::downloadLatestInstaller(Path const& installationRoot
   return resultOf([&] {
     holdMachine();
     Path const folder = layout::temporaryDownloadRoot(installationRoot);
-    auto const fetched = during(Result::versionUnavailable, [&] {
-      return fetchVersionDocument(installationRoot, documentLimits());
-    });
+    announcement_.reset();
+    auto document = latest(installationRoot);
     during(Result::filesNotWritten, [&] {
       fl::filesystem::remove_all(folder);
       fl::filesystem::create_directories(folder);
-      // Whatever is published meanwhile, the package will be the one that goes with this installer.
-      writeText(announcement(folder), fetched.text);
     });
-    downloadTo(layout::installerPackage(folder), fetched.document.installer, packageLimits());
+    downloadTo(layout::installerPackage(folder), document.installer, packageLimits());
+    // Whatever is published meanwhile, the package will be the one that goes with this installer.
+    announcement_ = {folder, std::move(document)};
   });
 }
 
@@ -203,11 +197,33 @@ bool DesktopServiceSetup::queryVersions(Path const& installationRoot, std::strin
   shippedVersion.clear();
   resultOf([&] {
     Path const file = layout::serviceHostPackage(layout::currentRoot(installationRoot));
-    shippedVersion = versionOf(*openPackage(file), file);
+    shippedVersion = versionOf(*openPackage(file, nullptr), file);
   });
-  latestVersion =
-      fetchVersionDocument(installationRoot, documentLimits()).document.serviceHostVersion;
+  fetched_.reset();
+  fetched_ = {installationRoot, fetchVersionDocument(installationRoot, documentLimits())};
+  latestVersion = fetched_->second.serviceHostVersion;
   return compare(shippedVersion, latestVersion) >= 0;
+}
+
+/// The one that queryVersions decided by, else the one published now.
+VersionDocument DesktopServiceSetup::latest(Path const& installationRoot) {
+  auto const fetched = std::exchange(fetched_, std::nullopt);
+  if (fetched && isSameFolder(fetched->first, installationRoot)) {
+    return fetched->second;
+  }
+  return during(Result::versionUnavailable,
+                [&] { return fetchVersionDocument(installationRoot, documentLimits()); });
+}
+
+VersionDocument const& DesktopServiceSetup::announced(Path const& folder) const {
+  if (!wasDownloadedTo(folder)) {
+    throw SetupFailure(Result::versionUnavailable, "nothing was downloaded to " + nameOf(folder));
+  }
+  return announcement_->document;
+}
+
+bool DesktopServiceSetup::wasDownloadedTo(Path const& folder) const {
+  return announcement_ && isSameFolder(announcement_->folder, folder);
 }
 
 void DesktopServiceSetup::holdMachine() {

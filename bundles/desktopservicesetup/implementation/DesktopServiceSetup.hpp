@@ -5,9 +5,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "bundles/desktopservicesetup/implementation/version_document.hpp"
 #include "install/cpputil/machine_lock.hpp"
-#include "install/cpputil/zip_archive.hpp"
 #include "install/desktopservicesetup/DesktopServiceSetupUtility.hpp"
 #include "machine/downloads.hpp"
 
@@ -40,9 +41,12 @@ struct Timeouts {
 ///
 ///   installer/    the installer package, unpacked; its service.json tells how to run the host
 ///   servicehost/  the service host, unpacked (in the current root)
-///   latest.json   the version document that downloaded packages were announced by
 ///
 /// A service-host package carries its own version in version.txt, one line.
+///
+/// Others may be able to write where packages lie. The version document is fetched once for all
+/// operations up to removeSource, and kept in memory. A package is opened once; a downloaded one
+/// must have the document's size and hash when it is unpacked, not only when it comes.
 class DesktopServiceSetup final : public install::desktopservicesetup::DesktopServiceSetupUtility {
  public:
   explicit DesktopServiceSetup(Timeouts const& timeouts = {}) : timeouts_(timeouts) {}
@@ -58,7 +62,18 @@ class DesktopServiceSetup final : public install::desktopservicesetup::DesktopSe
                      std::string& latestVersion) override;
 
  private:
+  /// What was downloaded since the last removeSource.
+  struct Announcement {
+    Path folder;  ///< where to
+    VersionDocument document;
+  };
+
   void install(Path const& source, Path const& target, bool isShipped) const;
+  VersionDocument latest(Path const& installationRoot);
+  /// The announcement of what was downloaded to `folder`. Throws SetupFailure (versionUnavailable)
+  /// when nothing was.
+  VersionDocument const& announced(Path const& folder) const;
+  bool wasDownloadedTo(Path const& folder) const;
   /// Keeps others off the machine up to the end of removeSource. Throws as machine_lock does.
   void holdMachine();
   machine::DownloadLimits packageLimits() const;
@@ -66,6 +81,9 @@ class DesktopServiceSetup final : public install::desktopservicesetup::DesktopSe
 
   Timeouts timeouts_;
   std::optional<install::cpputil::machine_lock> lock_;
+  /// What queryVersions fetched for an installation, until it is downloaded.
+  std::optional<std::pair<Path, VersionDocument>> fetched_;
+  std::optional<Announcement> announcement_;
 };
 
 }  // namespace desktopservicesetup

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "bundles/desktopservicesetup/implementation/setup_failure.hpp"
-#include "bundles/desktopservicesetup/implementation/text_files.hpp"
 #include "fl/filesystem/operations.hpp"
 #include "machine/machine.hpp"
 #include "machine/sha256.hpp"
@@ -14,14 +13,15 @@ using Result = DesktopServiceSetupResult;
 
 namespace {
 
-/// A file that grows under another name, gone again unless it is moved into place.
+/// A file that grows under another name, gone again unless it is moved into place. It is made, so
+/// that nobody else has it open or owns it.
 class PartialFile {
  public:
-  explicit PartialFile(Path const& file)
-      : file_(file),
-        partial_(partialName(file)),
-        writer_(machine::current().files().openForWriting(partial_.ustring(),
-                                                          machine::WriteMode::truncate)) {}
+  explicit PartialFile(Path const& file) : file_(file), partial_(file.ustring() + u".part") {
+    auto& files = machine::current().files();
+    files.removeFile(partial_.ustring());
+    writer_ = files.openForWriting(partial_.ustring(), machine::WriteMode::createNew);
+  }
   ~PartialFile() {
     writer_.reset();
     try {

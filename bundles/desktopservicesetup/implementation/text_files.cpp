@@ -3,7 +3,6 @@
 #include <array>
 #include <stdexcept>
 
-#include "fl/filesystem/operations.hpp"
 #include "machine/machine.hpp"
 
 namespace desktopservicesetup {
@@ -19,16 +18,6 @@ std::string readText(Path const& file, std::size_t limit) {
     }
   }
   return content;
-}
-
-void writeText(Path const& file, std::string_view content) {
-  Path const partial = partialName(file);
-  auto const writer =
-      machine::current().files().openForWriting(partial.ustring(), machine::WriteMode::truncate);
-  writer->write(content);
-  writer->flushToDisk();
-  writer->close();
-  fl::filesystem::rename(partial.ustring(), file.ustring());
 }
 
 }  // namespace desktopservicesetup

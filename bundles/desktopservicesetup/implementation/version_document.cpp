@@ -58,8 +58,8 @@ VersionDocument parseVersionDocument(std::string const& name, std::string_view t
   return latest;
 }
 
-FetchedVersionDocument fetchVersionDocument(Path const& installationRoot,
-                                            machine::DownloadLimits const& limits) {
+VersionDocument fetchVersionDocument(Path const& installationRoot,
+                                     machine::DownloadLimits const& limits) {
   std::string const url = configuredUrl(installationRoot);
   if (!isTrustedUrl(url)) {
     throw std::runtime_error("the version document's address is neither https nor this computer: " +
@@ -72,7 +72,7 @@ FetchedVersionDocument fetchVersionDocument(Path const& installationRoot,
       machine::current().downloads().get(fl::i18n::utf8_to_ustring(url), documentLimits,
                                          [&](std::string_view bytes) { text += bytes; });
   requireFound(status, url);
-  return {text, parseVersionDocument(url, text)};
+  return parseVersionDocument(url, text);
 }
 
 void requireFound(std::uint32_t status, std::string const& url) {

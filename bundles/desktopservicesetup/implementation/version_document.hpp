@@ -38,18 +38,13 @@ struct VersionDocument {
 /// for that error.
 VersionDocument parseVersionDocument(std::string const& name, std::string_view text);
 
-struct FetchedVersionDocument {
-  std::string text;
-  VersionDocument document;
-};
-
 /// The document as it is published now. Its address is the registry value LatestVersionUrl
 /// of HKEY_LOCAL_MACHINE\SOFTWARE\Brantix\Vortan\ServiceHost, else the one in the file
 /// service-host-source.json in the installation's current root: {"version": 1, "latestVersionUrl":
 /// "https://..."}. Throws std::runtime_error when there is no address or no document at it. Of
 /// `limits` the size is this function's own.
-FetchedVersionDocument fetchVersionDocument(Path const& installationRoot,
-                                            machine::DownloadLimits const& limits);
+VersionDocument fetchVersionDocument(Path const& installationRoot,
+                                     machine::DownloadLimits const& limits);
 
 /// Throws std::runtime_error for another status than 200 of a server's answer.
 void requireFound(std::uint32_t status, std::string const& url);

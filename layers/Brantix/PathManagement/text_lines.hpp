@@ -5,11 +5,13 @@
 
 #include "fl/filesystem/path.hpp"
 #include "foundation/core/except/Notification.hpp"
+#include "machine/line_reader.hpp"
 
 namespace Brantix::PathManagement {
 
 /// Reads UTF-8 text line by line, each without what the classic locale calls space or blank at both
-/// ends. Lines that turn out wrong are warnings; of many wrong ones only the first are told.
+/// ends. Lines that turn out wrong or longer than machine::LineLimits has it are warnings; of many
+/// wrong ones only the first are told. How long the text may be is for its reader to limit.
 class TextLines {
  public:
   /// `file`: where the text was read. All must outlive this object.
@@ -28,13 +30,10 @@ class TextLines {
   static constexpr std::size_t warningsTold = 1000;
 
  private:
-  std::string_view takeLine();
-
-  std::string_view rest_;
+  machine::LineReader lines_;
   fl::i18n::UString const& file_;
   foundation::core::except::Notification& notification_;
   fl::i18n::UString line_;
-  std::size_t number_ = 0;
   std::size_t warnings_ = 0;
 };
 

@@ -30,41 +30,6 @@ auto noting(std::string& failure, Call&& call) {
 
 }  // namespace
 
-class ifstream::buffer : public std::streambuf {
- public:
-  buffer(Path const& path, std::string& failure)
-      : failure_(failure), reader_(noting(failure, [&] {
-          return machine::current().files().openForReading(path.ustring());
-        })) {}
-
- protected:
-  int_type underflow() override {
-    std::size_t const count = noting(failure_, [this] { return reader_->read(bytes_); });
-    setg(bytes_.data(), bytes_.data(), bytes_.data() + count);
-    return count == 0 ? traits_type::eof() : traits_type::to_int_type(bytes_.front());
-  }
-
- private:
-  std::string& failure_;
-  std::unique_ptr<machine::FileReader> reader_;
-  std::array<char, bufferSize> bytes_;
-};
-
-ifstream::ifstream(Path const& path) : std::istream(nullptr) {
-  try {
-    buffer_ = std::make_unique<buffer>(path, failure_);
-    rdbuf(buffer_.get());
-  } catch (machine::SystemError const&) {
-    setstate(std::ios::failbit);
-  }
-}
-
-ifstream::~ifstream() = default;
-
-bool ifstream::is_open() const {
-  return buffer_ != nullptr;
-}
-
 class ofstream::buffer : public std::streambuf {
  public:
   buffer(Path const& path, open_mode mode, std::string& failure)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <istream>
 #include <memory>
 #include <ostream>
 #include <streambuf>
@@ -10,27 +9,12 @@
 #include "machine/api.hpp"
 #include "machine/files.hpp"
 
-/// Standard streams over the current machine's files, binary: bytes pass unchanged. As with the
+/// A standard stream over the current machine's files, binary: bytes pass unchanged. As with the
 /// standard file streams, a failure sets the stream's failure state and throws nothing; unlike
-/// them, these tell which it was.
+/// them, this one tells which it was. Lists are read with machine::LineReader, within limits.
 namespace fl::filesystem {
 
 using open_mode = machine::WriteMode;
-
-class REGISTRATION_API ifstream : public std::istream {
- public:
-  explicit ifstream(Path const& path);
-  ~ifstream() override;
-  bool is_open() const;
-  /// The text of the first failure, in UTF-8; empty as long as there was none. The end of a file is
-  /// none.
-  std::string const& failure() const { return failure_; }
-
- private:
-  class buffer;
-  std::string failure_;
-  std::unique_ptr<buffer> buffer_;
-};
 
 class REGISTRATION_API ofstream : public std::ostream {
  public:
@@ -39,7 +23,8 @@ class REGISTRATION_API ofstream : public std::ostream {
   bool is_open() const;
   /// Flushes and closes; sets failbit when that fails.
   void close();
-  /// As ifstream's. What was written before it may be in the file, all or in part.
+  /// The text of the first failure, in UTF-8; empty as long as there was none. What was written
+  /// before it may be in the file, all or in part.
   std::string const& failure() const { return failure_; }
 
  private:

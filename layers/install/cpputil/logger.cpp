@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "fl/filesystem/operations.hpp"
+#include "install/cpputil/message_limit.hpp"
 #include "install/cpputil/observers.hpp"
 #include "install/cpputil/trouble.hpp"
 #include "machine/machine.hpp"
@@ -81,6 +82,10 @@ bool keepDestination(UString const& failure, Path const& subject) {
 }  // namespace
 
 void append_message(UString const& message) {
+  if (message.size() > longest_message) {
+    append_message(cut_message(message));
+    return;
+  }
   log().listeners.announce(message);
   if (log().writer) {
     writeLine(*log().writer, message);
@@ -88,7 +93,9 @@ void append_message(UString const& message) {
 }
 
 void append_message(std::string const& message) {
-  append_message(fl::i18n::utf8_to_ustring(message));
+  // Of a longer message so much that it is seen to be too long: three bytes make a unit, or more.
+  constexpr std::size_t enough = 3 * longest_message + 4;
+  append_message(fl::i18n::utf8_to_ustring(std::string_view(message).substr(0, enough)));
 }
 
 bool set_destination(Path const& file) {

@@ -8,8 +8,9 @@
 
 /// The installation log: one file that every step appends to, UTF-8, one line a message,
 /// "2026-11-21T08:30:00.123Z message", stamped by the current machine's clock. Line breaks within a
-/// message are written as "\n" and "\r" so that a message stays one line. For the installer's one
-/// thread.
+/// message are written as "\n" and "\r" so that a message stays one line. A message longer than
+/// longest_message (install/cpputil/message_limit.hpp) is cut, and says so at its end, for
+/// observers too. For the installer's one thread.
 namespace install::cpputil::logger {
 
 using fl::filesystem::Path;

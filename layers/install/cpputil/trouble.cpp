@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "install/cpputil/message_limit.hpp"
 #include "install/cpputil/observers.hpp"
 #include "machine/path_grammar.hpp"
 
@@ -17,7 +18,15 @@ observers<report>& all() {
 }  // namespace
 
 void tell(report const& told) {
-  all().announce(told);
+  if (told.text.size() <= longest_message && told.subject.size() <= longest_message) {
+    all().announce(told);
+    return;
+  }
+  report cut = told;
+  for (UString* const text : {&cut.text, &cut.subject}) {
+    if (text->size() > longest_message) *text = cut_message(*text);
+  }
+  all().announce(cut);
 }
 
 void warn_of_relative_code(UString const& path) {

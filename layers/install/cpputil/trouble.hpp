@@ -30,7 +30,9 @@ struct report {
   std::size_t logged_lines = 0;
 };
 
-/// Hands a report to every observer; without one it is lost. Throws what an observer throws.
+/// Hands a report to every observer; without one it is lost. A text or subject longer than
+/// longest_message (install/cpputil/message_limit.hpp) is cut, as in the log. Throws what an
+/// observer throws.
 REGISTRATION_API void tell(report const& told);
 
 /// Warns that code is about to be loaded or run from `path`, where that is not absolute: what it

@@ -11,6 +11,7 @@
 #include "fl/filesystem/operations.hpp"
 #include "fl/filesystem/verbatim.hpp"
 #include "install/cpputil/zip_names.hpp"
+#include "machine/change.hpp"
 #include "machine/little_endian.hpp"
 #include "machine/machine.hpp"
 
@@ -45,6 +46,8 @@ constexpr std::uint16_t deflated = 8;
 
 /// A directory beyond this is no package's, and would have to be held in memory.
 constexpr std::uint32_t largestDirectory = 32u << 20;
+/// Files and folders, also those folders that only stand in other entries' names.
+constexpr std::size_t mostNames = 1u << 18;
 /// Whatever its ratio, what unpacks to no more harms nobody.
 constexpr std::uint64_t harmlessSize = 16u << 20;
 
@@ -192,29 +195,51 @@ std::string problemOfHeader(Header const& header, std::string_view name) {
   return problem.empty() ? "" : "has " + problem;
 }
 
-/// Finds names that would be one to Windows, and files that other entries need as a folder.
+/// Finds names that would be one to Windows, and files that other entries need as a folder. A tree,
+/// so that a folder's name is kept once, however many entries lie below it.
 class NamesTaken {
  public:
-  bool take(zip_entry const& entry) {
+  /// What is wrong with one more entry; empty when nothing is.
+  std::string take(zip_entry const& entry) {
     UString const name = machine::foldCase(fl::i18n::utf8_to_ustring(entry.name));
-    for (auto slash = name.find(u'/'); slash != name.npos; slash = name.find(u'/', slash + 1)) {
-      auto const [found, isNew] = names_.try_emplace(name.substr(0, slash), Use::implied);
-      if (found->second == Use::file) {
-        return false;
+    std::u16string_view rest = name;
+    std::size_t folder = 0;
+    for (auto slash = rest.find(u'/'); slash != rest.npos; slash = rest.find(u'/')) {
+      Node const& node = at(folder, rest.substr(0, slash), Use::implied).first;
+      if (node.use == Use::file) {
+        return takenTwice;
       }
+      folder = node.number;
+      rest.remove_prefix(slash + 1);
     }
-    auto const [found, isNew] =
-        names_.try_emplace(name, entry.is_directory ? Use::folder : Use::file);
-    bool const wasOnlyImplied = found->second == Use::implied && entry.is_directory;
+    auto const [node, isNew] = at(folder, rest, entry.is_directory ? Use::folder : Use::file);
+    bool const wasOnlyImplied = node.use == Use::implied && entry.is_directory;
     if (wasOnlyImplied) {
-      found->second = Use::folder;
+      node.use = Use::folder;
     }
-    return isNew || wasOnlyImplied;
+    if (!isNew && !wasOnlyImplied) {
+      return takenTwice;
+    }
+    return names_.size() > mostNames ? "is one file or folder more than a package may hold" : "";
   }
 
  private:
+  static constexpr char const* takenTwice = "is there twice";
+
   enum class Use { file, folder, implied };
-  std::map<UString, Use> names_;
+  struct Node {
+    std::size_t number;  ///< from 1; 0 is the folder that holds all
+    Use use;
+  };
+
+  /// What has this name in a folder, and whether it is new.
+  std::pair<Node&, bool> at(std::size_t folder, std::u16string_view name, Use use) {
+    auto const [found, isNew] =
+        names_.try_emplace({folder, UString(name)}, Node{names_.size() + 1, use});
+    return {found->second, isNew};
+  }
+
+  std::map<std::pair<std::size_t, UString>, Node> names_;
 };
 
 /// Raw deflate (RFC 1951) by zlib.
@@ -284,15 +309,6 @@ Path pathOf(zip_entry const& entry) {
   return Path(fl::i18n::utf8_to_ustring(entry.name)).make_native();
 }
 
-std::uint64_t sizeOf(Path const& file) {
-  auto const status = machine::current().files().status(file.ustring());
-  if (!status) {
-    throw machine::SystemError("open for reading", file.ustring(),
-                               machine::ErrorCode::fileNotFound);
-  }
-  return status->size;
-}
-
 /// Reads an archive's own account of itself and holds it to the limits.
 class DirectoryReader {
  public:
@@ -333,8 +349,9 @@ class DirectoryReader {
       if (!problem.empty()) {
         return entry.name.empty() ? problem : "\"" + entry.name + "\" " + problem;
       }
-      if (!names_.take(entry)) {
-        return "\"" + entry.name + "\" is there twice";
+      auto const nameProblem = names_.take(entry);
+      if (!nameProblem.empty()) {
+        return "\"" + entry.name + "\" " + nameProblem;
       }
       entries.push_back(std::move(entry));
     }
@@ -463,8 +480,14 @@ class DirectoryReader {
 
 zip_archive::zip_archive(Path const& file, zip_limits const& limits)
     : file_(file),
-      size_(sizeOf(file)),
-      reader_(machine::current().files().openForReading(file.ustring())) {
+      reader_(machine::current().files().openForReading(file.ustring())),
+      size_(machine::fileContent(*reader_, 0).size) {
+  readDirectory(limits);
+}
+
+zip_archive::zip_archive(Path const& file, std::unique_ptr<machine::FileReader> opened,
+                         std::uint64_t size, zip_limits const& limits)
+    : file_(file), reader_(std::move(opened)), size_(size) {
   readDirectory(limits);
 }
 

@@ -48,12 +48,17 @@ struct zip_entry {
 /// of itself is checked before anything is unpacked, and refused are: names that lead out of the
 /// target folder or that Windows would take for others (absolute ones, "..", backslashes, drives
 /// and alternate data streams, device names, dots and blanks at a name's end), names that differ in
-/// case only, links, encryption, headers that disagree or overlap, sizes beyond the limits, and
-/// files that are cut short.
+/// case only, names of more than 2,000 UTF-16 units, links, encryption, headers that
+/// disagree or overlap, sizes beyond the limits, a directory of more than 32 MiB, more than 262,144
+/// files and folders, and files that are cut short.
 class REGISTRATION_API zip_archive {
  public:
   /// Throws zip_error, and what the machine throws for a file that cannot be read.
   explicit zip_archive(fl::filesystem::Path const& file, zip_limits const& limits = {});
+  /// A file that is open already, at any position, and has `size` bytes. All is read from it,
+  /// whatever `file`, its name for error texts, stands for by then.
+  zip_archive(fl::filesystem::Path const& file, std::unique_ptr<machine::FileReader> opened,
+              std::uint64_t size, zip_limits const& limits = {});
   ~zip_archive();
   zip_archive(zip_archive const&) = delete;
   zip_archive& operator=(zip_archive const&) = delete;
@@ -76,8 +81,8 @@ class REGISTRATION_API zip_archive {
   [[noreturn]] void refuse(zip_entry const& entry, std::string const& reason) const;
 
   fl::filesystem::Path file_;
-  std::uint64_t size_;
   std::unique_ptr<machine::FileReader> reader_;
+  std::uint64_t size_;
   std::vector<zip_entry> entries_;
 };
 

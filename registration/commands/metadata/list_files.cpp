@@ -1,28 +1,53 @@
 #include "registration/commands/metadata/list_files.hpp"
 
 #include <exception>
+#include <stdexcept>
 #include <string_view>
 
-#include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/recursive_directory_iterator.hpp"
+#include "machine/line_reader.hpp"
+#include "machine/machine.hpp"
 
 namespace registration::commands::metadata {
 
 namespace {
 
-/// Without what the classic locale calls space or blank, at both ends.
-std::string trimmed(std::string_view line) {
-  constexpr std::string_view blanks = " \t\n\v\f\r";
-  auto const first = line.find_first_not_of(blanks);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  return std::string(line.substr(first, line.find_last_not_of(blanks) - first + 1));
-}
-
 /// Most names are dismissed by their last units, before a text is made of them.
 bool hasExtension(std::u16string_view name, UString const& extension) {
   return name.ends_with(extension) && fl::filesystem::extract_extension(UString(name)) == extension;
+}
+
+void tellLostLine(Path const& file, std::size_t number, std::string const& reason) {
+  tellLost(file.ustring() +
+               fl::i18n::to_ustring(": line " + std::to_string(number) + " is left out: " + reason),
+           file);
+}
+
+/// A line that is too long names nothing that could exist: it loses only itself.
+void takeLine(machine::LineReader const& lines, char mark, Path const& file, ToEntry const& toEntry,
+              List& list) {
+  std::string const entry(machine::trimmed(lines.line()));
+  if (entry.starts_with(mark)) {
+    return;
+  }
+  if (lines.isLineTooLong()) {
+    tellLostLine(file, lines.number(), lines.whyLineIsTooLong());
+    return;
+  }
+  if (!entry.empty()) {
+    try {
+      list.entries.insert(toEntry(entry, lines.number()));
+    } catch (std::length_error const& failure) {
+      tellLostLine(file, lines.number(), failure.what());
+    }
+  }
+}
+
+UString tooLong(machine::LineReader const& lines, Path const& file) {
+  return file.ustring() +
+         fl::i18n::to_ustring(" is longer than " + std::to_string(lines.limits().text) +
+                              " bytes, the most a list may be: what follows line " +
+                              std::to_string(lines.number()) + " is left out");
 }
 
 }  // namespace
@@ -59,17 +84,24 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
 
 List readEntries(char mark, Path const& file, ToEntry const& toEntry) {
   List list;
-  fl::filesystem::ifstream stream(file);
-  list.isOpened = stream.is_open();
-  std::size_t number = 0;
-  for (std::string line; std::getline(stream, line);) {
-    ++number;
-    std::string const entry = trimmed(line);
-    if (!entry.empty() && entry.front() != mark) {
-      list.entries.insert(toEntry(entry, number));
-    }
+  std::unique_ptr<machine::FileReader> reader;
+  auto const isDone = [&](auto const& step) {
+    bool done = false;
+    utility::reportingFailure([&] { done = step(); },
+                              [&](UString const& text) { list.failure = text; });
+    return done;
+  };
+  list.isOpened = isDone([&] {
+    reader = machine::current().files().openForReading(file.ustring());
+    return true;
+  });
+  machine::LineReader lines([&](std::span<char> buffer) { return reader->read(buffer); });
+  while (list.isOpened && isDone([&] { return lines.next(); })) {
+    takeLine(lines, mark, file, toEntry, list);
   }
-  list.failure = fl::i18n::utf8_to_ustring(stream.failure());
+  if (lines.isTextTooLong()) {
+    list.failure = tooLong(lines, file);
+  }
   return list;
 }
 

@@ -10,7 +10,7 @@
 #include "registration/utility/types.hpp"
 
 /// The list files of installed parts: UTF-8 text, an entry a line, trimmed; empty lines and
-/// comments are skipped.
+/// comments are skipped. machine::LineLimits says how long a line and a list may be.
 namespace registration::commands::metadata {
 
 /// One kind of list file.
@@ -43,14 +43,17 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
 struct List {
   std::set<UString> entries;
   bool isOpened = false;
-  /// Why it could not be opened or not be read to its end; empty when it was.
+  /// Why it could not be opened or not be read to its end, or that it is longer than a list may be;
+  /// empty when all of it was read.
   UString failure;
 };
 
 /// The entry of a line; `number` counts from 1.
 using ToEntry = std::function<UString(std::string const& line, std::size_t number)>;
 
-/// The entries of a list whose comments begin with `mark`, each as `toEntry` gives it.
+/// The entries of a list whose comments begin with `mark`, each as `toEntry` gives it. A line that
+/// is longer than a line may be, or for which `toEntry` throws std::length_error, is left out, and
+/// told as trouble with its number.
 REGISTRATION_API List readEntries(char mark, Path const& file, ToEntry const& toEntry);
 
 /// The same by its format, a failure logged or, where the log has no line for it, told as trouble.

@@ -5,6 +5,8 @@
 
 #include "fl/filesystem/fstream.hpp"
 #include "fl/filesystem/operations.hpp"
+#include "machine/line_reader.hpp"
+#include "machine/machine.hpp"
 
 namespace registration::commands::metadata {
 
@@ -33,14 +35,21 @@ bool isWritten(Path const& file, Step&& step) {
 }
 
 /// Whether the last line has no line feed at its end. A file that cannot be opened is taken for one
-/// in order.
+/// in order; one that cannot be read to its end for one that is not, since an empty line does no
+/// harm.
 bool endsWithinLine(Path const& file) {
-  fl::filesystem::ifstream stream(file);
-  char last = '\n';
-  for (char byte{}; stream.get(byte);) {
-    last = byte;
+  std::unique_ptr<machine::FileReader> reader;
+  try {
+    reader = machine::current().files().openForReading(file.ustring());
+    machine::LineReader lines([&](std::span<char> buffer) { return reader->read(buffer); });
+    bool isComplete = true;
+    while (lines.next()) {
+      isComplete = lines.hasLineFeed();
+    }
+    return !isComplete || lines.isTextTooLong();
+  } catch (std::exception const&) {
+    return reader != nullptr;
   }
-  return last != '\n';
 }
 
 void extend(Path const& path, std::string_view start,

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
 #include "machine/command_line.hpp"
 #include "tests/support/faulty_machine.hpp"
@@ -493,7 +496,7 @@ TEST_F(SetupTest, DownloadsBothPackagesToTheTemporaryFolder) {
   EXPECT_EQ(downloadLatest(), Result::success);
   EXPECT_EQ(readFile(temporary(u"zci.zip")), installerPackage());
   EXPECT_EQ(readFile(temporary(u"packages\\win64\\brantixservicehost.zip")), hostPackage("2.0"));
-  EXPECT_EQ(entries(temporaryRoot().ustring()), (Names{u"latest.json", u"packages", u"zci.zip"}));
+  EXPECT_EQ(entries(temporaryRoot().ustring()), (Names{u"packages", u"zci.zip"}));
   EXPECT_EQ(entries(temporary(u"packages\\win64")), Names{u"brantixservicehost.zip"});
 }
 
@@ -534,7 +537,7 @@ TEST_F(SetupTest, ServerWithoutTheFileIsAFailedDownload) {
   publish("2.0");
   downloads.files.erase(u"https://host.example/i.zip");
   EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadFailed);
-  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{});
 }
 
 TEST_F(SetupTest, ConnectionThatBreaksLeavesNothingOfTheFile) {
@@ -543,7 +546,7 @@ TEST_F(SetupTest, ConnectionThatBreaksLeavesNothingOfTheFile) {
     if (url.ends_with(u"i.zip")) throw machine::SystemError("download", url, ErrorCode::timeout);
   };
   EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadFailed);
-  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{});
 }
 
 TEST_F(SetupTest, FileOfAnotherSizeOrHashIsRefused) {
@@ -554,7 +557,7 @@ TEST_F(SetupTest, FileOfAnotherSizeOrHashIsRefused) {
   for (std::string const& other : {sound + "x", sound.substr(1), std::string(), changed}) {
     downloads.files[u"https://host.example/i.zip"] = other;
     EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadRefused);
-    EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+    EXPECT_EQ(entries(temporaryRoot().ustring()), Names{});
   }
 }
 
@@ -568,7 +571,7 @@ TEST_F(SetupTest, DiskThatIsFullLeavesNothingOfTheFile) {
       ErrorCode::diskFull);
   machine::ScopedMachine const scope(faulty);
   EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::filesNotWritten);
-  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{u"latest.json"});
+  EXPECT_EQ(entries(temporaryRoot().ustring()), Names{});
 }
 
 TEST_F(SetupTest, DownloadedPackageOfAnotherVersionIsRefused) {
@@ -583,6 +586,165 @@ TEST_F(SetupTest, ShippedPackageNeedsNoAnnouncement) {
   ship("0.9");
   EXPECT_EQ(installShipped(), Result::success);
 }
+
+// ---- What was checked is what is used
+
+/// Would have the service run another program.
+std::string evilInstaller() {
+  return tests::zipOf(
+      {{"service.json", R"({"version": 1, "program": "evil.exe", "arguments": []})"}});
+}
+
+TEST_F(SetupTest, APackageSwappedAfterItsDownloadIsNotUsed) {
+  ship("1.0");
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  writeFile(temporary(u"zci.zip"), evilInstaller());
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(setup.unpackInstaller(temporaryRoot(), u"zci.zip"), Result::downloadRefused);
+  EXPECT_FALSE(exists(temporary(u"installer")));
+  EXPECT_EQ(trouble.texts(), std::vector<std::string>{"Brantix Service Host setup: " +
+                                                      machine::toUtf8(temporary(u"zci.zip")) +
+                                                      " is not the file that was announced"});
+
+  writeFile(temporary(u"zci.zip"), installerPackage());
+  ASSERT_EQ(setup.unpackInstaller(temporaryRoot(), u"zci.zip"), Result::success);
+  writeFile(temporary(u"packages\\win64\\brantixservicehost.zip"),
+            tests::zipOf({{"version.txt", "2.0"}, {"bin/host.exe", "evil"}}));
+  EXPECT_EQ(setup.installServiceHost(temporaryRoot(), current(), false), Result::downloadRefused);
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+TEST_F(SetupTest, APackagePlantedBesideTheDownloadedOneIsNotUnpacked) {
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  writeFile(temporary(u"a.zip"), evilInstaller());
+  EXPECT_EQ(setup.unpackInstaller(temporaryRoot(), u"a.zip"), Result::downloadRefused);
+  EXPECT_FALSE(exists(temporary(u"installer")));
+}
+
+#if !defined(_WIN32)
+/// Somebody who puts another file in the place of one as soon as it was read to its end. Windows
+/// lets nobody replace a file that is open.
+class Swapping final : public machine::ForwardingFiles {
+ public:
+  Swapping(Files& inner, machine::UString file, std::string content)
+      : ForwardingFiles(inner), file_(std::move(file)), content_(std::move(content)) {}
+
+  bool hasSwapped() const { return hasSwapped_; }
+
+  std::unique_ptr<machine::FileReader> openForReading(std::u16string_view path) override {
+    auto opened = inner().openForReading(path);
+    if (!machine::equalIgnoringCase(path, file_)) return opened;
+    return std::make_unique<Reader>(std::move(opened), *this);
+  }
+
+ private:
+  class Reader final : public machine::FileReader {
+   public:
+    Reader(std::unique_ptr<FileReader> inner, Swapping& files)
+        : inner_(std::move(inner)), files_(files) {}
+    std::size_t read(std::span<char> buffer) override {
+      auto const count = inner_->read(buffer);
+      if (count == 0) files_.swap();
+      return count;
+    }
+    void seek(std::uint64_t position) override { inner_->seek(position); }
+
+   private:
+    std::unique_ptr<FileReader> inner_;
+    Swapping& files_;
+  };
+
+  void swap() {
+    if (std::exchange(hasSwapped_, true)) return;
+    auto const other = file_ + u".evil";
+    auto const writer = inner().openForWriting(other, machine::WriteMode::createNew);
+    writer->write(content_);
+    writer->close();
+    inner().rename(other, file_, true);
+  }
+
+  machine::UString file_;
+  std::string content_;
+  bool hasSwapped_ = false;
+};
+
+TEST_F(SetupTest, APackageSwappedBetweenItsCheckAndItsUseIsUnpackedAsItWasChecked) {
+  ship("1.0");
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  Swapping swapping(files(), temporary(u"zci.zip"), evilInstaller());
+  tests::SubstitutedMachine attacked(machine::current());
+  attacked.replace(swapping);
+  machine::ScopedMachine const scope(attacked);
+  ASSERT_EQ(setup.unpackInstaller(temporaryRoot(), u"zci.zip"), Result::success);
+  ASSERT_TRUE(swapping.hasSwapped());
+  EXPECT_EQ(readFile(temporary(u"zci.zip")), evilInstaller());
+  EXPECT_NE(readFile(temporary(u"installer\\service.json")).find("bin/host.exe"),
+            std::string::npos);
+}
+
+#endif
+
+TEST_F(SetupTest, TheVersionThatWasDecidedByIsTheOneThatIsDownloaded) {
+  std::string shipped, latest;
+  ship("1.0");
+  publish("2.0");
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  std::string const package = downloads.files[u"https://host.example/p.zip"];
+  publish("3.0");
+  downloads.files[u"https://host.example/p.zip"] = package;
+  EXPECT_EQ(installLatest(), Result::success);
+  EXPECT_EQ(installedVersion(), "2.0\n");
+  EXPECT_EQ(std::ranges::count(downloads.asked, u"https://host.example/latest.json"), 1);
+}
+
+TEST_F(SetupTest, AfterItsEndNothingIsAnnouncedAnyMore) {
+  std::string shipped, latest;
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  EXPECT_FALSE(setup.queryVersions(root(), shipped, latest));
+  setup.removeSource(temporaryRoot());
+  EXPECT_EQ(setup.downloadLatestPackage(root()), Result::versionUnavailable);
+  downloads.asked.clear();
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::success);
+  EXPECT_EQ(downloads.asked.front(), u"https://host.example/latest.json") << "fetched anew";
+}
+
+TEST_F(SetupTest, ADownloadThatFailedAnnouncesNothing) {
+  publish("2.0");
+  ASSERT_EQ(setup.downloadLatestInstaller(root()), Result::success);
+  downloads.files.erase(u"https://host.example/i.zip");
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::downloadFailed);
+  EXPECT_EQ(setup.downloadLatestPackage(root()), Result::versionUnavailable);
+}
+
+#if !defined(_WIN32)
+TEST_F(SetupTest, ADownloadIsNotWrittenThroughALinkInItsPlace) {
+  publish("2.0");
+  ASSERT_EQ(setup.downloadLatestInstaller(root()), Result::success);
+  writeFile(at(u"of others"), "kept");
+  makeDirectory(temporary(u"packages\\win64"));
+  for (auto const* name : {u"brantixservicehost.zip", u"brantixservicehost.zip.part"}) {
+    std::filesystem::create_symlink(hostPath(at(u"of others")),
+                                    hostPath(temporary(u"packages\\win64\\") + name));
+  }
+  EXPECT_EQ(setup.downloadLatestPackage(root()), Result::success);
+  EXPECT_EQ(readFile(at(u"of others")), "kept");
+  EXPECT_EQ(readFile(temporary(u"packages\\win64\\brantixservicehost.zip")), hostPackage("2.0"));
+}
+
+TEST_F(SetupTest, ALinkInThePlaceOfADownloadedPackageIsNotFollowedToAnother) {
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  writeFile(at(u"evil.zip"), evilInstaller());
+  files().removeFile(temporary(u"zci.zip"));
+  std::filesystem::create_symlink(hostPath(at(u"evil.zip")), hostPath(temporary(u"zci.zip")));
+  EXPECT_EQ(setup.unpackInstaller(temporaryRoot(), u"zci.zip"), Result::downloadRefused);
+  EXPECT_FALSE(exists(temporary(u"installer")));
+}
+#endif
 
 // ---- Removing
 

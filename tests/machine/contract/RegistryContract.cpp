@@ -49,6 +49,21 @@ TEST_P(RegistryContract, AMissingValueIsNone) {
   EXPECT_FALSE(registry().value(key(), u""));
 }
 
+TEST_P(RegistryContract, AValueIsOfLimitedSize) {
+  RegistryValue value{RegistryType::binary, std::string(machine::largestRegistryValue, 'x')};
+  registry().setValue(key(), u"large", value);
+  EXPECT_EQ(registry().value(key(), u"large"), value);
+  EXPECT_EQ(registry().values(key()).size(), 1u);
+  value.data += 'x';
+  try {
+    registry().setValue(key(), u"large", value);
+    ADD_FAILURE() << "was written";
+  } catch (machine::SystemError const& error) {
+    EXPECT_TRUE(error.is(machine::ErrorCode::fileTooLarge)) << error.what();
+    EXPECT_NE(std::string(error.what()).find(machine::toUtf8(key().path)), std::string::npos);
+  }
+}
+
 TEST_P(RegistryContract, ValueNamesAreComparedWithoutRegardToCase) {
   registry().setValue(key(), u"Name", RegistryValue::ofDword(1));
   registry().setValue(key(), u"NAME", RegistryValue::ofDword(2));

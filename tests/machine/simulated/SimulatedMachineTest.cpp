@@ -371,6 +371,25 @@ TEST_F(SimulatedMachineTest, AModuleOfTheSystemFolderIsFoundBeforeTheCurrentFold
   EXPECT_EQ(json::parse(content("modules.json"))["calls"].size(), 1u);
 }
 
+TEST_F(SimulatedMachineTest, AnEntryPointIsFoundWhereverItsNameLies) {
+  SimulatedMachine machine(directory());
+  constexpr std::size_t part = 65536;  // of the file, read at a time
+  for (std::size_t at = part - 12; at < part + 4; ++at) {
+    for (std::string const& end : {std::string(), std::string(1, '\0'), std::string("\n")}) {
+      writeFile(machine, u"C:\\m.dll", std::string(at - 1, 'x') + "\nEntryPoint" + end);
+      EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
+                ModuleCall::called)
+          << at;
+    }
+    writeFile(machine, u"C:\\m.dll", std::string(at - 1, 'x') + "\nEntryPointX");
+    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
+              ModuleCall::noEntryPoint);
+    writeFile(machine, u"C:\\m.dll", std::string(at, 'x') + "EntryPoint");
+    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
+              ModuleCall::noEntryPoint);
+  }
+}
+
 TEST_F(SimulatedMachineTest, BundlesAreRecordedAndNotAdmitted) {
   {
     SimulatedMachine machine(directory());

@@ -27,6 +27,25 @@ class WindowsRegistry : public tests::MachineTest {
 
 RegistryValue const one = RegistryValue::ofText(u"1");
 
+TEST_F(WindowsRegistry, AValueOfOthersThatIsTooLargeIsNotRead) {
+  registry().setValue(key(), u"a", one);
+  std::string const large(machine::largestRegistryValue + 1, 'x');
+  ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, machine::toWide(registryPath()).c_str(), L"a",
+                            REG_BINARY, large.data(), static_cast<DWORD>(large.size())),
+            ERROR_SUCCESS);
+  auto const codeOf = [](auto const& read) -> std::uint32_t {
+    try {
+      read();
+      return 0;
+    } catch (SystemError const& error) {
+      return error.code();
+    }
+  };
+  EXPECT_EQ(codeOf([&] { registry().value(key(), u"a"); }), ERROR_FILE_TOO_LARGE);
+  EXPECT_EQ(codeOf([&] { registry().values(key()); }), ERROR_FILE_TOO_LARGE);
+  EXPECT_TRUE(registry().removeValue(key(), u"a")) << "it can be removed";
+}
+
 TEST_F(WindowsRegistry, AKeyRemovedByOthersReadsAsMissing) {
   registry().setValue(key(), u"a", one);
   removeBehindItsBack();

@@ -209,6 +209,16 @@ TEST_F(PathdefText, WhateverIsReadComesBackFromWhatIsWritten) {
   EXPECT_GT(entries, 500u);
 }
 
+TEST_F(PathdefText, ALineThatIsTooLongLosesOnlyItself) {
+  std::string const tooLong = "\"C:\\" + std::string(200'000, 'x') + "\"\n";
+  std::string const blank = std::string(200'000, ' ') + "\"C:\\blank\"\n";
+  std::string const comment = "#" + std::string(200'000, 'x') + "\n";
+  EXPECT_EQ(read("pathdef 1\n" + tooLong + "\"C:\\a\"\n" + blank + comment + "\"C:\\b\""),
+            (Paths{u"C:\\a", u"C:\\b"}));
+  EXPECT_EQ(badLines(), (std::vector<std::size_t>{2, 4}));
+  EXPECT_EQ(warnings().front().reason, u"longer than 131072 bytes, the most a line may be");
+}
+
 TEST_F(PathdefText, OfManyWrongLinesTheFirstAreTold) {
   std::string text = "pathdef 1\n";
   for (int line = 0; line < 5000; ++line) {

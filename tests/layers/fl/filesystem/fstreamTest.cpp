@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -12,82 +11,6 @@ namespace fl::filesystem {
 namespace {
 
 using ::machine::WriteMode;
-
-class Ifstream : public tests::MachineTest {};
-
-TEST_F(Ifstream, ReadsBytesUnchanged) {
-  std::string const bytes("a\r\nb\n\x1A\0\xFFz", 10);
-  writeFile(at(u"a.bin"), bytes);
-  ifstream in(at(u"a.bin"));
-  ASSERT_TRUE(in.is_open());
-  EXPECT_TRUE(in.good());
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), bytes);
-}
-
-TEST_F(Ifstream, ReadsLines) {
-  writeFile(at(u"a.txt"), "one\n\nthree");
-  ifstream in(at(u"a.txt"));
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(line);
-  }
-  EXPECT_EQ(lines, (std::vector<std::string>{"one", "", "three"}));
-  EXPECT_TRUE(in.eof());
-  EXPECT_FALSE(in.bad());
-}
-
-TEST_F(Ifstream, ReadsMoreThanItsBufferHolds) {
-  std::string bytes;
-  for (int i = 0; i < 50000; ++i) {
-    bytes += std::to_string(i) + '\n';
-  }
-  writeFile(at(u"a.txt"), bytes);
-  ifstream in(at(u"a.txt"));
-  EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
-}
-
-TEST_F(Ifstream, AnEmptyFileEndsAtOnce) {
-  writeFile(at(u"a.txt"), "");
-  ifstream in(at(u"a.txt"));
-  std::string line;
-  EXPECT_TRUE(in.is_open());
-  EXPECT_FALSE(std::getline(in, line));
-}
-
-TEST_F(Ifstream, AFileThatCannotBeOpenedSetsFailbit) {
-  for (UString const& name : {at(u"missing"), root(), UString(), UString(u"C:\\a?b")}) {
-    ifstream in{Path(name)};
-    EXPECT_FALSE(in.is_open()) << i18n::to_string(name);
-    EXPECT_TRUE(in.fail()) << i18n::to_string(name);
-    std::string line;
-    EXPECT_FALSE(std::getline(in, line)) << i18n::to_string(name);
-  }
-}
-
-TEST_F(Ifstream, TellsWhatFailed) {
-  ifstream missing(at(u"missing"));
-  EXPECT_NE(missing.failure().find("missing"), std::string::npos);
-  writeFile(at(u"a.txt"), std::string(100000, 'x') + "\nsecond\n");
-  tests::FaultyMachine faulty(machine());
-  ::machine::ScopedMachine const scope(faulty);
-  int reads = 0;
-  faulty.faults().failWhen(
-      [&](std::string_view operation, std::u16string_view) {
-        return operation == "FileReader::read" && ++reads == 2;
-      },
-      ::machine::ErrorCode::ioDevice);
-  ifstream in(at(u"a.txt"));
-  EXPECT_EQ(in.failure(), "");
-  std::string line;
-  EXPECT_FALSE(std::getline(in, line)) << "a line that is cut is none";
-  EXPECT_TRUE(in.bad());
-  EXPECT_NE(in.failure().find("a.txt"), std::string::npos);
-  faulty.faults().failNever();
-  ifstream whole(at(u"a.txt"));
-  while (std::getline(whole, line)) {
-  }
-  EXPECT_EQ(whole.failure(), "") << "the end of a file is no failure";
-}
 
 class Ofstream : public tests::MachineTest {};
 
@@ -199,20 +122,8 @@ class StreamsWithFaults : public tests::MachineTest {
 };
 
 TEST_F(StreamsWithFaults, AFailedOpenSetsFailbit) {
-  writeFile(at(u"a.txt"), "x");
-  fail("openForReading");
-  EXPECT_TRUE(ifstream(at(u"a.txt")).fail());
   fail("openForWriting");
   EXPECT_TRUE(ofstream(at(u"a.txt"), WriteMode::append).fail());
-}
-
-TEST_F(StreamsWithFaults, AFailedReadSetsBadbitAndThrowsNothing) {
-  writeFile(at(u"a.txt"), "one\ntwo\n");
-  fail("FileReader::read");
-  ifstream in(at(u"a.txt"));
-  std::string line;
-  EXPECT_FALSE(std::getline(in, line));
-  EXPECT_TRUE(in.bad());
 }
 
 TEST_F(StreamsWithFaults, AFailedWriteSetsBadbitAndLosesWhatItCouldNotWrite) {

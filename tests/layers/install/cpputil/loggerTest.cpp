@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "install/cpputil/logger.hpp"
+#include "install/cpputil/message_limit.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 #include "tests/support/substituted_machine.hpp"
@@ -67,6 +68,46 @@ TEST_F(Logger, WritesLineBreaksAsEscapes) {
   append_message(u"");
   EXPECT_EQ(readFile(at(u"install.log")),
             "2026-11-21T08:30:00.123Z one\\r\\ntwo\\n\n2026-11-21T08:30:00.123Z \n");
+}
+
+TEST_F(Logger, AMessageThatIsTooLongIsCutAndSaysSoForObserversToo) {
+  ASSERT_TRUE(set_destination(at(u"install.log")));
+  std::vector<UString> messages;
+  scoped_observer const observer([&](UString const& message) { messages.push_back(message); });
+  UString const whole(longest_message, u'x');
+  append_message(whole);
+  append_message(whole + u"y");
+  append_message(UString(std::size_t{1} << 20, u'x'));
+  append_message(std::string(longest_message, 'x'));
+  append_message(std::string(std::size_t{1} << 20, 'x'));
+  std::string const note = "... (cut here: longer than 65536 characters)";
+  UString const cut = UString(longest_message - note.size(), u'x') + fl::i18n::to_ustring(note);
+  EXPECT_EQ(messages, (std::vector<UString>{whole, cut, cut, whole, cut}));
+  std::string const stamp = "2026-11-21T08:30:00.123Z ";
+  std::string const wholeLine = stamp + fl::i18n::to_string(whole) + "\n";
+  std::string const cutLine = stamp + fl::i18n::to_string(cut) + "\n";
+  EXPECT_EQ(readFile(at(u"install.log")), wholeLine + cutLine + cutLine + wholeLine + cutLine);
+}
+
+TEST_F(Logger, NoCharacterIsCutInTwo) {
+  std::vector<UString> messages;
+  scoped_observer const observer([&](UString const& message) { messages.push_back(message); });
+  std::string wide;
+  while (wide.size() < 4 * longest_message) wide += "\xF0\x9F\x98\x80";
+  append_message(wide);
+  append_message("x" + wide);
+  std::string dense;
+  while (dense.size() <= 3 * longest_message) dense += "\xE6\x97\xA5";
+  append_message(dense);
+  ASSERT_EQ(messages.size(), 3u);
+  for (UString const& message : messages) {
+    EXPECT_LE(message.size(), longest_message);
+    EXPECT_GT(message.size(), longest_message - 2);
+    EXPECT_TRUE(message.ends_with(u"... (cut here: longer than 65536 characters)"));
+    EXPECT_EQ(fl::i18n::utf8_to_ustring(fl::i18n::ustring_to_utf8(message)), message)
+        << "well-formed";
+    EXPECT_EQ(message.find(u'\uFFFD'), UString::npos);
+  }
 }
 
 TEST_F(Logger, ReplacesIllFormedText) {

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "install/cpputil/message_limit.hpp"
 #include "install/cpputil/trouble.hpp"
 
 namespace install::cpputil::trouble {
@@ -33,6 +34,23 @@ TEST(Trouble, ComesAsItWasTold) {
   EXPECT_EQ(heard[0].text, u"C:\\x was not written");
   EXPECT_EQ(heard[0].subject, u"C:\\x");
   EXPECT_EQ(heard[0].logged_lines, 2u);
+}
+
+TEST(Trouble, ATextOrSubjectThatIsTooLongIsCutAndSaysSo) {
+  std::vector<report> heard;
+  scoped_observer const observer([&](report const& told) { heard.push_back(told); });
+  UString const whole(longest_message, u'x');
+  tell({severity::warning, whole, whole, 1});
+  tell({severity::warning, whole + u"x", u"C:\\x", 2});
+  tell({severity::warning, u"text", whole + u"x"});
+  ASSERT_EQ(heard.size(), 3u);
+  EXPECT_EQ(heard[0].text, whole);
+  EXPECT_EQ(heard[0].subject, whole);
+  EXPECT_EQ(heard[1].text, cut_message(whole + u"x"));
+  EXPECT_EQ(heard[1].subject, u"C:\\x");
+  EXPECT_EQ(heard[1].logged_lines, 2u);
+  EXPECT_EQ(heard[2].text, u"text");
+  EXPECT_EQ(heard[2].subject, cut_message(whole + u"x"));
 }
 
 TEST(Trouble, WhatAnObserverThrowsReachesWhoTold) {

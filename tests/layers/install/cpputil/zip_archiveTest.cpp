@@ -308,6 +308,19 @@ TEST_F(ZipArchive, RefusesMoreThanTheLimitInAll) {
   expectRefusedAtOnce(bytes, "more than a package may hold", limits);
 }
 
+TEST_F(ZipArchive, RefusesMoreFoldersThanAPackageMayHoldHoweverFewEntriesNameThem) {
+  std::string below;
+  for (int level = 0; level < 98; ++level) below += "d/";
+  Members members;
+  for (int i = 0; i < 2648; ++i)
+    members.push_back({std::to_string(i) + "/" + below + "f", "", false});
+  // 2,648 times 100 names are more than 262,144; a hundred entries less are not.
+  expectRefusedAtOnce(zipOf(members), "one file or folder more than a package may hold");
+  members.resize(2548);
+  writeFile(file().ustring(), zipOf(members));
+  EXPECT_EQ(zip_archive(file()).entries().size(), 2548u);
+}
+
 TEST_F(ZipArchive, RefusesABomb) {
   std::string const zeros(17 << 20, '\0');
   expectRefusedAtOnce(zipOf({{"bomb", zeros}}), "more than a package may hold");

@@ -357,6 +357,37 @@ TEST_F(AddJavaPathEntries, FailedWritesAndAFailedCloseAreSilent) {
   }
 }
 
+TEST_F(AddJavaPathEntries, ALineThatGrowsBeyondMeasureWithItsTokensReplacedLosesOnlyItself) {
+  makeFiles({u"a.jar"});
+  std::string tokens;
+  while (tokens.size() < 100'000) tokens += "$vortanroot";
+  std::string const path(32'000, 'r');
+  writeFile(root() / u"list.jcp", "$vortanroot/a.jar\n" + tokens + "\n");
+  tests::TroubleCapture const trouble;
+  Exposed const command(tests::withMetadataRoot(Path(u"C:\\" + fl::i18n::utf8_to_ustring(path))));
+  EXPECT_EQ(command.readJcpFile(root() / u"list.jcp").size(), 1u);
+  EXPECT_EQ(trouble.errors(u": line 2 is left out: longer than 1048576 bytes with its placeholders "
+                           u"replaced, the most an entry may be"),
+            1u);
+}
+
+TEST_F(AddJavaPathEntries, ALineOfTheMetadataFileThatIsTooLongLosesOnlyItself) {
+  writeFile(written(), header + std::string(200'000, 'x') + "\nC:\\b.jar");
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(readBack(), (Entries{u"C:\\b.jar"}));
+  EXPECT_EQ(trouble.errors(written().ustring() + u": line 4 is left out: "), 1u);
+}
+
+TEST_F(AddJavaPathEntries, TheNextEntryIsNotGluedToALastLineThatCannotBeReached) {
+  makeFiles({u"a.jar"});
+  writeFile(root() / u"list.jcp", "$vortanroot/a.jar\n");
+  writeFile(written(), header + "C:\\unended");
+  executeWith([reads = 0](std::string_view operation, std::u16string_view subject) mutable {
+    return operation == "FileReader::read" && subject.ends_with(u"javaClassPath") && ++reads > 2;
+  });
+  EXPECT_EQ(readFile(written()), header + "C:\\unended\n" + listed(u"a.jar") + "\n");
+}
+
 TEST_F(AddJavaPathEntries, TheNextEntryIsNotGluedToALastLineWithoutALineFeed) {
   makeFiles({u"A.jar", u"B.jar", u"C.jar"});
   writeFile(root() / u"x.jcp", "$vortanroot/B.jar\n$vortanroot/C.jar\n");

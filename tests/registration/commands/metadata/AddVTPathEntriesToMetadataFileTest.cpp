@@ -3,9 +3,11 @@
 #include <stdexcept>
 
 #include "fl/filesystem/operations.hpp"
+#include "machine/line_reader.hpp"
 #include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
 #include "tests/support/command_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
+#include "tests/support/huge_file.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
 #include "tests/support/trouble_capture.hpp"
@@ -266,6 +268,55 @@ TEST_F(AddVTPathEntries, AListThatCannotBeReadToItsEndLosesNoEntryOfTheOldFile) 
   EXPECT_EQ(readFile(written()), "a\nb\nc\nnew\n");
   EXPECT_EQ(trouble.errors(u"long.phl"), 1u);
   EXPECT_EQ(trouble.reports().size(), 1u);
+}
+
+TEST_F(AddVTPathEntries, ALineLongerThanAnyPathLosesOnlyItselfAndIsToldWithItsNumber) {
+  makeFolders({u"a", u"b"});
+  std::size_t const most = machine::LineLimits{}.line;
+  for (auto const longer : {most + 1, 10 * most}) {
+    writeFile(root() / u"list.phl", "a\n" + std::string(longer, 'x') + "\nb\n");
+    tests::TroubleCapture const trouble;
+    EXPECT_EQ(execute(), successfulRun) << "no line of its own";
+    EXPECT_EQ(readFile(written()), "a\nb\n");
+    ASSERT_EQ(trouble.texts().size(), 1u);
+    EXPECT_EQ(trouble.texts().front(),
+              fl::i18n::ustring_to_utf8((root() / u"list.phl").ustring()) +
+                  ": line 2 is left out: longer than 131072 bytes, the most a line may be");
+    EXPECT_EQ(trouble.reports().front().subject, (root() / u"list.phl").ustring());
+  }
+  writeFile(root() / u"list.phl", std::string(most, 'x') + "\nb\n");
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(trouble.texts(), std::vector<std::string>{}) << "at the limit";
+}
+
+TEST_F(AddVTPathEntries, ACommentMayBeOfAnyLength) {
+  makeFolders({u"a"});
+  writeFile(root() / u"list.phl", "  %" + std::string(1'000'000, 'x') + "\na\n");
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "a\n");
+  EXPECT_EQ(trouble.texts(), std::vector<std::string>{});
+}
+
+TEST_F(AddVTPathEntries, AListLongerThanItMayBeIsReadToItsLimitAndLosesNoEntryOfTheOldFile) {
+  makeFolders({u"a", u"b", u"old"});
+  writeFile(root() / u"huge.phl", "");
+  writeFile(root() / u"other.phl", "b\n");
+  writeFile(written(), "old\n");
+  tests::HugeFile huge(files(), (root() / u"huge.phl").ustring(), 100u << 20, 'x', "a\n");
+  tests::SubstitutedMachine substituted(machine());
+  substituted.replace(huge);
+  machine::ScopedMachine const scope(substituted);
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "a\nb\nold\n");
+  EXPECT_EQ(huge.bytesRead(), machine::LineLimits{}.text + 1) << "and not all of it";
+  ASSERT_EQ(trouble.texts().size(), 1u);
+  EXPECT_EQ(trouble.texts().front(),
+            fl::i18n::ustring_to_utf8((root() / u"huge.phl").ustring()) +
+                " is longer than 16777216 bytes, the most a list may be: what follows line 1 is "
+                "left out");
 }
 
 TEST_F(AddVTPathEntries, WhenNeitherAListNorTheOldFileCanBeReadTheOldFileStays) {
