@@ -387,7 +387,9 @@ void EventView::note(std::string const& text) {
 
 void EventView::started(std::size_t number, std::size_t total, std::string const& name) {
   number_ = number;
-  write(output_, {{"event", "started"}, {"number", number}, {"total", total}, {"command", name}});
+  write(
+      output_,
+      {{"event", "started"}, {"number", number}, {"total", total}, {"command", wellFormed(name)}});
 }
 
 void EventView::message(Message const& message) {
@@ -408,7 +410,7 @@ void EventView::finished(CommandResult const& result) {
   }
   Json event = {{"event", "finished"},
                 {"number", number_},
-                {"command", result.name},
+                {"command", wellFormed(result.name)},
                 {"outcome", nameOf(result.outcome).key},
                 {"seconds", inSeconds(result.duration)}};
   event.update(reasonJson(result));

@@ -532,5 +532,16 @@ TEST(EventViews, WriteEventsThatTheSchemaTakesAndNothingElse) {
   }
 }
 
+TEST(EventViews, TellANameThatIsNoUtf8) {
+  RunReport report = samples::failingRun();
+  report.commands.resize(1);
+  report.commands[0].name = "a\xFF";
+  std::ostringstream output;
+  std::ostringstream errors;
+  EventView view(output, errors);
+  show(view, report);
+  EXPECT_THAT(output.str(), HasSubstr("\"command\":\"a\\ufffd\""));
+}
+
 }  // namespace
 }  // namespace regplan
