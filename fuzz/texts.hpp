@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utf8.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -27,8 +29,8 @@ inline std::string_view takeLine(std::string_view& rest) {
   return line;
 }
 
-inline bool isWellFormed(std::string_view utf8) {
-  return machine::toUtf8(machine::toUtf16(utf8)) == utf8;
+inline bool isWellFormed(std::string_view text) {
+  return utf8::is_valid(text.begin(), text.end());
 }
 
 inline bool isWellFormed(std::u16string_view utf16) {
