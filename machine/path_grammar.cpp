@@ -108,12 +108,13 @@ bool isDrive(std::u16string_view name) {
          equalIgnoringCase(name.substr(0, volume.size()), volume);
 }
 
-/// A root in the form the system gives it: "\" only, none doubled but the first two of a share.
+/// A root in the form the system gives it: "\" only, none doubled but the first two of a share. A
+/// third one stays: it says that the server's name is missing, and `\\\?\C:\a` is not verbatim.
 UString nativeRoot(std::u16string_view root) {
   if (isVerbatim(root)) return UString(root);
   UString native;
   for (char16_t const unit : root) {
-    bool const repeats = native.size() > 1 && native.back() == u'\\';
+    bool const repeats = native.size() > 2 && native.back() == u'\\';
     if (!isSeparator(unit))
       native += unit;
     else if (!repeats)

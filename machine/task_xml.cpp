@@ -105,13 +105,24 @@ UString actions(TaskDefinition const& task) {
          u"</Actions>\n";
 }
 
-/// Where the content of the first element of that name lies; nullopt when there is none.
+/// A part of a document.
 struct Range {
-  std::size_t begin;
-  std::size_t end;
+  std::size_t begin = 0;
+  std::size_t end = 0;
 };
-std::optional<Range> contentRange(std::u16string_view xml, std::u16string_view name) {
-  for (auto at = xml.find(u'<'); at != xml.npos; at = xml.find(u'<', at + 1)) {
+
+/// Where an element lies: its first tag, and its content, which `<a/>` has none of.
+struct Element {
+  Range tag;
+  Range content;
+  bool isEmptyTag = false;
+};
+
+/// The first element of that name within a part; nullopt when there is none that ends there.
+std::optional<Element> findElement(std::u16string_view document, Range within,
+                                   std::u16string_view name) {
+  auto const xml = document.substr(0, within.end);
+  for (auto at = xml.find(u'<', within.begin); at != xml.npos; at = xml.find(u'<', at + 1)) {
     if (!xml.substr(at + 1).starts_with(name)) continue;
     auto const after = at + 1 + name.size();
     if (after == xml.size()) return std::nullopt;
@@ -120,16 +131,23 @@ std::optional<Range> contentRange(std::u16string_view xml, std::u16string_view n
     if (std::u16string_view(u"> \t\r\n/").find(xml[after]) == std::u16string_view::npos) continue;
     auto const tagEnd = xml.find(u'>', after);
     if (tagEnd == xml.npos) return std::nullopt;
-    if (xml[tagEnd - 1] == u'/') return Range{tagEnd + 1, tagEnd + 1};
+    Range const tag{at, tagEnd + 1};
+    if (xml[tagEnd - 1] == u'/') return Element{tag, {tag.end, tag.end}, true};
     auto const end = xml.find(UString(u"</").append(name), tagEnd);
-    return end == xml.npos ? std::nullopt : std::optional(Range{tagEnd + 1, end});
+    if (end == xml.npos) return std::nullopt;
+    return Element{tag, {tag.end, end}};
   }
   return std::nullopt;
 }
 
+std::optional<Element> findElement(std::u16string_view document, std::u16string_view name) {
+  return findElement(document, {0, document.size()}, name);
+}
+
 std::u16string_view contentOf(std::u16string_view xml, std::u16string_view name) {
-  auto const range = contentRange(xml, name);
-  return range ? xml.substr(range->begin, range->end - range->begin) : std::u16string_view();
+  auto const element = findElement(xml, name);
+  if (!element) return {};
+  return xml.substr(element->content.begin, element->content.end - element->content.begin);
 }
 
 /// A character reference, "#10" or "#xA"; empty when it is none.
@@ -204,14 +222,14 @@ std::optional<TaskDefinition> taskFromXml(std::u16string_view document) {
   auto const program = contentOf(task, u"Exec");
   auto const registration = contentOf(task, u"RegistrationInfo");
   auto const principal = contentOf(task, u"Principal");
-  if (!contentRange(task, u"Actions")) return std::nullopt;
+  if (!findElement(task, u"Actions")) return std::nullopt;
   TaskDefinition result;
   result.application = textOf(program, u"Command");
   result.arguments = textOf(program, u"Arguments");
   result.workingFolder = textOf(program, u"WorkingDirectory");
   result.description = textOf(registration, u"Description");
   result.author = textOf(registration, u"Author");
-  result.startsAtLogon = contentRange(contentOf(task, u"Triggers"), u"LogonTrigger").has_value();
+  result.startsAtLogon = findElement(contentOf(task, u"Triggers"), u"LogonTrigger").has_value();
   result.highestRunLevel = textOf(principal, u"RunLevel") == u"HighestAvailable";
   result.group = textOf(principal, u"GroupId");
   result.enabled = textOf(contentOf(task, u"Settings"), u"Enabled") != u"false";
@@ -220,18 +238,21 @@ std::optional<TaskDefinition> taskFromXml(std::u16string_view document) {
 
 UString disabledTaskXml(std::u16string_view document) {
   UString result(document);
-  constexpr std::u16string_view setting = u"<Enabled>false</Enabled>";
-  auto const settings = contentRange(document, u"Settings");
-  if (!settings) {
-    auto const end = document.rfind(u"</Task");
-    return result.insert(end, UString(u"<Settings>").append(setting).append(u"</Settings>"));
-  }
-  auto const content = document.substr(settings->begin, settings->end - settings->begin);
-  if (auto const enabled = contentRange(content, u"Enabled")) {
-    return result.replace(settings->begin + enabled->begin, enabled->end - enabled->begin,
-                          u"false");
-  }
-  return result.insert(settings->end, setting);
+  UString const setting = u"<Enabled>false</Enabled>";
+  UString const allSettings = u"<Settings>" + setting + u"</Settings>";
+  auto const replace = [&](Range const& range, UString const& text) {
+    return result.replace(range.begin, range.end - range.begin, text);
+  };
+  auto const task = findElement(document, u"Task");
+  if (!task) return result;
+  // What is added comes first: an element before it that has no end would take it in.
+  auto const settings = findElement(document, task->content, u"Settings");
+  if (!settings) return result.insert(task->content.begin, allSettings);
+  if (settings->isEmptyTag) return replace(settings->tag, allSettings);
+  auto const enabled = findElement(document, settings->content, u"Enabled");
+  if (!enabled) return result.insert(settings->content.begin, setting);
+  if (enabled->isEmptyTag) return replace(enabled->tag, setting);
+  return replace(enabled->content, u"false");
 }
 
 }  // namespace machine

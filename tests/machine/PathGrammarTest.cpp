@@ -246,6 +246,13 @@ TEST(PathGrammar, AbsoluteMakesSeparatorsNativeAndSingle) {
   EXPECT_EQ(inFolder(u"//srv/share//x"), u"\\\\srv\\share\\x");
 }
 
+TEST(PathGrammar, AThirdSeparatorKeepsAPathFromBecomingVerbatimOrADevice) {
+  EXPECT_EQ(inFolder(u"\\\\\\?\\C:\\a\\..\\b"), u"\\\\\\?\\C:\\b");
+  EXPECT_EQ(inFolder(u"//\\?/UNC/srv/share"), u"\\\\\\?\\UNC\\srv\\share");
+  EXPECT_EQ(inFolder(u"\\\\\\.\\pipe\\a"), u"\\\\\\.\\pipe\\a");
+  EXPECT_EQ(inFolder(u"\\\\\\\\srv"), u"\\\\\\srv");
+}
+
 TEST(PathGrammar, AbsoluteLeavesAVerbatimPath) {
   EXPECT_EQ(inFolder(u"\\\\?\\C:\\a\\..\\b. "), u"\\\\?\\C:\\a\\..\\b. ");
 }

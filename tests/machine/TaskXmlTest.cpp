@@ -78,6 +78,22 @@ TEST(TaskXml, MarkupInTextsIsText) {
   }
 }
 
+TEST(TaskXml, ATaskIsDisabledWhateverItsSettingsLookLike) {
+  UString const rest = u"<Actions><Exec><Command>C:\\a.exe</Command></Exec></Actions>";
+  for (auto const* const settings :
+       {u"", u"<Settings/>", u"<Settings></Settings>", u"<Settings><Enabled/></Settings>",
+        u"<Settings><Enabled>true</Enabled></Settings>", u"<Settings><Enabled>true</Settings>",
+        u"<Settings><Enabled>true</Enabled>"}) {
+    UString const document = u"<Settings/><Task>" + (settings + rest) + u"</Task>";
+    auto const before = taskFromXml(document);
+    ASSERT_TRUE(before) << toUtf8(settings);
+    auto const after = taskFromXml(disabledTaskXml(document));
+    ASSERT_TRUE(after) << toUtf8(settings);
+    EXPECT_FALSE(after->enabled) << toUtf8(settings);
+    EXPECT_EQ(after->application, before->application) << toUtf8(settings);
+  }
+}
+
 TEST(TaskXml, TextsThatXmlCannotCarryAreTold) {
   EXPECT_TRUE(isXmlText(u""));
   EXPECT_TRUE(isXmlText(u"a\t\r\n\u0080\uE000\uFFFD\U0001F600"));

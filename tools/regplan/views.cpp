@@ -46,7 +46,7 @@ std::string heading(Request const& request, std::size_t commands) {
 }
 
 std::string place(std::size_t number, std::size_t total, std::string const& name) {
-  return "[" + std::to_string(number) + "/" + std::to_string(total) + "] " + name;
+  return "[" + std::to_string(number) + "/" + std::to_string(total) + "] " + printable(name);
 }
 
 std::string outcomeLine(CommandResult const& result) {
@@ -310,7 +310,7 @@ void TerminalView::note(std::string const& text) {
 
 void TerminalView::started(std::size_t, std::size_t total, std::string const& name) {
   total_ = total;
-  running_ = name;
+  running_ = printable(name);
   eraseLive();
   drawLive();
   output_ << std::flush;
@@ -338,7 +338,7 @@ void TerminalView::finished(CommandResult const& result) {
   Tone const tone = toneOf(result.outcome);
   if (isTold(result, detail_)) {
     line("  " + coloured(tone, stateColumn(result.outcome)) + " " +
-         rightAligned(formatDuration(result.duration), 10) + " " + result.name);
+         rightAligned(formatDuration(result.duration), 10) + " " + printable(result.name));
   }
   if (!result.reason.empty()) details_.push_back(coloured(tone, printable(result.reason)));
   if (showsChanges(isPreview_, detail_)) {
@@ -387,7 +387,9 @@ void EventView::note(std::string const& text) {
 
 void EventView::started(std::size_t number, std::size_t total, std::string const& name) {
   number_ = number;
-  write(output_, {{"event", "started"}, {"number", number}, {"total", total}, {"command", name}});
+  write(
+      output_,
+      {{"event", "started"}, {"number", number}, {"total", total}, {"command", wellFormed(name)}});
 }
 
 void EventView::message(Message const& message) {
@@ -408,7 +410,7 @@ void EventView::finished(CommandResult const& result) {
   }
   Json event = {{"event", "finished"},
                 {"number", number_},
-                {"command", result.name},
+                {"command", wellFormed(result.name)},
                 {"outcome", nameOf(result.outcome).key},
                 {"seconds", inSeconds(result.duration)}};
   event.update(reasonJson(result));

@@ -70,8 +70,13 @@ UString withoutVerbatimPrefix(UString const& path) {
 UString comparable(UString const& root) {
   UString const native = grammar::toNative(root);
   UString const plain = withoutVerbatimPrefix(native);
-  // A volume's name has no other form.
-  return machine::foldCase(normalizedRoot(grammar::isAbsolute(plain) ? plain : native));
+  // A volume's name has no other form, nor has a name with a "/" in it, which verbatim paths take.
+  bool const hasPlainForm = grammar::isAbsolute(plain) && plain.find(u'/') == UString::npos;
+  UString path = normalizedRoot(hasPlainForm ? plain : native);
+  while (path.size() > 2 && grammar::isSeparator(path.back())) {
+    path.pop_back();  // of a drive or share
+  }
+  return machine::foldCase(path);
 }
 
 bool contains(ordered_json const& records, UString const& root) {

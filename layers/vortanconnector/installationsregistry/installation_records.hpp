@@ -18,7 +18,7 @@ std::optional<std::string> withRecord(std::optional<std::string> const& file, US
                                       std::string const& added);
 
 /// The form in which a root is recorded: native, "." and ".." worked out, without separators at the
-/// end. Empty for a path that is not absolute.
+/// end but that of a drive or share. Empty for a path that is not absolute.
 UString normalizedRoot(UString const& root);
 
 /// Whether two roots are one folder as far as their names tell: without regard to case, separators

@@ -532,5 +532,29 @@ TEST(EventViews, WriteEventsThatTheSchemaTakesAndNothingElse) {
   }
 }
 
+RunReport runOf(std::string const& command) {
+  RunReport report = samples::failingRun();
+  report.commands.resize(1);
+  report.commands[0].name = command;
+  return report;
+}
+
+TEST(Views, ShowTheNameOfACommandAsFitToPrint) {
+  auto const report = runOf("a\x1B[2J\xFF");
+  std::string const name = "a\\u001B[2J\xEF\xBF\xBD";
+  EXPECT_THAT(plain(report, Detail::normal), HasSubstr("[1/1] " + name));
+  EXPECT_THAT(onTerminal(report, Detail::normal), HasSubstr(name));
+  EXPECT_THAT(onTerminal(report, Detail::normal), Not(HasSubstr("[2J\xFF")));
+}
+
+TEST(EventViews, TellANameThatIsNoUtf8) {
+  RunReport const report = runOf("a\xFF");
+  std::ostringstream output;
+  std::ostringstream errors;
+  EventView view(output, errors);
+  show(view, report);
+  EXPECT_THAT(output.str(), HasSubstr("\"command\":\"a\\ufffd\""));
+}
+
 }  // namespace
 }  // namespace regplan

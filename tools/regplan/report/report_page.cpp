@@ -413,14 +413,19 @@ std::string titleText(RunReport const& report) {
                         " of " + report.request.file);
 }
 
+/// Hashed once: they are always the same.
+std::string const& policy() {
+  static std::string const policy =
+      "default-src 'none'; style-src " + html::policyHash(page::style()) + "; script-src " +
+      html::policyHash(page::script()) + "; base-uri 'none'; form-action 'none'";
+  return policy;
+}
+
 }  // namespace
 
 std::string reportPage(RunReport const& report) {
-  std::string const policy = "default-src 'none'; style-src " + html::policyHash(page::style()) +
-                             "; script-src " + html::policyHash(page::script()) +
-                             "; base-uri 'none'; form-action 'none'";
   return html::filled(page::pattern(),
-                      {{"policy", policy},
+                      {{"policy", policy()},
                        {"title", titleText(report)},
                        {"style", page::style()},
                        {"script", page::script()},

@@ -197,13 +197,15 @@ UString canonicalText(std::u16string_view path) {
   text.reserve(text.size() + path.size());
   // There "@" would end the name of a user.
   auto const serverEnd = path.starts_with(u"\\\\") ? path.find(u'\\', 2) : 0;
+  // There it would be left out, and the share be no drive's path.
+  bool const isLocalhost = path.starts_with(u"\\\\localhost\\");
   for (std::size_t at = 0; at < path.size();) {
     auto const start = at;
     char32_t const c = iri::nextCodePoint(path, at);
     if (c == U'\\') {
       text += u'/';
     } else if (iri::isPathCharacter(c) && !iri::changesDirection(c) &&
-               !(c == U'@' && start < serverEnd)) {
+               !(c == U'@' && start < serverEnd) && !(isLocalhost && start == 2)) {
       text += path.substr(start, at - start);
     } else {
       appendEncoded(text, c);

@@ -12,7 +12,7 @@ namespace foundation::storage::vfs {
 ///     file://server/share/folder/name  on a share
 ///
 /// - the scheme and the server are small letters, the drive a capital; the server "localhost" is
-///   left out;
+///   left out, and that of a share on it percent-encoded: `file://%6Cocalhost/share`;
 /// - no empty names, no "." and "..", none above the drive or share, no dots and blanks at the end
 ///   of a name, no "/" at the end but after a drive: what Windows makes of a path;
 /// - a character stands for itself where RFC 3987 lets it stand in a path; every other, and those

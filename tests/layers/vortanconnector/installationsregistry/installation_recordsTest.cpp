@@ -139,5 +139,17 @@ TEST(IsSameRoot, ComparesAsWindowsComparesPaths) {
   EXPECT_FALSE(isSameRoot(u"", u""));
 }
 
+TEST(IsSameRoot, OfAShareOrDriveWithAndWithoutASeparatorAtTheEnd) {
+  EXPECT_TRUE(isSameRoot(u"\\\\srv\\share\\", u"\\\\srv\\share"));
+  EXPECT_TRUE(isSameRoot(u"\\\\?\\UNC\\srv\\share\\", u"\\\\srv\\share"));
+  EXPECT_TRUE(isSameRoot(u"\\\\?\\C:\\", u"C:\\"));
+  EXPECT_TRUE(isSameRoot(u"\\\\", u"\\\\"));
+}
+
+TEST(IsSameRoot, ASlashInAVerbatimPathIsPartOfAName) {
+  EXPECT_FALSE(isSameRoot(u"\\\\?\\/\\srv\\share", u"\\\\srv\\share"));
+  EXPECT_FALSE(isSameRoot(u"\\\\?\\C:\\a/b", u"C:\\a\\b"));
+}
+
 }  // namespace
 }  // namespace vortanconnector::installationsregistry

@@ -123,6 +123,15 @@ TEST(CanonicalAbsoluteIRI, OfWhateverIsItsOwnCanonicalForm) {
   EXPECT_GT(named, 1000);
 }
 
+TEST(CanonicalAbsoluteIRI, AShareOnLocalhostComesBack) {
+  for (auto const* path : {u"\\\\localhost\\share\\a", u"\\\\LocalHost\\share\\a"}) {
+    EXPECT_EQ(ofPath(path), u"file://%6Cocalhost/share/a") << fl::i18n::ustring_to_utf8(path);
+  }
+  EXPECT_EQ(canonical(u"file://%6Cocalhost/share/a"), u"file://%6Cocalhost/share/a");
+  EXPECT_EQ(windowsPath(AbsoluteIRI(u"file://%6Cocalhost/share/a")), u"\\\\localhost\\share\\a");
+  EXPECT_EQ(ofPath(u"\\\\localhost1\\share"), u"file://localhost1/share");
+}
+
 TEST(CanonicalAbsoluteIRI, ARelativePartContinuesIt) {
   EXPECT_EQ(canonical(u"file:///C:/a", u""), u"file:///C:/a");
   EXPECT_EQ(canonical(u"file:///C:/a", u"b/c%20d"), u"file:///C:/a/b/c%20d");
