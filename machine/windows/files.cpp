@@ -160,13 +160,6 @@ class WindowsDirectoryStream final : public DirectoryStream {
   bool hasFirst_;  ///< data_ holds the first name, not handed out yet
 };
 
-/// In any folder names such as CON and COM1 open a device, and reading from it waits for ever.
-void requireDisk(std::string_view operation, std::u16string_view path, HANDLE file) {
-  if (GetFileType(file) != FILE_TYPE_DISK) {
-    throw systemError(operation, path, ERROR_INVALID_NAME);
-  }
-}
-
 UniqueHandle openForReading(std::u16string_view path) {
   constexpr auto operation = "open for reading";
   UniqueHandle file(orNull(CreateFileW(wide(systemPath(operation, path)), GENERIC_READ, shareAll,
@@ -175,32 +168,6 @@ UniqueHandle openForReading(std::u16string_view path) {
     throw systemError(operation, path);
   }
   requireDisk(operation, path, file.get());
-  return file;
-}
-
-UniqueHandle openForWriting(std::u16string_view path, WriteMode mode) {
-  constexpr auto operation = "open for writing";
-  if (!path.empty() && path_grammar::isSeparator(path.back())) {
-    throw systemError(operation, path, ERROR_INVALID_NAME);
-  }
-  // Without the right to write anywhere else, the system puts every write at the end.
-  ACCESS_MASK const access =
-      mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
-  GuardedPath guarded(operation, path);
-  if (mode == WriteMode::createNew) {
-    auto made = guarded.open({access, FILE_CREATE, FILE_NON_DIRECTORY_FILE});
-    if (made) return made;
-    DWORD const error = GetLastError();
-    throw systemError(operation, path, error == ERROR_ALREADY_EXISTS ? ERROR_FILE_EXISTS : error);
-  }
-  auto file = guarded.openContent({access, FILE_OPEN_IF, FILE_NON_DIRECTORY_FILE});
-  requireDisk(operation, path, file.get());
-  FILE_END_OF_FILE_INFO empty{};
-  // Not before it is known what is truncated.
-  if (mode == WriteMode::truncate &&
-      !SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &empty, sizeof empty)) {
-    throw systemError(operation, path);
-  }
   return file;
 }
 
@@ -239,7 +206,7 @@ class WindowsFileReader final : public FileReader {
 class WindowsFileWriter final : public FileWriter {
  public:
   WindowsFileWriter(std::u16string_view path, WriteMode mode)
-      : path_(path), file_(windows::openForWriting(path, mode)) {}
+      : path_(path), file_(openForWriting("open for writing", path, mode)) {}
 
   void write(std::string_view bytes) override {
     while (!bytes.empty()) {

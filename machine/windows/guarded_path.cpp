@@ -321,6 +321,37 @@ bool makeFolderIn(GuardedPath const& path, Protection protection) {
          nullptr;
 }
 
+void requireDisk(std::string_view operation, std::u16string_view path, HANDLE file) {
+  if (GetFileType(file) != FILE_TYPE_DISK) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+}
+
+UniqueHandle openForWriting(std::string_view operation, std::u16string_view path, WriteMode mode) {
+  if (!path.empty() && grammar::isSeparator(path.back())) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+  // Without the right to write anywhere else, the system puts every write at the end.
+  ACCESS_MASK const access =
+      mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
+  GuardedPath guarded(operation, path);
+  if (mode == WriteMode::createNew) {
+    auto made = guarded.open({access, FILE_CREATE, FILE_NON_DIRECTORY_FILE});
+    if (made) return made;
+    DWORD const error = GetLastError();
+    throw systemError(operation, path, error == ERROR_ALREADY_EXISTS ? ERROR_FILE_EXISTS : error);
+  }
+  auto file = guarded.openContent({access, FILE_OPEN_IF, FILE_NON_DIRECTORY_FILE});
+  requireDisk(operation, path, file.get());
+  FILE_END_OF_FILE_INFO empty{};
+  // Not before it is known what is truncated.
+  if (mode == WriteMode::truncate &&
+      !SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &empty, sizeof empty)) {
+    throw systemError(operation, path);
+  }
+  return file;
+}
+
 void claimFolder(std::string_view operation, std::u16string_view path, bool& had) {
   GuardedPath guarded(operation, path);
   guarded.requireTrustedFolder();

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "machine/files.hpp"
 #include "machine/host/reach_folder.hpp"
 #include "machine/windows/handles.hpp"
 
@@ -94,6 +95,11 @@ bool makeFolderIn(GuardedPath const& path, Protection protection);
 /// Gives a folder the rights of one's own, see Files::claimDirectory; `had` tells whether others
 /// had rights to write. Throws UntrustedPath and SystemError.
 void claimFolder(std::string_view operation, std::u16string_view path, bool& had);
+/// In any folder names such as CON and COM1 open a device, and reading from it waits for ever: that
+/// is an error. Throws SystemError.
+void requireDisk(std::string_view operation, std::u16string_view path, HANDLE file);
+/// As Files::openForWriting. Throws UntrustedPath and SystemError.
+UniqueHandle openForWriting(std::string_view operation, std::u16string_view path, WriteMode mode);
 /// As Files::lock opens its file. Throws UntrustedPath and SystemError.
 UniqueHandle openLockFile(std::string_view operation, std::u16string_view path);
 

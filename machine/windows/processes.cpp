@@ -10,6 +10,8 @@
 #include <utility>
 
 #include "machine/command_line.hpp"
+#include "machine/own_way.hpp"
+#include "machine/windows/guarded_path.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
 #include "machine/windows/pipe_reader.hpp"
@@ -66,19 +68,25 @@ UString commandLine(ProcessStart const& what) {
   return command_line::join(what.program, what.arguments);
 }
 
-UniqueHandle openInheritable(std::u16string_view path, DWORD access, DWORD creation) {
+UniqueHandle nowhere() {
   SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-  UniqueHandle file(orNull(CreateFileW(wide(systemPath("open for a child's output", path)), access,
-                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                       &inheritable, creation, FILE_ATTRIBUTE_NORMAL, nullptr)));
-  if (!file) {
-    throw systemError("open for a child's output", path);
+  UniqueHandle device(
+      orNull(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                         &inheritable, OPEN_EXISTING, 0, nullptr)));
+  if (!device) {
+    throw systemError("open for a child's output", u"NUL");
   }
-  return file;
+  return device;
 }
 
-UniqueHandle nowhere() {
-  return openInheritable(u"NUL", GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING);
+UniqueHandle outputFile(std::u16string_view path, WriteMode mode) {
+  constexpr auto operation = "open for a child's output";
+  auto file =
+      refusingUntrusted(operation, path, [&] { return openForWriting(operation, path, mode); });
+  if (!SetHandleInformation(file.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) {
+    throw systemError(operation, path);
+  }
+  return file;
 }
 
 /// A copy of this process's own that the child can inherit; a program without a console has none.
@@ -104,11 +112,9 @@ UniqueHandle openOutput(ProcessOutput const& output, DWORD inherited, PipeReader
     case Kind::pipe:
       return pipeTo(output, readers);
     case Kind::overwriteFile:
-      return openInheritable(output.file, GENERIC_WRITE, CREATE_ALWAYS);
+      return outputFile(output.file, WriteMode::truncate);
     case Kind::appendFile:
-      // Without the right to write anywhere else, the system puts every write at the end.
-      return openInheritable(output.file, FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA},
-                             OPEN_ALWAYS);
+      return outputFile(output.file, WriteMode::append);
     case Kind::discard:
       return nowhere();
     case Kind::mergeWithOutput:
