@@ -61,6 +61,8 @@ std::string_view systemText(ErrorCode code) {
       return "The file size exceeds the limit allowed and cannot be saved.";
     case ErrorCode::noMoreItems:
       return "No more data is available.";
+    case ErrorCode::untrustedMountPoint:
+      return "The path cannot be traversed because it contains an untrusted mount point.";
     case ErrorCode::elevationRequired:
       return "The requested operation requires elevation.";
     case ErrorCode::ioDevice:

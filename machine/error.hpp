@@ -38,6 +38,7 @@ enum class ErrorCode : std::uint32_t {
   directory = 267,
   fileTooLarge = 223,
   noMoreItems = 259,
+  untrustedMountPoint = 448,
   elevationRequired = 740,
   ioDevice = 1117,
   timeout = 1460,

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "machine/api.hpp"
+#include "machine/foreign_access.hpp"
 #include "machine/unicode.hpp"
 
 namespace machine {
@@ -70,6 +71,9 @@ class FileReader {
   virtual std::size_t read(std::span<char> buffer) = 0;
   /// The next read starts so many bytes from the beginning of the file. Throws SystemError.
   virtual void seek(std::uint64_t position) = 0;
+  /// What others may do with the open file, whatever its name stands for by now. Throws
+  /// SystemError.
+  virtual ForeignAccess foreignAccess() = 0;
 };
 
 class FileWriter {
@@ -98,9 +102,22 @@ enum class WriteMode {
 /// Four numbers of a version resource, the most significant first.
 using FileVersion = std::array<std::uint16_t, 4>;
 
+/// What Files::claimDirectory found.
+enum class Claim {
+  made,      ///< nothing of that name
+  own,       ///< a folder that nobody else may write
+  takenOver  ///< a folder of one's own that others could write, and no longer can
+};
+
 /// Files and folders. Paths are Windows paths (UTF-16, drives, UNC, "\\?\", both slashes), absolute
 /// or relative to the current folder; names are compared without regard to case. Every operation
 /// throws SystemError for a failure that its comment does not give another outcome.
+///
+/// What makes, writes, renames or removes something is not led elsewhere by others: a link on the
+/// way is followed only where nobody else can have laid it (machine/host/reach_folder.hpp), and the
+/// open folders are asked, not their names. Anything else is an error (untrustedMountPoint), whose
+/// text names the link; so is writing to a file that has a second name, a hard link. What only
+/// reads follows links wherever they lie.
 class Files {
  public:
   virtual ~Files() = default;
@@ -110,8 +127,16 @@ class Files {
   virtual std::unique_ptr<DirectoryStream> openDirectory(std::u16string_view path) = 0;
   virtual std::unique_ptr<FileReader> openForReading(std::u16string_view path) = 0;
   virtual std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) = 0;
-  /// Makes one folder. An existing folder is fine; missing parents are an error.
+  /// Makes one folder. An existing folder is fine; missing parents are an error. Where others may
+  /// make names too, it gets an access list of its own: they may read it and what is in it, and not
+  /// write.
   virtual void createDirectory(std::u16string_view path) = 0;
+  /// Makes one folder that others may read and not write, wherever it lies. One that is there and
+  /// belongs to another account, or may be replaced in the folder above, is an error
+  /// (untrustedMountPoint, its text says which); the rights of one's own are corrected.
+  virtual Claim claimDirectory(std::u16string_view path) = 0;
+  /// What others may do with the file or folder of this name, a link itself.
+  virtual ForeignAccess foreignAccess(std::u16string_view path) = 0;
   /// Removes one file, read-only or not, or a link to a file. False when it does not exist.
   virtual bool removeFile(std::u16string_view path) = 0;
   /// Removes an empty folder, or a link to a folder (what it points to stays). False when it does
@@ -138,7 +163,9 @@ class Files {
   /// Locks a file against every other lock of it, in this process and in others; it is made when
   /// missing, stays, and may be read and written all the same. Waits up to `limit`, then it is an
   /// error (timeout). A lock of its own file beside the data is the one to use for a file that is
-  /// replaced.
+  /// replaced. The file is for administrators and who makes it only, so that nobody else can hold
+  /// it; one that others may open is made so, or an error (untrustedMountPoint) when it belongs to
+  /// another account.
   virtual std::unique_ptr<FileLock> lock(std::u16string_view path,
                                          std::chrono::milliseconds limit) = 0;
 };

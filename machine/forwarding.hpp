@@ -24,6 +24,10 @@ class ForwardingFiles : public Files {
     return inner_.openForWriting(path, mode);
   }
   void createDirectory(std::u16string_view path) override { inner_.createDirectory(path); }
+  Claim claimDirectory(std::u16string_view path) override { return inner_.claimDirectory(path); }
+  ForeignAccess foreignAccess(std::u16string_view path) override {
+    return inner_.foreignAccess(path);
+  }
   bool removeFile(std::u16string_view path) override { return inner_.removeFile(path); }
   bool removeDirectory(std::u16string_view path) override { return inner_.removeDirectory(path); }
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
@@ -156,9 +160,10 @@ class ForwardingModules : public Modules {
   /// `inner` must outlive this object.
   explicit ForwardingModules(Modules& inner) : inner_(inner) {}
 
-  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                            std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override {
-    return inner_.callEntryPoint(module, entryPoint, arguments);
+    return inner_.callEntryPoint(module, file, entryPoint, arguments);
   }
   bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) override {
     return inner_.admitBundles(folder, modules);

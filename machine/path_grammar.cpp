@@ -84,6 +84,30 @@ std::u16string_view withoutTrailingDotsAndBlanks(std::u16string_view name) {
   return name.substr(0, last == std::u16string_view::npos ? 0 : last + 1);
 }
 
+/// The names after `\\?\` or the like; ".." may take back a device's name too where it counts.
+std::vector<std::u16string_view> deviceNames(std::u16string_view path, bool isLiteral) {
+  std::vector<std::u16string_view> names;
+  Scanner scanner(path, std::min<std::size_t>(4, path.size()));
+  for (scanner.separators(); scanner.at() < path.size(); scanner.separators()) {
+    auto const name = scanner.name();
+    if (isLiteral) {
+      names.push_back(name);
+    } else if (name == u"..") {
+      if (!names.empty()) names.pop_back();
+    } else if (auto const kept = withoutTrailingDotsAndBlanks(name); !kept.empty()) {
+      names.push_back(kept);
+    }
+  }
+  return names;
+}
+
+/// A drive or volume as a device's name.
+bool isDrive(std::u16string_view name) {
+  constexpr std::u16string_view volume = u"Volume{";
+  return (name.size() == 2 && startsWithDrive(name)) ||
+         equalIgnoringCase(name.substr(0, volume.size()), volume);
+}
+
 /// A root in the form the system gives it: "\" only, none doubled but the first two of a share.
 UString nativeRoot(std::u16string_view root) {
   if (isVerbatim(root)) return UString(root);
@@ -136,6 +160,26 @@ std::size_t rootLength(std::u16string_view path) {
 bool isAbsolute(std::u16string_view path) {
   return startsWithTwoSeparators(path) ||
          (startsWithDrive(path) && path.size() > 2 && isSeparator(path[2]));
+}
+
+std::u16string_view reachedServer(std::u16string_view path) {
+  // The system's own spelling of the prefix, which it takes from everybody.
+  bool const isSystems = path.starts_with(u"\\??\\");
+  if (!isSystems && !isVerbatim(path) && !startsWithDevice(path)) {
+    if (!startsWithTwoSeparators(path)) return {};
+    Scanner scanner(path, 0);
+    scanner.separators();
+    return scanner.name();
+  }
+  auto const names = deviceNames(path, isSystems || isVerbatim(path));
+  if (names.empty() || isDrive(names[0])) return {};
+  if (!equalIgnoringCase(names[0], u"UNC")) return path;
+  return names.size() > 1 ? names[1] : std::u16string_view();
+}
+
+std::u16string_view foreignServer(std::u16string_view path, std::u16string_view home) {
+  auto const server = reachedServer(path);
+  return equalIgnoringCase(server, reachedServer(home)) ? std::u16string_view() : server;
 }
 
 bool isVerbatim(std::u16string_view path) {

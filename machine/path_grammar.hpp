@@ -25,6 +25,18 @@ REGISTRATION_API std::size_t rootLength(std::u16string_view path);
 /// `\\?\...`; false for `a`, `\a`, `C:a`.
 REGISTRATION_API bool isAbsolute(std::u16string_view path);
 
+/// The server that a path leads to: `\\srv\share\a`, `//srv/share`, `\\?\UNC\srv\share` -> `srv`;
+/// `\\srv@80\share` -> `srv@80`, which is another service of that computer. Empty for what lies on
+/// a drive or volume (`C:\a`, `\\.\C:\a`, `\\?\Volume{...}\a`) and for a relative path. Any other
+/// device may lead anywhere, and is told whole: `\\?\GLOBALROOT\Device\Mup\srv`. That a drive
+/// stands for a share, no spelling tells.
+REGISTRATION_API std::u16string_view reachedServer(std::u16string_view path);
+
+/// The same where it is not the one that `home` lies on; else empty. Whoever looks there has the
+/// system log on to that server.
+REGISTRATION_API std::u16string_view foreignServer(std::u16string_view path,
+                                                   std::u16string_view home);
+
 /// True for `\\?\...`: taken literally, without "/" , ".", ".." or trailing dots and blanks.
 REGISTRATION_API bool isVerbatim(std::u16string_view path);
 

@@ -23,8 +23,8 @@ std::string linesFrom(Path const& metadataFile) {
     return lines;
   }
   std::set<UString> seen;
-  auto const list =
-      metadata::readEntries(metadata::commentMark, metadataFile, [&](std::string const& line) {
+  auto const list = metadata::readEntries(
+      metadata::commentMark, metadataFile, [&](std::string const& line, std::size_t) {
         auto entry = fl::i18n::utf8_to_ustring(line);
         if (fl::filesystem::exists(entry) && seen.insert(machine::foldCase(entry)).second) {
           lines += line + '\n';

@@ -62,6 +62,10 @@ bool HostFile::tryLock() {
   return checked("lock", host::tryLockFile(file_)) != 0;
 }
 
+ForeignAccess HostFile::foreignAccess() const {
+  return host::foreignAccess(file_);
+}
+
 void HostFile::close() {
   checked("close", host::closeFile(std::exchange(file_, closed)));
 }

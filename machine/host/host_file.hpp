@@ -36,6 +36,8 @@ class REGISTRATION_API HostFile {
   void flush();
   /// Locks the file against other locks until it is closed; false when somebody else has it.
   bool tryLock();
+  /// What others may do with the file.
+  ForeignAccess foreignAccess() const;
   /// REQUIRES: not closed yet.
   void close();
 

@@ -8,6 +8,12 @@
 
 namespace machine::journal {
 
+ContentStore::ContentStore(std::filesystem::path folder, std::size_t longestInline)
+    : folder_(std::move(folder)), longestInline_(longestInline) {
+  if (host::makePrivateFolder(folder_) != 0) throw hostError("make the folder", folder_);
+  host::flushFolder(folder_.parent_path());
+}
+
 FileContent ContentStore::keep(Files& files, std::u16string_view path) {
   auto const reader = files.openForReading(path);
   std::string bytes(longestInline_ + 1, '\0');
@@ -25,7 +31,6 @@ FileContent ContentStore::keep(Files& files, std::u16string_view path) {
 }
 
 FileContent ContentStore::store(std::string_view beginning, FileReader& rest) {
-  makeFolder();
   auto const temporary = folder_ / "new";
   host::removeFile(temporary);  // of a copy that failed
   HostFile target(temporary, host::OpenMode::createPrivate);
@@ -50,13 +55,6 @@ FileContent ContentStore::store(std::string_view beginning, FileReader& rest) {
     host::removeFile(temporary);
   }
   return content;
-}
-
-void ContentStore::makeFolder() {
-  if (made_) return;
-  if (host::makePrivateFolder(folder_) != 0) throw hostError("make the folder", folder_);
-  made_ = true;
-  host::flushFolder(folder_.parent_path());
 }
 
 }  // namespace machine::journal

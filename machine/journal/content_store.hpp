@@ -12,10 +12,8 @@ namespace machine::journal {
 /// itself, longer ones are stored, each once, under its hash.
 class ContentStore {
  public:
-  /// `folder` is made with the first content. One that exists is an error then: it is not this
-  /// journal's.
-  ContentStore(std::filesystem::path folder, std::size_t longestInline)
-      : folder_(std::move(folder)), longestInline_(longestInline) {}
+  /// Makes `folder`. One that exists is an error (std::system_error): it is not this journal's.
+  ContentStore(std::filesystem::path folder, std::size_t longestInline);
 
   /// Reads a file to its end, whatever its size was said to be. The content comes with its bytes,
   /// or is on the disk when this returns. Throws SystemError for the file, std::system_error for
@@ -24,11 +22,9 @@ class ContentStore {
 
  private:
   FileContent store(std::string_view beginning, FileReader& rest);
-  void makeFolder();  ///< once
 
   std::filesystem::path folder_;
   std::size_t longestInline_;
-  bool made_ = false;
   std::set<std::string> kept_;  ///< hashes
 };
 

@@ -81,13 +81,37 @@ class Reader {
   bool hasHeader_ = false;
 };
 
+/// What is in it is opened as the journal is, when it is needed; that is half-way through.
+void requireOwnFolder(std::filesystem::path const& files) {
+  std::error_code error;
+  if (!std::filesystem::exists(std::filesystem::symlink_status(files, error))) return;
+  auto const access = host::foreignAccess(files);
+  if (access.any()) {
+    auto const name = files.u8string();
+    throw UntrustedPath(std::string(name.begin(), name.end()) + " " + machine::weaknessOf(access));
+  }
+}
+
+std::string weaknessOf(std::filesystem::path const& file) {
+  try {
+    HostFile const opened(file, host::OpenMode::readTrusted);
+    requireOwnFolder(filesFolder(file));
+    return {};
+  } catch (UntrustedPath const& error) {
+    return error.what();
+  }
+}
+
 }  // namespace
 
-Journal readJournal(std::filesystem::path const& file) {
+Journal readJournal(std::filesystem::path const& file, JournalTrust trust) {
   Journal journal;
   journal.files = filesFolder(file);
+  if (trust == JournalTrust::waived) journal.weakness = weaknessOf(file);
   Reader reader(journal);
-  journal.damage = readLines(file, [&](Record const& record) { reader.take(record); });
+  auto const mode = journal.weakness.empty() ? host::OpenMode::readTrusted : host::OpenMode::read;
+  journal.damage = readLines(file, mode, [&](Record const& record) { reader.take(record); });
+  if (journal.weakness.empty()) requireOwnFolder(journal.files);
   if (!reader.refusal().empty()) throw std::runtime_error(reader.refusal());
   return journal;
 }

@@ -63,7 +63,7 @@ std::string_view recordOf(std::string_view line, std::string& previousHash) {
 /// Reads a file line by line.
 class Lines {
  public:
-  explicit Lines(std::filesystem::path const& file) : file_(file, host::OpenMode::read) {}
+  Lines(std::filesystem::path const& file, host::OpenMode mode) : file_(file, mode) {}
 
   /// The next line without its end; nullopt when no more whole line comes.
   std::optional<std::string_view> next() {
@@ -112,9 +112,9 @@ void LineWriter::append(Record const& record) {
   previousHash_ = std::move(hash);
 }
 
-std::optional<Damage> readLines(std::filesystem::path const& file,
+std::optional<Damage> readLines(std::filesystem::path const& file, host::OpenMode mode,
                                 std::function<void(Record const&)> const& takeRecord) {
-  Lines lines(file);
+  Lines lines(file, mode);
   Damage at;
   std::string hash;
   while (auto const line = lines.next()) {

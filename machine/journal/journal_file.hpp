@@ -83,9 +83,9 @@ class LineWriter {
 };
 
 /// Hands out the records of a journal in order, as far as it is whole; nullopt at its very end.
-/// What `take` throws counts as damage of that record. Throws std::system_error when the file
-/// cannot be opened or read.
-std::optional<Damage> readLines(std::filesystem::path const& file,
+/// What `take` throws counts as damage of that record. `mode`: read or readTrusted. Throws
+/// std::system_error when the file cannot be opened or read, UntrustedPath as `mode` says.
+std::optional<Damage> readLines(std::filesystem::path const& file, host::OpenMode mode,
                                 std::function<void(Record const&)> const& take);
 
 /// Where a journal keeps the longer contents.

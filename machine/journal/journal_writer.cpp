@@ -19,7 +19,7 @@ class JournalWriter::State {
       : machine_(machine),
         origin_(originOf(machine)),  // before the file: without it there is none
         lines_(file),
-        store_(filesFolder(std::filesystem::absolute(file)), longestInline) {
+        store_(madeStore(file)) {
     Record header{{"format", "registration-journal"},
                   {"version", formatVersion},
                   {"created", toIso8601(machine.clock().now())},
@@ -76,6 +76,16 @@ class JournalWriter::State {
   }
 
  private:
+  /// With the journal, so that no run finds out half-way that it cannot keep a content.
+  static ContentStore madeStore(std::filesystem::path const& file) {
+    try {
+      return ContentStore(filesFolder(std::filesystem::absolute(file)), longestInline);
+    } catch (std::system_error const&) {
+      host::removeFile(file);  // made just now, and empty
+      throw;
+    }
+  }
+
   void requireWhole() const {
     if (broken_) throw std::runtime_error("the journal could not be written: no change without it");
   }

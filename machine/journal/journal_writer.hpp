@@ -22,8 +22,9 @@ class REGISTRATION_API JournalWriter final : public ChangeObserver {
   /// Files up to this size, in bytes, are kept in the journal itself.
   static constexpr std::size_t longestInline = 4096;
 
-  /// Makes the journal `file`, and FILE.files beside it when there are contents to keep. A file or
-  /// link of that name is an error (std::system_error): journals are never written over. Reads
+  /// Makes the journal `file`, and the folder FILE.files beside it for longer contents. A file or
+  /// link of either name is an error (std::system_error): journals are never written over; so is a
+  /// folder where others could exchange them (UntrustedPath). Reads
   /// states from `machine`, the one that the WatchedMachine watches; it must outlive this object.
   /// `plan` is for the reader's information.
   JournalWriter(std::filesystem::path const& file, Machine& machine, std::string_view plan);

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "machine/overlay/merged_directory.hpp"
+#include "machine/own_way.hpp"
 #include "machine/path_grammar.hpp"
 
 namespace machine::overlay {
@@ -19,6 +20,11 @@ class Operation {
   [[noreturn]] void fail(ErrorCode code) const { throw SystemError(name_, subject_, code); }
   void require(bool condition, ErrorCode code) const {
     if (!condition) fail(code);
+  }
+
+  /// As the machine's own operations refuse it.
+  void requireOwnWay(Files& files, std::u16string_view path) const {
+    refusingUntrusted(name_, subject_, [&] { machine::requireOwnWay(files, path); });
   }
 
   /// What is at a path where something may be made; nullopt when nothing is, but its folder.
@@ -111,6 +117,8 @@ std::unique_ptr<FileWriter> OverlayFiles::openForWriting(std::u16string_view pat
   auto const target = absolute(path);
   auto const place = tree_.find(target);
   auto const status = operation.statusWithFolder(target, place);
+  operation.requireOwnWay(*this,
+                          mode == WriteMode::createNew ? path_grammar::parent(target) : target);
   operation.require(!status || mode != WriteMode::createNew, ErrorCode::fileExists);
   operation.require(!status || (!status->isDirectory && !status->attributes.isReadOnly),
                     ErrorCode::accessDenied);
@@ -153,11 +161,37 @@ std::uint64_t OverlayFiles::sizeByReading(UString const& innerFile) {
   return size;
 }
 
+ForeignAccess OverlayFiles::foreignAccess(std::u16string_view path) {
+  Operation const operation("look at", path, tree_);
+  auto const place = tree_.find(absolute(path));
+  operation.require(tree_.status(place).has_value(), ErrorCode::fileNotFound);
+  return innerOf(place).empty() ? ForeignAccess() : inner_.foreignAccess(innerOf(place));
+}
+
+Claim OverlayFiles::claimDirectory(std::u16string_view path) {
+  if (!status(path)) {
+    createDirectory(path);
+    return Claim::made;
+  }
+  createDirectory(path);  // fails for what is no folder
+  auto const target = absolute(path);
+  auto const above = foreignAccess(path_grammar::parent(target));
+  auto const own = foreignAccess(target);
+  refusingUntrusted("claim the folder", path, [&] {
+    if (!own.owner.empty()) throw UntrustedPath(toUtf8(target) + " " + weaknessOf(own));
+    if (above.mayReplace) {
+      throw UntrustedPath(toUtf8(path_grammar::parent(target)) + " " + weaknessOf(above));
+    }
+  });
+  return own.any() ? Claim::takenOver : Claim::own;
+}
+
 void OverlayFiles::createDirectory(std::u16string_view path) {
   Operation const operation("make the folder", path, tree_);
   auto const target = absolute(path);
-  if (auto const status = operation.statusWithFolder(target, tree_.find(target)))
-    return operation.require(status->isDirectory, ErrorCode::alreadyExists);
+  auto const status = operation.statusWithFolder(target, tree_.find(target));
+  operation.requireOwnWay(*this, path_grammar::parent(target));
+  if (status) return operation.require(status->isDirectory, ErrorCode::alreadyExists);
   operation.require(!Operation::isRoot(target), ErrorCode::pathNotFound);
   tree_.put(target, std::make_unique<Node>(), false);
 }
@@ -167,6 +201,7 @@ bool OverlayFiles::removeFile(std::u16string_view path) {
   auto const target = absolute(path);
   auto const status = tree_.status(tree_.find(target));
   if (!status) return false;
+  operation.requireOwnWay(*this, path_grammar::parent(target));
   operation.require(!status->isDirectory, ErrorCode::accessDenied);
   tree_.take(target);
   return true;
@@ -177,6 +212,7 @@ bool OverlayFiles::removeDirectory(std::u16string_view path) {
   auto const target = absolute(path);
   auto const status = tree_.status(tree_.find(target));
   if (!status) return false;
+  operation.requireOwnWay(*this, path_grammar::parent(target));
   operation.require(!Operation::isRoot(target), ErrorCode::accessDenied);
   operation.require(status->isDirectory, ErrorCode::directory);
   DirectoryEntry entry;
@@ -195,6 +231,8 @@ void OverlayFiles::rename(std::u16string_view from, std::u16string_view to, bool
   auto const moved = operation.statusWithFolder(source, tree_.find(source));
   operation.require(moved.has_value(), ErrorCode::fileNotFound);
   auto const replaced = operation.statusWithFolder(target, tree_.find(target));
+  operation.requireOwnWay(*this, path_grammar::parent(source));
+  operation.requireOwnWay(*this, path_grammar::parent(target));
   operation.require(sourceKey.size() > 1 && targetKey.size() > 1, ErrorCode::accessDenied);
   operation.require(sourceKey.front() == targetKey.front(), ErrorCode::notSameDevice);
   bool const isSameEntry = sourceKey == targetKey;

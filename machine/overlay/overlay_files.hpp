@@ -22,6 +22,8 @@ class OverlayFiles final : public Files {
   std::unique_ptr<FileReader> openForReading(std::u16string_view path) override;
   std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) override;
   void createDirectory(std::u16string_view path) override;
+  Claim claimDirectory(std::u16string_view path) override;
+  ForeignAccess foreignAccess(std::u16string_view path) override;
   bool removeFile(std::u16string_view path) override;
   bool removeDirectory(std::u16string_view path) override;
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override;

@@ -57,14 +57,15 @@ std::optional<Shortcut> OverlayShell::readShortcut(std::u16string_view path) {
   return inner ? inner_.readShortcut(*inner) : written_.readShortcut(path);
 }
 
-ModuleCall OverlayModules::callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+ModuleCall OverlayModules::callEntryPoint(std::u16string_view module, std::u16string_view file,
+                                          std::string const& entryPoint,
                                           std::array<std::string, 3> const& arguments) {
   if (module.empty() || hasNul(module)) return ModuleCall::notLoaded;
   if (path_grammar::rootLength(module) > 0)
-    return search_.callEntryPoint(module, entryPoint, arguments);
+    return search_.callEntryPoint(module, file, entryPoint, arguments);
   for (auto const& folder : folders()) {
     auto const outcome =
-        search_.callEntryPoint(path_grammar::join(folder, module), entryPoint, arguments);
+        search_.callEntryPoint(path_grammar::join(folder, module), file, entryPoint, arguments);
     if (outcome != ModuleCall::notLoaded) return outcome;
   }
   return ModuleCall::notLoaded;

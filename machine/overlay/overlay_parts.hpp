@@ -59,9 +59,10 @@ class OverlayShell final : public Shell {
 class OverlayModules final : public Modules {
  public:
   OverlayModules(OverlayFiles& files, Environment& environment, Shell& shell)
-      : files_(files), environment_(environment), shell_(shell), search_(files) {}
+      : files_(files), environment_(environment), shell_(shell), search_(files, shell) {}
 
-  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                            std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override;
   bool admitBundles(std::u16string_view, std::vector<UString> const&) override { return false; }
 

@@ -21,6 +21,10 @@ class ContentReader final : public FileReader {
   }
 
   void seek(std::uint64_t position) override { position_ = position; }
+  ForeignAccess foreignAccess() override {
+    return content_->innerSize() > 0 ? inner_.foreignAccess(content_->innerFile())
+                                     : ForeignAccess();
+  }
 
  private:
   std::size_t readInner(std::span<char> buffer) {

@@ -145,7 +145,11 @@ Place HostTree::step(Place const& folder, std::u16string_view name) const {
     return unreachable(parent.problem == ErrorCode::fileNotFound ? ErrorCode::pathNotFound
                                                                  : parent.problem);
   if (!fs::is_directory(parent.status)) return unreachable(ErrorCode::pathNotFound);
-  Place place{ErrorCode::success, parent.host / toHostName(name), {}, false};
+  Place place{ErrorCode::success,
+              parent.host / toHostName(name),
+              {},
+              false,
+              folder.isBehindLink || folder.isLink()};
   std::error_code error;
   place.status = fs::symlink_status(place.host, error);
   if (!fs::exists(place.status) && (!error || isMissingFile(error))) {
@@ -164,7 +168,7 @@ Place HostTree::follow(Place const& link) const {
   auto const target = fs::canonical(link.host, error);
   if (error) return unreachable(fromHost(error));
   if (!isInside(directory, target)) return unreachable(ErrorCode::accessDenied);
-  return {ErrorCode::success, target, fs::symlink_status(target, error), false};
+  return {ErrorCode::success, target, fs::symlink_status(target, error), false, true};
 }
 
 bool isFolder(fs::path const& host, fs::file_status const& status) {

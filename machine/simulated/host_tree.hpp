@@ -16,6 +16,7 @@ struct Place {
   std::filesystem::path host;           ///< where it is, or would be
   std::filesystem::file_status status;  ///< of the place itself, a link not followed
   bool isRoot = false;                  ///< a drive or a share
+  bool isBehindLink = false;            ///< a link on the way was followed
 
   bool exists() const { return problem == ErrorCode::success && std::filesystem::exists(status); }
   bool isLink() const { return std::filesystem::is_symlink(status); }

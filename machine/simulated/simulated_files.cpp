@@ -1,6 +1,7 @@
 #include "machine/simulated/simulated_files.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <system_error>
@@ -10,17 +11,17 @@
 
 #include "machine/error.hpp"
 #include "machine/host/host_file.hpp"
+#include "machine/own_way.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/simulated/version_resource.hpp"
 
 namespace machine::simulated {
 
 namespace fs = std::filesystem;
-
-namespace {
+using Operation = SimulatedFiles::Operation;
 
 /// An operation and what it is about, for the message of its failure.
-struct Operation {
+struct SimulatedFiles::Operation {
   std::string_view name;
   std::u16string_view subject;
 
@@ -35,10 +36,17 @@ struct Operation {
   template <typename Call>
   auto run(Call&& call) const {
     try {
-      return call();
+      return refusingUntrusted(name, subject, call);
     } catch (std::system_error const& error) {
       fail(fromHost(error.code()));
     }
+  }
+  /// The same, for what answers with a failure of -1.
+  template <typename Call>
+  void runHost(Call&& call) const {
+    run([&] {
+      if (call() != 0) throw std::system_error(errno, std::generic_category());
+    });
   }
   Place const& reachable(Place const& place) const {
     require(place.problem == ErrorCode::success, place.problem);
@@ -49,6 +57,8 @@ struct Operation {
     return place;
   }
 };
+
+namespace {
 
 /// The name cannot exist on this machine, or nothing bears it.
 bool isNowhere(Place const& place) {
@@ -139,6 +149,7 @@ class HostReader final : public FileReader {
   void seek(std::uint64_t position) override {
     Operation{"seek in", path_}.run([&] { file_.seek(position); });
   }
+  ForeignAccess foreignAccess() override { return file_.foreignAccess(); }
 
  private:
   HostFile file_;
@@ -166,7 +177,7 @@ class HostWriter final : public FileWriter {
 
 class HostLock final : public FileLock {
  public:
-  explicit HostLock(fs::path const& host) : file_(host, host::OpenMode::append) {}
+  explicit HostLock(fs::path const& host) : file_(host, host::OpenMode::lock) {}
   bool tryLock() { return file_.tryLock(); }
 
  private:
@@ -223,6 +234,13 @@ UString SimulatedFiles::absolute(std::u16string_view path) const {
   return path_grammar::absolute(path, currentFolder_);
 }
 
+/// For what makes or changes something at this place.
+void SimulatedFiles::requireOwnWay(Operation const& operation, Place const& place,
+                                   std::u16string_view path) {
+  if (!place.isBehindLink) return;
+  operation.run([&] { machine::requireOwnWay(*this, path); });
+}
+
 std::optional<FileStatus> SimulatedFiles::status(std::u16string_view path) {
   Operation const operation{"get the status of", path};
   auto const place = tree_.find(absolute(path));
@@ -258,10 +276,12 @@ std::unique_ptr<FileReader> SimulatedFiles::openForReading(std::u16string_view p
 std::unique_ptr<FileWriter> SimulatedFiles::openForWriting(std::u16string_view path,
                                                            WriteMode mode) {
   Operation const operation{"open for writing", path};
-  auto const place =
-      mode == WriteMode::createNew ? tree_.find(absolute(path)) : tree_.findTarget(absolute(path));
+  auto const file = absolute(path);
+  bool const isNew = mode == WriteMode::createNew;
+  auto const place = isNew ? tree_.find(file) : tree_.findTarget(file);
+  requireOwnWay(operation, place, isNew ? path_grammar::parent(file) : file);
   if (operation.reachable(place).exists()) {
-    operation.require(mode != WriteMode::createNew, ErrorCode::fileExists);
+    operation.require(!isNew, ErrorCode::fileExists);
     operation.require(fs::is_regular_file(place.status) && !isReadOnly(place.status),
                       ErrorCode::accessDenied);
   }
@@ -269,20 +289,42 @@ std::unique_ptr<FileWriter> SimulatedFiles::openForWriting(std::u16string_view p
       [&] { return std::make_unique<HostWriter>(place.host, hostMode(mode), path); });
 }
 
-void SimulatedFiles::createDirectory(std::u16string_view path) {
-  Operation const operation{"make the folder", path};
+bool SimulatedFiles::makeDirectory(Operation const& operation, std::u16string_view path) {
   auto const place = tree_.find(absolute(path));
-  if (operation.reachable(place).exists())
-    return operation.require(isFolder(place.host, place.status), ErrorCode::alreadyExists);
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
+  if (operation.reachable(place).exists()) {
+    operation.require(isFolder(place.host, place.status), ErrorCode::alreadyExists);
+    return false;
+  }
   operation.require(!place.isRoot, ErrorCode::pathNotFound);
-  std::error_code error;
-  fs::create_directory(place.host, error);
-  operation.check(error);
+  operation.runHost([&] { return host::makeFolder(place.host); });
+  return true;
+}
+
+void SimulatedFiles::createDirectory(std::u16string_view path) {
+  makeDirectory({"make the folder", path}, path);
+}
+
+Claim SimulatedFiles::claimDirectory(std::u16string_view path) {
+  Operation const operation{"claim the folder", path};
+  bool const isNew = makeDirectory(operation, path);
+  auto const host = tree_.find(absolute(path)).host;
+  bool isTakenOver = false;
+  operation.runHost([&] { return host::claimFolder(host, isTakenOver); });
+  if (isNew) return Claim::made;
+  return isTakenOver ? Claim::takenOver : Claim::own;
+}
+
+ForeignAccess SimulatedFiles::foreignAccess(std::u16string_view path) {
+  Operation const operation{"look at", path};
+  auto const place = operation.existing(tree_.find(absolute(path)));
+  return operation.run([&] { return host::foreignAccess(place.host); });
 }
 
 bool SimulatedFiles::removeFile(std::u16string_view path) {
   Operation const operation{"remove the file", path};
   auto const place = tree_.find(absolute(path));
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
   if (isGone(place, operation)) return false;
   operation.require(!isFolder(place.host, place.status), ErrorCode::accessDenied);
   removeFromHost(place.host, place.isLink(), operation);
@@ -292,6 +334,7 @@ bool SimulatedFiles::removeFile(std::u16string_view path) {
 bool SimulatedFiles::removeDirectory(std::u16string_view path) {
   Operation const operation{"remove the folder", path};
   auto const place = tree_.find(absolute(path));
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
   if (isGone(place, operation)) return false;
   operation.require(!place.isRoot, ErrorCode::accessDenied);
   operation.require(isFolder(place.host, place.status), ErrorCode::directory);
@@ -307,6 +350,8 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
   Operation const operation{"rename", from};
   auto const source = tree_.find(absolute(from));
   auto const target = tree_.find(absolute(to));
+  requireOwnWay(operation, source, path_grammar::parent(absolute(from)));
+  requireOwnWay(operation, target, path_grammar::parent(absolute(to)));
   operation.existing(source);
   operation.reachable(target);
   operation.require(!source.isRoot && !target.isRoot, ErrorCode::accessDenied);
@@ -332,6 +377,7 @@ void SimulatedFiles::rename(std::u16string_view from, std::u16string_view to,
 void SimulatedFiles::setAttributes(std::u16string_view path, FileAttributes const& attributes) {
   Operation const operation{"change the attributes of", path};
   auto const place = tree_.find(absolute(path));
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
   operation.require(fs::is_regular_file(operation.existing(place).status), ErrorCode::accessDenied);
   constexpr auto everybody =
       fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
@@ -359,6 +405,7 @@ std::optional<Link> SimulatedFiles::link(std::u16string_view path) {
 void SimulatedFiles::createLink(std::u16string_view path, Link const& link) {
   Operation const operation{"make the link", path};
   auto const place = tree_.find(absolute(path));
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
   operation.require(!operation.reachable(place).exists(), ErrorCode::alreadyExists);
   std::error_code error;
   fs::create_symlink(tree_.hostName(link.target), place.host, error);
@@ -387,7 +434,8 @@ std::optional<FileVersion> SimulatedFiles::fileVersion(std::u16string_view path)
 std::unique_ptr<FileLock> SimulatedFiles::lock(std::u16string_view path,
                                                std::chrono::milliseconds limit) {
   Operation const operation{"lock", path};
-  auto const place = tree_.findTarget(absolute(path));
+  auto const place = tree_.find(absolute(path));
+  requireOwnWay(operation, place, path_grammar::parent(absolute(path)));
   if (operation.reachable(place).exists())
     operation.require(fs::is_regular_file(place.status), ErrorCode::accessDenied);
   auto const end = std::chrono::steady_clock::now() + limit;

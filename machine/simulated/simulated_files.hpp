@@ -19,6 +19,8 @@ class SimulatedFiles final : public Files {
   std::unique_ptr<FileReader> openForReading(std::u16string_view path) override;
   std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) override;
   void createDirectory(std::u16string_view path) override;
+  Claim claimDirectory(std::u16string_view path) override;
+  ForeignAccess foreignAccess(std::u16string_view path) override;
   bool removeFile(std::u16string_view path) override;
   bool removeDirectory(std::u16string_view path) override;
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override;
@@ -32,7 +34,13 @@ class SimulatedFiles final : public Files {
   std::unique_ptr<FileLock> lock(std::u16string_view path,
                                  std::chrono::milliseconds limit) override;
 
+  struct Operation;
+
  private:
+  /// `path`, absolute, is how the place was found.
+  void requireOwnWay(Operation const& operation, Place const& place, std::u16string_view path);
+  /// False when it is there already.
+  bool makeDirectory(Operation const& operation, std::u16string_view path);
   UString absolute(std::u16string_view path) const;
   HostTree tree_;
   UString currentFolder_ = u"C:\\";

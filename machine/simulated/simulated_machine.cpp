@@ -74,7 +74,7 @@ struct SimulatedMachine::Parts {
         registry(std::filesystem::weakly_canonical(directory).string()),
         shell(files),
         processes(files),
-        modules(files),
+        modules(files, shell),
         services(files),
         downloads(directory / "web"),
         lock(

@@ -49,9 +49,12 @@ class WatchedFiles final : public ForwardingFiles {
   }
   void createDirectory(std::u16string_view path) override {
     if (inner().status(path)) return inner().createDirectory(path);
-    auto folder = item(path);
-    folder.kind = Item::Kind::folder;
-    announcing(watch_.observers, {std::move(folder)}, [&] { inner().createDirectory(path); });
+    announcing(watch_.observers, {folderItem(path)}, [&] { inner().createDirectory(path); });
+  }
+  Claim claimDirectory(std::u16string_view path) override {
+    if (inner().status(path)) return inner().claimDirectory(path);
+    return announcing(watch_.observers, {folderItem(path)},
+                      [&] { return inner().claimDirectory(path); });
   }
   bool removeFile(std::u16string_view path) override {
     if (!inner().status(path)) return inner().removeFile(path);
@@ -81,6 +84,11 @@ class WatchedFiles final : public ForwardingFiles {
 
  private:
   Item item(std::u16string_view path) const { return pathItem(watch_.machine, path); }
+  Item folderItem(std::u16string_view path) const {
+    auto folder = item(path);
+    folder.kind = Item::Kind::folder;
+    return folder;
+  }
   std::unique_ptr<Announcement> announce(std::vector<Item> items) const {
     return std::make_unique<Announcement>(watch_.observers, std::move(items));
   }
@@ -269,10 +277,11 @@ class WatchedModules final : public ForwardingModules {
   explicit WatchedModules(Watch const& watch)
       : ForwardingModules(watch.machine.modules()), watch_(watch) {}
 
-  ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                            std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override {
     watch_.handOver({HandOver::Kind::module, UString(module), toUtf16(entryPoint)});
-    return inner().callEntryPoint(module, entryPoint, arguments);
+    return inner().callEntryPoint(module, file, entryPoint, arguments);
   }
   bool admitBundles(std::u16string_view folder, std::vector<UString> const& modules) override {
     watch_.handOver({HandOver::Kind::bundles, UString(folder), {}});

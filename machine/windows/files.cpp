@@ -6,11 +6,14 @@
 #include <cstring>
 #include <limits>
 
+#include "machine/own_way.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/reparse_data.hpp"
 #include "machine/windows/file_lock.hpp"
+#include "machine/windows/guarded_path.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
+#include "machine/windows/security.hpp"
 #include "machine/windows/system_error.hpp"
 #include "machine/windows/system_path.hpp"
 #include "machine/windows/text.hpp"
@@ -157,16 +160,46 @@ class WindowsDirectoryStream final : public DirectoryStream {
   bool hasFirst_;  ///< data_ holds the first name, not handed out yet
 };
 
-UniqueHandle openFile(std::string_view operation, std::u16string_view path, DWORD access,
-                      DWORD creation) {
-  UniqueHandle file(orNull(CreateFileW(wide(systemPath(operation, path)), access, shareAll, nullptr,
-                                       creation, FILE_ATTRIBUTE_NORMAL, nullptr)));
+/// In any folder names such as CON and COM1 open a device, and reading from it waits for ever.
+void requireDisk(std::string_view operation, std::u16string_view path, HANDLE file) {
+  if (GetFileType(file) != FILE_TYPE_DISK) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+}
+
+UniqueHandle openForReading(std::u16string_view path) {
+  constexpr auto operation = "open for reading";
+  UniqueHandle file(orNull(CreateFileW(wide(systemPath(operation, path)), GENERIC_READ, shareAll,
+                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)));
   if (!file) {
     throw systemError(operation, path);
   }
-  // In any folder names such as CON and COM1 open a device, and reading from it waits for ever.
-  if (GetFileType(file.get()) != FILE_TYPE_DISK) {
+  requireDisk(operation, path, file.get());
+  return file;
+}
+
+UniqueHandle openForWriting(std::u16string_view path, WriteMode mode) {
+  constexpr auto operation = "open for writing";
+  if (!path.empty() && path_grammar::isSeparator(path.back())) {
     throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+  // Without the right to write anywhere else, the system puts every write at the end.
+  ACCESS_MASK const access =
+      mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
+  GuardedPath guarded(operation, path);
+  if (mode == WriteMode::createNew) {
+    auto made = guarded.open({access, FILE_CREATE, FILE_NON_DIRECTORY_FILE});
+    if (made) return made;
+    DWORD const error = GetLastError();
+    throw systemError(operation, path, error == ERROR_ALREADY_EXISTS ? ERROR_FILE_EXISTS : error);
+  }
+  auto file = guarded.openContent({access, FILE_OPEN_IF, FILE_NON_DIRECTORY_FILE});
+  requireDisk(operation, path, file.get());
+  FILE_END_OF_FILE_INFO empty{};
+  // Not before it is known what is truncated.
+  if (mode == WriteMode::truncate &&
+      !SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &empty, sizeof empty)) {
+    throw systemError(operation, path);
   }
   return file;
 }
@@ -178,7 +211,7 @@ DWORD chunkSize(std::size_t size) {
 class WindowsFileReader final : public FileReader {
  public:
   explicit WindowsFileReader(std::u16string_view path)
-      : path_(path), file_(openFile("open for reading", path, GENERIC_READ, OPEN_EXISTING)) {}
+      : path_(path), file_(windows::openForReading(path)) {}
 
   std::size_t read(std::span<char> buffer) override {
     DWORD count = 0;
@@ -196,6 +229,8 @@ class WindowsFileReader final : public FileReader {
     }
   }
 
+  ForeignAccess foreignAccess() override { return foreignAccessOf(file_.get(), path_); }
+
  private:
   UString path_;
   UniqueHandle file_;
@@ -204,8 +239,7 @@ class WindowsFileReader final : public FileReader {
 class WindowsFileWriter final : public FileWriter {
  public:
   WindowsFileWriter(std::u16string_view path, WriteMode mode)
-      : path_(path),
-        file_(openFile("open for writing", path, accessFor(mode), creationFor(mode))) {}
+      : path_(path), file_(windows::openForWriting(path, mode)) {}
 
   void write(std::string_view bytes) override {
     while (!bytes.empty()) {
@@ -230,60 +264,60 @@ class WindowsFileWriter final : public FileWriter {
   }
 
  private:
-  static DWORD accessFor(WriteMode mode) {
-    // Without the right to write anywhere else, the system puts every write at the end.
-    return mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
-  }
-
-  static DWORD creationFor(WriteMode mode) {
-    switch (mode) {
-      case WriteMode::truncate:
-        return CREATE_ALWAYS;
-      case WriteMode::append:
-        return OPEN_ALWAYS;
-      case WriteMode::createNew:
-        break;
-    }
-    return CREATE_NEW;
-  }
-
   UString path_;
   UniqueHandle file_;
 };
 
-/// Removes with DeleteFileW or RemoveDirectoryW; a read-only attribute is taken away first, and put
-/// back when that did not help. False when there was nothing.
-template <class Call>
-bool removeEntry(std::string_view operation, std::u16string_view path, Call call) {
+/// Takes the read-only attribute away. Nothing when there is none, or that fails.
+std::optional<FILE_BASIC_INFO> makeWritable(HANDLE entry) {
+  FILE_BASIC_INFO info{};
+  if (!entry || !GetFileInformationByHandleEx(entry, FileBasicInfo, &info, sizeof info) ||
+      (info.FileAttributes & FILE_ATTRIBUTE_READONLY) == 0) {
+    return std::nullopt;
+  }
+  auto writable = info;
+  writable.FileAttributes &= ~DWORD{FILE_ATTRIBUTE_READONLY};
+  if (writable.FileAttributes == 0) writable.FileAttributes = FILE_ATTRIBUTE_NORMAL;
+  bool const done = SetFileInformationByHandle(entry, FileBasicInfo, &writable, sizeof writable);
+  return done ? std::optional(info) : std::nullopt;
+}
+
+/// Removes a file or a folder; a read-only attribute is taken away first, and put back when that
+/// did not help. 0, or the error.
+DWORD remove(GuardedPath const& entry, ULONG options) {
+  if (removeEntry(entry, options)) return ERROR_SUCCESS;
+  DWORD const error = GetLastError();
+  if (error != ERROR_ACCESS_DENIED) return error;
+  auto const file = entry.open({FILE_WRITE_ATTRIBUTES, FILE_OPEN, options});
+  auto const before = makeWritable(file.get());
+  if (!before) return error;
+  if (removeEntry(entry, options)) return ERROR_SUCCESS;
+  DWORD const laterError = GetLastError();
+  auto info = *before;
+  SetFileInformationByHandle(file.get(), FileBasicInfo, &info, sizeof info);
+  return laterError;
+}
+
+/// False when there was nothing.
+bool removeAt(std::string_view operation, std::u16string_view path, ULONG options) {
   if (pathProblem(path)) {
     return false;
   }
-  UString const target = systemPath(operation, path);
-  if (call(wide(target))) {
-    return true;
+  try {
+    DWORD const error = remove(GuardedPath(operation, path), options);
+    if (error == ERROR_SUCCESS) return true;
+    throw systemError(operation, path, error);
+  } catch (SystemError const& error) {
+    if (meansNothingThere(error.code())) return false;
+    throw;
   }
-  DWORD error = GetLastError();
-  DWORD const attributes = GetFileAttributesW(wide(target));
-  bool const isReadOnly = error == ERROR_ACCESS_DENIED && attributes != INVALID_FILE_ATTRIBUTES &&
-                          (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-  if (isReadOnly &&
-      SetFileAttributesW(wide(target), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY})) {
-    if (call(wide(target))) {
-      return true;
-    }
-    error = GetLastError();
-    SetFileAttributesW(wide(target), attributes);
-  }
-  if (meansNothingThere(error)) {
-    return false;
-  }
-  throw systemError(operation, path, error);
 }
 
 class WindowsFileLock final : public FileLock {
  public:
   WindowsFileLock(std::u16string_view path, std::chrono::milliseconds limit)
-      : file_(openFile("lock", path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS)) {
+      : file_(openLockFile("lock", path)) {
+    requireDisk("lock", path, file_.get());
     auto const end = std::chrono::steady_clock::now() + limit;
     while (!tryLock(file_.get())) {
       if (GetLastError() != ERROR_LOCK_VIOLATION) {
@@ -315,34 +349,26 @@ std::optional<FileVersion> versionIn(std::string const& resource) {
                      HIWORD(info->dwFileVersionLS), LOWORD(info->dwFileVersionLS)};
 }
 
-bool isLinkOpen(HANDLE file) {
-  FILE_ATTRIBUTE_TAG_INFO info{};
-  return GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) &&
-         isLink(info.FileAttributes, info.ReparseTag);
-}
-
-void createSymbolicLink(std::u16string_view path, UString const& made, Link const& link) {
-  if (!CreateSymbolicLinkW(wide(made), wide(link.target),
+void createSymbolicLink(std::u16string_view path, Link const& link) {
+  if (!CreateSymbolicLinkW(wide(systemPath("make the link", path)), wide(link.target),
                            link.isDirectory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0)) {
     throw systemError("make the link", path);
   }
 }
 
 /// A folder that becomes a junction, or goes again.
-void createJunction(std::u16string_view path, UString const& made, Link const& link) {
-  if (!CreateDirectoryW(wide(made), nullptr)) {
+void createJunction(std::u16string_view path, GuardedPath const& place, Link const& link) {
+  if (!makeFolderIn(place, Protection::ofFolder)) {
     throw systemError("make the link", path);
   }
   auto data = junctionData(link.target);
   DWORD size = 0;
-  UniqueHandle file(
-      orNull(CreateFileW(wide(made), GENERIC_WRITE, shareAll, nullptr, OPEN_EXISTING,
-                         FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+  auto file = place.open({GENERIC_WRITE, FILE_OPEN, FILE_DIRECTORY_FILE});
   if (!file || !DeviceIoControl(file.get(), FSCTL_SET_REPARSE_POINT, data.data(),
                                 static_cast<DWORD>(data.size()), nullptr, 0, &size, nullptr)) {
     DWORD const error = GetLastError();
     file.reset();
-    RemoveDirectoryW(wide(made));
+    removeEntry(place, FILE_DIRECTORY_FILE);
     throw systemError("make the link", path, error);
   }
 }
@@ -382,45 +408,75 @@ class WindowsFiles final : public Files {
   }
 
   std::unique_ptr<FileWriter> openForWriting(std::u16string_view path, WriteMode mode) override {
-    return std::make_unique<WindowsFileWriter>(path, mode);
+    return refusingUntrusted("open for writing", path,
+                             [&] { return std::make_unique<WindowsFileWriter>(path, mode); });
   }
 
   void createDirectory(std::u16string_view path) override {
-    UString const target = systemPath("create the folder", path);
-    if (CreateDirectoryW(wide(target), nullptr)) {
+    constexpr auto operation = "create the folder";
+    UString const target = systemPath(operation, path);
+    if (directoryExists(target)) {
       return;
     }
-    DWORD const error = GetLastError();
-    // For a drive's root the call answers "access denied", not "already exists".
-    if (!directoryExists(target)) {
-      throw systemError("create the folder", path, error);
-    }
+    refusingUntrusted(operation, path, [&] {
+      if (!makeFolderIn(GuardedPath(operation, path), Protection::ofFolder)) {
+        DWORD const error = GetLastError();
+        // Somebody may have been faster.
+        if (!directoryExists(target)) throw systemError(operation, path, error);
+      }
+    });
+  }
+
+  Claim claimDirectory(std::u16string_view path) override {
+    bool const isThere = directoryExists(systemPath("claim the folder", path));
+    createDirectory(path);
+    bool hadOthers = false;
+    refusingUntrusted("claim the folder", path,
+                      [&] { claimFolder("claim the folder", path, hadOthers); });
+    if (!isThere) return Claim::made;
+    return hadOthers ? Claim::takenOver : Claim::own;
+  }
+
+  ForeignAccess foreignAccess(std::u16string_view path) override {
+    constexpr auto operation = "look at";
+    auto const open = [&](DWORD access) {
+      return UniqueHandle(orNull(
+          CreateFileW(wide(systemPath(operation, path)), access, shareAll, nullptr, OPEN_EXISTING,
+                      FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+    };
+    auto file = open(READ_CONTROL);
+    if (!file && GetLastError() == ERROR_ACCESS_DENIED) file = open(0);
+    if (!file) throw systemError(operation, path);
+    return foreignAccessOf(file.get(), path);
   }
 
   bool removeFile(std::u16string_view path) override {
-    return removeEntry("remove", path, DeleteFileW);
+    return refusingUntrusted("remove", path,
+                             [&] { return removeAt("remove", path, FILE_NON_DIRECTORY_FILE); });
   }
 
   bool removeDirectory(std::u16string_view path) override {
-    return removeEntry("remove the folder", path, RemoveDirectoryW);
+    constexpr auto operation = "remove the folder";
+    return refusingUntrusted(operation, path,
+                             [&] { return removeAt(operation, path, FILE_DIRECTORY_FILE); });
   }
 
   void rename(std::u16string_view from, std::u16string_view to, bool replaceExisting) override {
-    if (!MoveFileExW(wide(systemPath("rename", from)), wide(systemPath("rename", to)),
-                     replaceExisting ? MOVEFILE_REPLACE_EXISTING : 0)) {
-      DWORD const error = GetLastError();
-      throw systemError("rename", UString(from) + u" to " + UString(to), error);
-    }
+    UString const both = UString(from) + u" to " + UString(to);
+    refusingUntrusted("rename", both, [&] {
+      if (!renameTo(GuardedPath("rename", from), GuardedPath("rename", to), replaceExisting)) {
+        throw systemError("rename", both);
+      }
+    });
   }
 
   void setAttributes(std::u16string_view path, FileAttributes const& attributes) override {
     constexpr auto operation = "change the attributes of";
     constexpr DWORD ours = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
-    UString const target = systemPath(operation, path);
     // One handle for all, to the thing itself: nobody can put a link in its place in between.
-    UniqueHandle const file(orNull(CreateFileW(
-        wide(target), FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, shareAll, nullptr,
-        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr)));
+    auto const file = refusingUntrusted(operation, path, [&] {
+      return GuardedPath(operation, path).open({FILE_WRITE_ATTRIBUTES});
+    });
     FILE_BASIC_INFO info{};
     if (!file || !GetFileInformationByHandleEx(file.get(), FileBasicInfo, &info, sizeof info)) {
       throw systemError(operation, path);
@@ -463,17 +519,20 @@ class WindowsFiles final : public Files {
   }
 
   void createLink(std::u16string_view path, Link const& link) override {
-    UString const made = systemPath("make the link", path);
+    constexpr auto operation = "make the link";
     if (hasNul(link.target)) {
-      throw systemError("make the link", path, ERROR_INVALID_NAME);
+      throw systemError(operation, path, ERROR_INVALID_NAME);
     }
-    link.isJunction ? createJunction(path, made, link) : createSymbolicLink(path, made, link);
-    // Some systems answer with success and make something else, or nothing.
-    auto const present = status(path);
-    if (!present || !present->isLink) {
-      if (link.isJunction) RemoveDirectoryW(wide(made));
-      throw SystemError("make the link", path, ErrorCode::notSupported);
-    }
+    refusingUntrusted(operation, path, [&] {
+      GuardedPath const place(operation, path);
+      link.isJunction ? createJunction(path, place, link) : createSymbolicLink(path, link);
+      // Some systems answer with success and make something else, or nothing.
+      auto const present = status(path);
+      if (!present || !present->isLink) {
+        if (link.isJunction) removeEntry(place, FILE_DIRECTORY_FILE);
+        throw SystemError(operation, path, ErrorCode::notSupported);
+      }
+    });
   }
 
   UString currentDirectory() override {
@@ -510,7 +569,8 @@ class WindowsFiles final : public Files {
 
   std::unique_ptr<FileLock> lock(std::u16string_view path,
                                  std::chrono::milliseconds limit) override {
-    return std::make_unique<WindowsFileLock>(path, limit);
+    return refusingUntrusted("lock", path,
+                             [&] { return std::make_unique<WindowsFileLock>(path, limit); });
   }
 };
 

@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <sddl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,28 +11,19 @@
 #include <cstdio>
 
 #include "machine/windows/file_lock.hpp"
+#include "machine/windows/guarded_path.hpp"
 #include "machine/windows/handles.hpp"
+#include "machine/windows/parts.hpp"
+#include "machine/windows/security.hpp"
+#include "machine/windows/system_error.hpp"
 #include "machine/windows/system_path.hpp"
 #include "machine/windows/text.hpp"
 
 namespace machine::host {
 
-namespace {
+using namespace windows;
 
-int flags(OpenMode mode) {
-  switch (mode) {
-    case OpenMode::truncate:
-      return _O_WRONLY | _O_CREAT | _O_TRUNC;
-    case OpenMode::append:
-      return _O_WRONLY | _O_CREAT | _O_APPEND;
-    case OpenMode::createNew:
-      return _O_WRONLY | _O_CREAT | _O_EXCL;
-    case OpenMode::read:
-    case OpenMode::createPrivate:
-      break;
-  }
-  return _O_RDONLY;
-}
+namespace {
 
 int errnoOf(DWORD code) {
   switch (code) {
@@ -64,49 +54,37 @@ int failed() {
 }
 
 UString nameOf(std::filesystem::path const& path) {
-  return windows::systemPath("open", fromWide(path.native()));
+  return fromWide(path.native());
 }
 
-/// Full access for administrators and the system, for nobody else, nothing taken over from the
-/// folder above; what is made in a folder gets the same.
-constexpr wchar_t const* administratorsOnly = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
-
-/// Calls what makes something under that protection.
+/// Calls with a path whose folder is reached; a failure to get there is one of the call.
 template <class Call>
-bool makePrivate(Call call) {
-  PSECURITY_DESCRIPTOR descriptor = nullptr;
-  if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(administratorsOnly, SDDL_REVISION_1,
-                                                            &descriptor, nullptr)) {
-    return false;
+int guarding(std::filesystem::path const& path, Call call) {
+  try {
+    GuardedPath guarded("open", nameOf(path));
+    return call(guarded);
+  } catch (SystemError const& error) {
+    errno = errnoOf(error.code());
+    return -1;
   }
-  std::unique_ptr<void, windows::ReleaseWith<LocalFree>> const owner(descriptor);
-  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
-  return call(&attributes);
 }
 
-int numberFor(windows::UniqueHandle file, int mode) {
-  int const number = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(file.get()), mode);
+int result(bool succeeded) {
+  return succeeded ? 0 : failed();
+}
+
+int numberFor(UniqueHandle file, int mode) {
+  int const number =
+      ::_open_osfhandle(reinterpret_cast<std::intptr_t>(file.get()), mode | _O_BINARY);
   if (number >= 0) file.release();
   return number;
 }
 
-int createPrivateFile(std::filesystem::path const& path) {
-  windows::UniqueHandle file;
-  // Opening a reparse point itself makes an existing link an error like any other file.
-  bool const made = makePrivate([&](SECURITY_ATTRIBUTES* attributes) {
-    file.reset(windows::orNull(
-        CreateFileW(windows::wide(nameOf(path)), GENERIC_WRITE, FILE_SHARE_READ, attributes,
-                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr)));
-    return file != nullptr;
-  });
-  return made ? numberFor(std::move(file), _O_BINARY) : failed();
-}
-
-windows::UniqueHandle openedForReading(std::filesystem::path const& path, DWORD flags) {
-  return windows::UniqueHandle(
-      windows::orNull(CreateFileW(windows::wide(nameOf(path)), GENERIC_READ,
-                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | flags, nullptr)));
+UniqueHandle openedForReading(std::filesystem::path const& path, DWORD flags) {
+  return UniqueHandle(
+      orNull(CreateFileW(wide(systemPath("open", nameOf(path))), GENERIC_READ,
+                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | flags, nullptr)));
 }
 
 /// Reparse points that are no links, such as files kept by a cloud service, are opened like any
@@ -114,16 +92,43 @@ windows::UniqueHandle openedForReading(std::filesystem::path const& path, DWORD 
 int openForReading(std::filesystem::path const& path) {
   auto file = openedForReading(path, FILE_FLAG_OPEN_REPARSE_POINT);
   if (!file) return failed();
-  FILE_ATTRIBUTE_TAG_INFO info{};
-  bool const isReparsePoint =
-      GetFileInformationByHandleEx(file.get(), FileAttributeTagInfo, &info, sizeof info) &&
-      (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-  if (isReparsePoint && IsReparseTagNameSurrogate(info.ReparseTag)) {
+  if (isLinkOpen(file.get())) {
     errno = ELOOP;
     return -1;
   }
+  FILE_BASIC_INFO info{};
+  bool const isReparsePoint =
+      GetFileInformationByHandleEx(file.get(), FileBasicInfo, &info, sizeof info) &&
+      (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
   if (isReparsePoint) file = openedForReading(path, 0);
-  return file ? numberFor(std::move(file), _O_BINARY | _O_RDONLY) : failed();
+  return file ? numberFor(std::move(file), _O_RDONLY) : failed();
+}
+
+int openTrusted(GuardedPath& path) {
+  path.requireTrustedFolder();
+  auto file = path.open({GENERIC_READ, FILE_OPEN, FILE_NON_DIRECTORY_FILE});
+  if (!file) return failed();
+  if (isLinkOpen(file.get())) throw UntrustedPath(path.shown() + " is a link");
+  auto const access = foreignAccessOf(file.get(), path.name());
+  if (access.any()) throw UntrustedPath(path.shown() + " " + weaknessOf(access));
+  return numberFor(std::move(file), _O_RDONLY);
+}
+
+int createFile(GuardedPath& path, bool isPrivate) {
+  if (isPrivate) path.requireTrustedFolder();
+  auto const descriptor = isPrivate ? descriptorFrom(ownAccess(false)) : nullptr;
+  auto file = path.open({GENERIC_WRITE, FILE_CREATE, FILE_NON_DIRECTORY_FILE, descriptor.get()});
+  return file ? numberFor(std::move(file), _O_WRONLY) : failed();
+}
+
+int openToWrite(GuardedPath& path, bool appends) {
+  auto file = path.openContent({GENERIC_WRITE, FILE_OPEN_IF, FILE_NON_DIRECTORY_FILE});
+  FILE_END_OF_FILE_INFO empty{};
+  if (!appends &&
+      !SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &empty, sizeof empty)) {
+    return failed();
+  }
+  return numberFor(std::move(file), _O_WRONLY | (appends ? _O_APPEND : 0));
 }
 
 /// The C runtime counts in unsigned int and returns int.
@@ -134,10 +139,21 @@ unsigned chunk(std::size_t size) {
 }  // namespace
 
 int openFile(std::filesystem::path const& path, OpenMode mode) {
-  if (mode == OpenMode::createPrivate) return createPrivateFile(path);
   if (mode == OpenMode::read) return openForReading(path);
-  return ::_wopen(windows::wide(nameOf(path)), flags(mode) | _O_BINARY | _O_NOINHERIT,
-                  _S_IREAD | _S_IWRITE);
+  return guarding(path, [&](GuardedPath& guarded) {
+    switch (mode) {
+      case OpenMode::truncate:
+      case OpenMode::append:
+        return openToWrite(guarded, mode == OpenMode::append);
+      case OpenMode::createNew:
+      case OpenMode::createPrivate:
+        return createFile(guarded, mode == OpenMode::createPrivate);
+      case OpenMode::lock:
+        return numberFor(openLockFile("lock", nameOf(path)), _O_RDWR);
+      default:
+        return openTrusted(guarded);
+    }
+  });
 }
 
 std::ptrdiff_t readFile(int file, void* buffer, std::size_t size) {
@@ -157,14 +173,30 @@ int flushFile(int file) {
 }
 
 int makeFolder(std::filesystem::path const& path) {
-  return CreateDirectoryW(windows::wide(nameOf(path)), nullptr) ? 0 : failed();
+  return guarding(path, [](GuardedPath const& guarded) {
+    return result(makeFolderIn(guarded, Protection::ofFolder));
+  });
 }
 
 int makePrivateFolder(std::filesystem::path const& path) {
-  bool const made = makePrivate([&](SECURITY_ATTRIBUTES* attributes) {
-    return CreateDirectoryW(windows::wide(nameOf(path)), attributes) != FALSE;
+  return guarding(path, [](GuardedPath const& guarded) {
+    return result(makeFolderIn(guarded, Protection::isPrivate));
   });
-  return made ? 0 : failed();
+}
+
+int claimFolder(std::filesystem::path const& path, bool& had) {
+  return guarding(path, [&](GuardedPath const&) {
+    windows::claimFolder("claim the folder", nameOf(path), had);
+    return 0;
+  });
+}
+
+ForeignAccess foreignAccess(int file) {
+  return foreignAccessOf(reinterpret_cast<HANDLE>(::_get_osfhandle(file)), u"an open file");
+}
+
+ForeignAccess foreignAccess(std::filesystem::path const& path) {
+  return makeFiles()->foreignAccess(nameOf(path));
 }
 
 /// Names are in the file system's own journal.
@@ -177,13 +209,22 @@ int closeFile(int file) {
 }
 
 int renameFile(std::filesystem::path const& from, std::filesystem::path const& to) {
-  bool const renamed = MoveFileExW(windows::wide(nameOf(from)), windows::wide(nameOf(to)),
-                                   MOVEFILE_REPLACE_EXISTING) != FALSE;
-  return renamed ? 0 : failed();
+  return guarding(from, [&](GuardedPath const& source) {
+    return guarding(
+        to, [&](GuardedPath const& target) { return result(renameTo(source, target, true)); });
+  });
 }
 
 int removeFile(std::filesystem::path const& path) {
-  return DeleteFileW(windows::wide(nameOf(path))) ? 0 : failed();
+  return guarding(path, [](GuardedPath const& guarded) {
+    return result(removeEntry(guarded, FILE_NON_DIRECTORY_FILE));
+  });
+}
+
+int removeFolder(std::filesystem::path const& path) {
+  return guarding(path, [](GuardedPath const& guarded) {
+    return result(removeEntry(guarded, FILE_DIRECTORY_FILE));
+  });
 }
 
 int tryLockFile(int file) {

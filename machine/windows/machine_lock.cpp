@@ -1,14 +1,13 @@
 #include <windows.h>
 
 #include <aclapi.h>
-#include <sddl.h>
 
 #include <algorithm>
-#include <array>
 
 #include "machine/reentrant_lock.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
+#include "machine/windows/security.hpp"
 #include "machine/windows/system_error.hpp"
 #include "machine/windows/text.hpp"
 
@@ -16,7 +15,6 @@ namespace machine::windows {
 namespace {
 
 using std::chrono::milliseconds;
-using UniqueDescriptor = std::unique_ptr<void, ReleaseWith<LocalFree>>;
 
 constexpr std::string_view operation = "lock the machine";
 
@@ -24,53 +22,6 @@ void require(bool succeeded, std::u16string_view name) {
   if (!succeeded) {
     throw systemError(operation, name);
   }
-}
-
-/// A security identifier, owned.
-class Identifier {
- public:
-  explicit Identifier(WELL_KNOWN_SID_TYPE kind) {
-    DWORD size = static_cast<DWORD>(bytes_.size());
-    require(CreateWellKnownSid(kind, nullptr, bytes_.data(), &size) != FALSE, u"");
-  }
-  /// The user that this thread acts for.
-  static Identifier ofUser() {
-    HANDLE token = nullptr;
-    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) {
-      require(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token), u"");
-    }
-    UniqueHandle const owner(token);
-    // The user's identifier follows the structure that points to it.
-    std::array<BYTE, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> answer;
-    DWORD size = 0;
-    require(GetTokenInformation(token, TokenUser, answer.data(), static_cast<DWORD>(answer.size()),
-                                &size),
-            u"");
-    Identifier result;
-    require(CopySid(static_cast<DWORD>(result.bytes_.size()), result.bytes_.data(),
-                    reinterpret_cast<TOKEN_USER const*>(answer.data())->User.Sid),
-            u"");
-    return result;
-  }
-
-  PSID get() const { return const_cast<BYTE*>(bytes_.data()); }
-  /// "S-1-5-32-544"
-  UString text() const {
-    wchar_t* text = nullptr;
-    require(ConvertSidToStringSidW(get(), &text) != FALSE, u"");
-    UniqueLocalText const owner(text);
-    return UString(unitsOf(text));
-  }
-
- private:
-  Identifier() = default;
-  alignas(DWORD) std::array<BYTE, SECURITY_MAX_SID_SIZE> bytes_{};
-};
-
-bool isAdministrator() {
-  BOOL is = FALSE;
-  require(CheckTokenMembership(nullptr, Identifier(WinBuiltinAdministratorsSid).get(), &is), u"");
-  return is != FALSE;
 }
 
 /// Whose the lock is: its name, and who owns it and, with the system, may do anything with it.
@@ -107,12 +58,8 @@ void requireOwner(HANDLE mutex, Keeper const& keeper) {
 UniqueHandle openMutex(Keeper const& keeper) {
   UString const owner = keeper.owner.text();
   UString const access = u"O:" + owner + u"D:P(A;;GA;;;" + owner + u")(A;;GA;;;SY)";
-  PSECURITY_DESCRIPTOR descriptor = nullptr;
-  require(ConvertStringSecurityDescriptorToSecurityDescriptorW(wide(access), SDDL_REVISION_1,
-                                                               &descriptor, nullptr),
-          keeper.name);
-  UniqueDescriptor const holder(descriptor);
-  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
+  auto const descriptor = descriptorFrom(access);
+  SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor.get(), FALSE};
   UniqueHandle mutex(CreateMutexW(&attributes, FALSE, wide(keeper.name)));
   require(mutex != nullptr, keeper.name);
   requireOwner(mutex.get(), keeper);

@@ -2,10 +2,13 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <stdexcept>
 
+#include "machine/path_grammar.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"
+#include "machine/windows/system_path.hpp"
 #include "machine/windows/text.hpp"
 
 namespace machine::windows {
@@ -25,9 +28,60 @@ class NoErrorBoxes {
   DWORD before_ = 0;
 };
 
-UniqueModule load(std::u16string_view module) {
+/// A folder in which this process looks for DLLs, as long as it lives, where it looks in such
+/// folders at all (SetDefaultDllDirectories).
+class SearchedFolder {
+ public:
+  explicit SearchedFolder(UString const& folder) : cookie_(AddDllDirectory(wide(folder))) {}
+  ~SearchedFolder() {
+    if (cookie_ != nullptr) RemoveDllDirectory(cookie_);
+  }
+  SearchedFolder(SearchedFolder const&) = delete;
+  SearchedFolder& operator=(SearchedFolder const&) = delete;
+
+ private:
+  DLL_DIRECTORY_COOKIE cookie_;
+};
+
+/// What tells a file from all others, however it is spelled.
+struct FileIdentity {
+  DWORD volume = 0;
+  DWORD indexHigh = 0;
+  DWORD indexLow = 0;
+
+  bool operator==(FileIdentity const&) const = default;
+};
+
+/// nullopt when it cannot be told.
+std::optional<FileIdentity> identityOf(std::u16string_view path) {
+  constexpr DWORD everybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  UniqueHandle const file(
+      orNull(CreateFileW(wide(systemPath("callEntryPoint", path)), FILE_READ_ATTRIBUTES, everybody,
+                         nullptr, OPEN_EXISTING, 0, nullptr)));
+  BY_HANDLE_FILE_INFORMATION info;
+  if (!file || !GetFileInformationByHandle(file.get(), &info)) return std::nullopt;
+  return FileIdentity{info.dwVolumeSerialNumber, info.nFileIndexHigh, info.nFileIndexLow};
+}
+
+/// The module, which is that file; an empty owner when none was loaded.
+UniqueModule required(HMODULE loaded, std::u16string_view file) {
+  UniqueModule module(loaded);
+  if (!module) return module;
+  UString const found = textFrom(
+      [&](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(module.get(), buffer, size); });
+  auto const wanted = identityOf(file);
+  if (!wanted || identityOf(found) != wanted) throw OtherModule(file, found);
+  return module;
+}
+
+UniqueModule load(std::u16string_view name, std::u16string_view file) {
   NoErrorBoxes const quiet;
-  return UniqueModule(hasNul(module) ? nullptr : LoadLibraryW(wide(UString(module))));
+  UString const module(name);
+  if (hasNul(module)) return nullptr;
+  // First without its initialisation, which would be code of whatever the search leads to.
+  if (!required(LoadLibraryExW(wide(module), nullptr, DONT_RESOLVE_DLL_REFERENCES), file))
+    return nullptr;
+  return required(LoadLibraryW(wide(module)), file);
 }
 
 EntryPoint find(HMODULE module, std::string const& name) {
@@ -52,9 +106,11 @@ void call(EntryPoint entryPoint, std::array<std::string, 3> const& arguments) {
 
 class WindowsModules final : public Modules {
  public:
-  ModuleCall callEntryPoint(std::u16string_view name, std::string const& entryPoint,
+  ModuleCall callEntryPoint(std::u16string_view name, std::u16string_view file,
+                            std::string const& entryPoint,
                             std::array<std::string, 3> const& arguments) override {
-    UniqueModule const module = load(name);
+    SearchedFolder const searched{UString(path_grammar::parent(file))};
+    UniqueModule const module = load(name, file);
     if (!module) {
       return ModuleCall::notLoaded;
     }

@@ -54,6 +54,18 @@ UString fullPath(std::string_view operation, std::u16string_view path) {
   return full;
 }
 
+UString verbatimPath(std::string_view operation, std::u16string_view path) {
+  if (path_grammar::isVerbatim(path)) {
+    return checked(operation, path);
+  }
+  UString const full = verbatim(fullPath(operation, path));
+  // In any folder names such as CON and COM1 are devices.
+  if (full.starts_with(u"\\\\.\\")) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
+  return checked(operation, full);
+}
+
 UString systemPath(std::string_view operation, std::u16string_view path) {
   return path_grammar::isVerbatim(path) || fullLength(path) <= longestUsualPath
              ? checked(operation, path)

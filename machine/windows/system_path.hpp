@@ -12,6 +12,9 @@ namespace machine::windows {
 /// Throws SystemError for what cannot be a path; `operation` is for its text.
 UString systemPath(std::string_view operation, std::u16string_view path);
 
+/// The absolute form with `\\?\` before it, which the system takes as it is. Throws SystemError.
+UString verbatimPath(std::string_view operation, std::u16string_view path);
+
 /// The error for what cannot be a path, whatever is on the disk: ERROR_INVALID_NAME for a NUL in
 /// it, ERROR_FILENAME_EXCED_RANGE for one that is too long, also where the current folder is added;
 /// else ERROR_SUCCESS.

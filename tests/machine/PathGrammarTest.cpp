@@ -58,6 +58,85 @@ TEST(PathGrammar, AnAbsolutePathNamesOnePlace) {
     EXPECT_FALSE(isAbsolute(path)) << toUtf8(path);
 }
 
+/// Whoever writes such an entry has the computer that looks at it log on to a server of his.
+TEST(PathGrammar, EverySpellingOfAServerIsKnown) {
+  for (auto const* path : {
+           u"\\\\srv\\share\\a",
+           u"\\\\srv",
+           u"//srv/share",
+           u"\\/srv\\share",
+           u"/\\srv/share",
+           u"\\\\\\srv\\share",
+           u"\\\\srv/..\\..\\a",
+           u"\\\\?\\UNC\\srv\\share",
+           u"\\\\?\\unc\\srv\\share",
+           u"\\\\.\\UNC\\srv\\share",
+           u"//?/UNC/srv/share",
+           u"//./UNC\\srv/share",
+           u"\\??\\UNC\\srv\\share",
+           u"\\\\.\\\\UNC\\\\srv\\share",
+           u"\\\\.\\UNC. \\srv\\share",
+           u"\\\\.\\C:\\..\\UNC\\srv\\share",
+           u"\\\\.\\.\\UNC\\srv",
+       })
+    EXPECT_EQ(reachedServer(path), u"srv") << toUtf8(path);
+  EXPECT_EQ(reachedServer(u"\\\\srv@80\\share"), u"srv@80");
+  EXPECT_EQ(reachedServer(u"\\\\srv@SSL@443\\DavWWWRoot"), u"srv@SSL@443");
+  EXPECT_EQ(reachedServer(u"\\\\127.0.0.1\\c$"), u"127.0.0.1");
+}
+
+TEST(PathGrammar, AnUnknownDeviceMayLeadAnywhere) {
+  for (auto const* path : {
+           u"\\\\?\\GLOBALROOT\\Device\\Mup\\srv\\share",
+           u"\\\\?\\GLOBALROOT\\??\\UNC\\srv\\share",
+           u"\\\\.\\globalroot\\Device\\LanmanRedirector\\srv",
+           u"\\??\\Global\\UNC\\srv\\share",
+           u"\\\\.\\pipe\\a",
+           u"\\\\?\\C:\\..",  // the drive, taken literally
+           u"\\\\.\\C:a",
+           u"\\\\?\\C:/a",
+       }) {
+    bool const isDrive = UString(path) == u"\\\\?\\C:\\..";
+    EXPECT_EQ(reachedServer(path), isDrive ? u"" : path) << toUtf8(path);
+  }
+}
+
+TEST(PathGrammar, DrivesVolumesAndRelativePathsReachNoServer) {
+  for (auto const* path : {u"",
+                           u"a",
+                           u"\\",
+                           u"\\a",
+                           u"C:",
+                           u"C:\\a",
+                           u"C:/a",
+                           u"a\\\\srv\\share",
+                           u"http://srv/a",
+                           u"\\\\?\\C:\\a",
+                           u"\\\\.\\c:\\a",
+                           u"//?/C:/a",
+                           u"\\??\\C:\\a",
+                           u"\\\\?\\C:",
+                           u"\\\\?\\Volume{01234567-89ab-cdef-0123-456789abcdef}\\a",
+                           u"\\\\.\\volume{0}\\a",
+                           u"\\\\",
+                           u"\\\\?\\",
+                           u"\\\\.",
+                           u"\\\\?\\UNC",
+                           u"\\\\.\\UNC\\srv\\..\\..\\C:\\a"})
+    EXPECT_EQ(reachedServer(path), u"") << toUtf8(path);
+}
+
+TEST(PathGrammar, AServerIsForeignWhereItIsNotThatOfTheHome) {
+  EXPECT_EQ(foreignServer(u"\\\\srv\\share\\a", u"C:\\p"), u"srv");
+  EXPECT_EQ(foreignServer(u"\\\\srv\\share\\a", u""), u"srv");
+  EXPECT_EQ(foreignServer(u"\\\\SRV\\other", u"\\\\srv\\share\\p"), u"");
+  EXPECT_EQ(foreignServer(u"//srv/other", u"\\\\?\\UNC\\srv\\share\\p"), u"");
+  EXPECT_EQ(foreignServer(u"\\\\srv@80\\share", u"\\\\srv\\share"), u"srv@80");
+  EXPECT_EQ(foreignServer(u"\\\\srv.example\\share", u"\\\\srv\\share"), u"srv.example");
+  EXPECT_EQ(foreignServer(u"C:\\a", u"\\\\srv\\share"), u"");
+  EXPECT_EQ(foreignServer(u"a", u"C:\\p"), u"");
+}
+
 TEST(PathGrammar, OnlyBackslashesMakeAPathVerbatim) {
   EXPECT_TRUE(isVerbatim(u"\\\\?\\C:\\a"));
   EXPECT_FALSE(isVerbatim(u"//?/C:/a"));

@@ -71,8 +71,10 @@ def check(machine):
     left = difference(start, machine.snapshot())
     complain_unless(not left, "the preview changed something:", left)
 
-    machine.regplan("run", plan, "--no-log", "--journal", r"C:\install\whole.journal", "--report",
-                    r"C:\install\run.json")
+    output = machine.regplan("run", plan, "--no-log", "--journal", r"C:\install\whole.journal",
+                             "--report", r"C:\install\run.json", "--verbose")
+    complain_unless("Guard: DLLs are not looked for in the current folder: on" in output,
+                    "the run was not guarded:", output)
     machine.wait_for_started_programs()
     run = machine.report("run.json")
     troubles = [command for command in run["commands"] if command["outcome"] !=

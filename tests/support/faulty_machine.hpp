@@ -87,6 +87,10 @@ class FaultyReader final : public machine::FileReader {
     faults_.check("FileReader::seek", path_);
     inner_->seek(position);
   }
+  machine::ForeignAccess foreignAccess() override {
+    faults_.check("FileReader::foreignAccess", path_);
+    return inner_->foreignAccess();
+  }
 
  private:
   std::unique_ptr<FileReader> inner_;
@@ -141,6 +145,14 @@ class FaultyFiles final : public machine::ForwardingFiles {
   void createDirectory(std::u16string_view path) override {
     faults_.check("createDirectory", path);
     inner().createDirectory(path);
+  }
+  machine::Claim claimDirectory(std::u16string_view path) override {
+    faults_.check("claimDirectory", path);
+    return inner().claimDirectory(path);
+  }
+  machine::ForeignAccess foreignAccess(std::u16string_view path) override {
+    faults_.check("foreignAccess", path);
+    return inner().foreignAccess(path);
   }
   bool removeFile(std::u16string_view path) override {
     faults_.check("removeFile", path);
@@ -343,10 +355,11 @@ class FaultyModules final : public machine::ForwardingModules {
   FaultyModules(Modules& inner, Faults& faults) : ForwardingModules(inner), faults_(faults) {}
 
   /// Fails as an entry point does that throws.
-  machine::ModuleCall callEntryPoint(std::u16string_view module, std::string const& entryPoint,
+  machine::ModuleCall callEntryPoint(std::u16string_view module, std::u16string_view file,
+                                     std::string const& entryPoint,
                                      std::array<std::string, 3> const& arguments) override {
     faults_.check("callEntryPoint", module);
-    return inner().callEntryPoint(module, entryPoint, arguments);
+    return inner().callEntryPoint(module, file, entryPoint, arguments);
   }
   bool admitBundles(std::u16string_view folder,
                     std::vector<machine::UString> const& modules) override {

@@ -53,21 +53,21 @@ std::unique_ptr<Command const> setRegistryKeys(Options const& options, Arguments
 }
 
 std::unique_ptr<Command const> updatePath(Options const& options, Arguments const& given) {
-  return std::make_unique<UpdatePathEnvironmentVariable>(options, given.get<UString>("pathEntry"),
-                                                         given.get<UString>("productVersion"),
-                                                         given.get<UString>("executableName"));
+  return std::make_unique<UpdatePathEnvironmentVariable>(
+      options, given.get<Path>("pathEntry").ustring(), given.get<UString>("productVersion"),
+      given.get<UString>("executableName"));
 }
 
 std::unique_ptr<Command const> desktopShortcuts(Options const& options, Arguments const& given) {
   return std::make_unique<CreateDesktopShortcuts>(
-      options, given.get<UString>("targetPath"), given.get<UString>("text2"),
+      options, given.get<Path>("targetPath").ustring(), given.get<UString>("text2"),
       given.get<UString>("text3"), given.get<UString>("shortcutName"), given.get<bool>("flag1"),
       given.get<bool>("flag2"));
 }
 
 std::unique_ptr<Command const> startMenuShortcuts(Options const& options, Arguments const& given) {
   return std::make_unique<CreateStartMenuShortcuts>(
-      options, given.get<UString>("targetPath"), given.get<UString>("text2"),
+      options, given.get<Path>("targetPath").ustring(), given.get<UString>("text2"),
       given.get<UString>("text3"), given.get<UString>("text4"), given.get<UString>("shortcutName"),
       given.get<bool>("flag1"), given.get<bool>("flag2"), given.get<bool>("flag3"));
 }
@@ -90,7 +90,7 @@ std::unique_ptr<Command const> fileAssociations(Options const& options, Argument
 std::unique_ptr<Command const> startServices(Options const& options, Arguments const& given) {
   return std::make_unique<StartServices>(
       options, given.get<UString>("taskName"), given.get<UString>("taskString2"),
-      given.get<UString>("applicationPath"), given.get<UString>("taskString5"),
+      given.get<Path>("applicationPath").ustring(), given.get<UString>("taskString5"),
       given.get<bool>("flag1"));
 }
 
@@ -104,38 +104,44 @@ std::span<CommandDescription const> commandCatalogue() {
        "Writes the environment variables that the instruction sets below the metadata root declare "
        "into envVariableList; undo does the same with the sets that are there then.",
        {},
-       withoutArguments<Add3PEnvVarToMetadataFile>},
+       withoutArguments<Add3PEnvVarToMetadataFile>,
+       {"metadataRootPath"}},
       {"Add3PVTPathEntriesToMetadataFile",
        "Appends the search-path folders that the instruction sets below the metadata root declare "
        "to ssiSearchFolders; undo does the same with the sets that are there then.",
        {},
-       withoutArguments<Add3PVTPathEntriesToMetadataFile>},
+       withoutArguments<Add3PVTPathEntriesToMetadataFile>,
+       {"metadataRootPath"}},
       {"Add3pJavaPathEntriesToMetadataFile",
        "Writes the class path entries that the instruction sets below the metadata root declare "
        "into javaClassPath, in place of what it held; undo does the same with the sets that are "
        "there then.",
        {},
-       withoutArguments<Add3pJavaPathEntriesToMetadataFile>},
+       withoutArguments<Add3pJavaPathEntriesToMetadataFile>,
+       {"metadataRootPath"}},
       {"AddJavaPathEntriesToMetadataFile",
        "Adds the class path entries that the JCP files below the metadata root name and that are "
        "not in javaClassPath yet; undo does the same with the files that are there then.",
        {},
-       withoutArguments<AddJavaPathEntriesToMetadataFile>},
+       withoutArguments<AddJavaPathEntriesToMetadataFile>,
+       {"metadataRootPath"}},
       {"AddVTPathEntriesToMetadataFile",
        "Writes the search-path folders that the PHL files below the metadata root name into "
        "ssiSearchFolders; undo does the same with the files that are there then.",
        {},
-       withoutArguments<AddVTPathEntriesToMetadataFile>},
+       withoutArguments<AddVTPathEntriesToMetadataFile>,
+       {"metadataRootPath"}},
       {"BrantixServiceHostSetupCommand",
        "Installs the service host as a Windows service and starts it, from the packages below the "
        "installation root or, with the feature DownloadLatestBsh, from a newer published one; undo "
        "does nothing. Acts when isServiceHostRequested.",
        {},
-       withoutArguments<BrantixServiceHostSetupCommand>},
+       withoutArguments<BrantixServiceHostSetupCommand>,
+       {"rootPath"}},
       {"CreateDesktopShortcuts",
        "Makes a shortcut to a program on the desktop; undo removes it. Acts when "
        "isDesktopShortcutRequested.",
-       {{"targetPath", text, required, "The program."},
+       {{"targetPath", path, required, "The program."},
         {"text2", text, optional, "The program's arguments."},
         {"text3", text, optional, "The shortcut's description."},
         {"shortcutName", text, optional,
@@ -146,7 +152,7 @@ std::span<CommandDescription const> commandCatalogue() {
       {"CreateStartMenuShortcuts",
        "Makes a shortcut to a program in the Start menu; undo removes it. Acts when "
        "isStartMenuShortcutRequested.",
-       {{"targetPath", text, required, "The program."},
+       {{"targetPath", path, required, "The program."},
         {"text2", text, optional, "The folder, relative to the Start menu's Programs folder."},
         {"text3", text, optional, "The program's arguments."},
         {"text4", text, optional, "The shortcut's description."},
@@ -167,22 +173,26 @@ std::span<CommandDescription const> commandCatalogue() {
        "Has the class path service, of the bundles below the bundle root, generate the product's "
        "Java class path from javaClassPath; undo does the same with what is there then.",
        {},
-       withoutArguments<GenerateJavaClassPath>},
+       withoutArguments<GenerateJavaClassPath>,
+       {"rootPath", "bundleRootPath"}},
       {"GeneratePathDef",
        "Writes the search-path definition file, pathdef.vsc, from the one that is there, from "
        "ssiSearchFolders and from the toolbox folders; undo does the same with what is there then.",
        {},
-       withoutArguments<GeneratePathDef>},
+       withoutArguments<GeneratePathDef>,
+       {"rootPath", "bundleRootPath"}},
       {"InstallDotNetAssemblyFiles",
        "Installs .NET assemblies into the global assembly cache with the product's GACInstaller, "
        "when .NET Framework 4 is there; undo leaves them.",
        {{"files", paths, required, "The assemblies, installed in this order."}},
-       ofFiles<InstallDotNetAssemblyFiles>},
+       ofFiles<InstallDotNetAssemblyFiles>,
+       {"rootPath"}},
       {"InstallationsRegistryCommand",
        "Records the installation in the machine's registry of installations; undo leaves the "
        "record. Acts when isServiceHostRequested.",
        {},
-       withoutArguments<InstallationsRegistryCommand>},
+       withoutArguments<InstallationsRegistryCommand>,
+       {"rootPath"}},
       {"LaunchCppMicroServicesCacheExecutable",
        "Runs the program that builds the component framework's manifest cache and waits for it; "
        "undo does nothing.",
@@ -192,7 +202,8 @@ std::span<CommandDescription const> commandCatalogue() {
        "Starts the usage-data settings tool without waiting for it; undo does nothing. Acts when "
        "isUsageDataSettingsRequested.",
        {{"executablePath", path, required, "The tool."}},
-       ofProgram<LaunchFyroSettingsExecutable>},
+       ofProgram<LaunchFyroSettingsExecutable>,
+       {"rootPath"}},
       {"RegisterAutomationServer",
        "Has a module of the product register the product as a COM automation server; undo has it "
        "unregistered.",
@@ -208,7 +219,8 @@ std::span<CommandDescription const> commandCatalogue() {
        "Associates the product's file types with the installation; undo removes what is its own. "
        "Acts when isFileAssociationRequested.",
        {{"productCode", number, required, "Whose file types: 4, 8 or 16."}},
-       fileAssociations},
+       fileAssociations,
+       {"rootPath"}},
       {"SetRegistryKeys",
        "Stores text values in the registry; undo deletes the whole keys that hold them.",
        {{"registryKeys", registryKeys, required,
@@ -221,14 +233,15 @@ std::span<CommandDescription const> commandCatalogue() {
        "when areScheduledServicesEnabled.",
        {{"taskName", text, notEmpty, "The task's name."},
         {"taskString2", text, optional, "The task's description."},
-        {"applicationPath", text, notEmpty, "Full path of the application."},
+        {"applicationPath", path, required, "The application."},
         {"taskString5", text, optional, "The application's command line."},
         {"flag1", boolean, optional, "Kept, without effect."}},
-       startServices},
+       startServices,
+       {"rootPath"}},
       {"UpdatePathEnvironmentVariable",
        "Puts a folder of the product into the machine's Path, before installations of the same "
        "age or older; undo takes it out.",
-       {{"pathEntry", text, notEmpty, "The folder to find in the Path, normally one named bin."},
+       {{"pathEntry", path, required, "The folder to find in the Path, normally one named bin."},
         {"productVersion", text, required,
          "The version being installed, such as 25.1.0.1, compared with that of the installations "
          "already in the Path."},
@@ -257,15 +270,15 @@ std::span<OptionDescription const> optionCatalogue() {
        "Start-menu shortcuts are made and removed only when true."},
       {"areScheduledServicesEnabled", &Values::scheduledServicesEnabled,
        "Tasks are scheduled and removed only when true."},
-      {"rootPath", &Values::rootPath, "The product's installation root folder."},
+      {"rootPath", &Values::rootPath, "The product's installation root folder.", true},
       {"usageDataSettingsArgument", &Values::usageDataSettingsArgument,
        "What the usage-data settings tool is given after -i."},
       {"targetFolders", &Values::targetFolders,
        "For symbolic links: the link's path, and the folder of what it points to."},
       {"bundleRootPath", &Values::bundleRootPath,
-       "The folder below which the component framework's bundles lie."},
+       "The folder below which the component framework's bundles lie.", true},
       {"metadataRootPath", &Values::metadataRootPath,
-       "The installation root as the metadata commands use it."},
+       "The installation root as the metadata commands use it.", true},
   };
   return options;
 }
@@ -282,18 +295,26 @@ std::span<RootDescription const> rootCatalogue() {
   return roots;
 }
 
+std::string descriptionOf(CommandDescription const& command) {
+  std::string text(command.description);
+  for (std::string_view const name : command.neededOptions) {
+    text += (name == command.neededOptions.front() ? " Needs " : " and ") + std::string(name);
+  }
+  return text + (command.neededOptions.empty() ? "" : ".");
+}
+
 std::string_view typeName(ArgumentType type) {
   switch (type) {
     case ArgumentType::text:
       return "text";
     case ArgumentType::path:
-      return "path";
+      return "absolute path";
     case ArgumentType::boolean:
       return "true or false";
     case ArgumentType::number:
       return "whole number from 0 to 4294967295";
     case ArgumentType::paths:
-      return "list of paths";
+      return "list of absolute paths";
     case ArgumentType::registryKeys:
       return "list of registry values";
   }
@@ -303,7 +324,7 @@ std::string_view typeName(ArgumentType type) {
 std::string_view typeName(OptionDescription const& option) {
   static constexpr std::array<std::string_view, 3> names = {"true or false", "text",
                                                             "object of path and folder"};
-  return names[option.field.index()];
+  return option.isPath ? typeName(ArgumentType::path) : names[option.field.index()];
 }
 
 }  // namespace regplan

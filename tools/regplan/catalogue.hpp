@@ -26,14 +26,14 @@ using registration::utility::Options;
 
 enum class ArgumentType {
   text,
-  path,
+  path,  ///< absolute: a relative one would lead to wherever the program was started
   boolean,
   number,        ///< a whole number of 32 bits, unsigned
-  paths,         ///< a list of paths
+  paths,         ///< a list of them
   registryKeys,  ///< a list of objects: root, keyPath, valueName, value
 };
 
-/// "text", "list of paths" and so on, as people are told.
+/// "text", "list of absolute paths" and so on, as people are told.
 std::string_view typeName(ArgumentType type);
 
 /// The value of an argument; one alternative for each ArgumentType, in the same order.
@@ -79,7 +79,12 @@ struct CommandDescription {
   std::string_view description;
   std::vector<ArgumentDescription> arguments;
   std::unique_ptr<Command const> (*make)(Options const& options, Arguments const& arguments);
+  /// Names of the options that a plan with this command gives: folders that it works in.
+  std::vector<std::string_view> neededOptions{};
 };
+
+/// What the command does, and which options it needs.
+std::string descriptionOf(CommandDescription const& command);
 
 /// The commands regplan knows, by name.
 std::span<CommandDescription const> commandCatalogue();
@@ -93,9 +98,10 @@ struct OptionDescription {
   std::string_view name;
   Field field;
   std::string_view description;
+  bool isPath = false;  ///< of a text: an absolute path
 };
 
-/// "text", "true or false" or what else the option takes.
+/// "absolute path", "true or false" or what else the option takes.
 std::string_view typeName(OptionDescription const& option);
 
 std::span<OptionDescription const> optionCatalogue();

@@ -39,7 +39,7 @@ std::string_view needName(Need need) {
 }
 
 void writeCommand(std::ostream& output, CommandDescription const& command) {
-  output << "\n  " << command.name << "\n" << wrapped(command.description, 6);
+  output << "\n  " << command.name << "\n" << wrapped(descriptionOf(command), 6);
   for (ArgumentDescription const& argument : command.arguments) {
     output << "\n      " << argument.name << " (" << typeName(argument.type)
            << needName(argument.need) << ")\n"

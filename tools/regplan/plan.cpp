@@ -4,10 +4,12 @@
 #include <array>
 #include <exception>
 #include <limits>
+#include <set>
 #include <utility>
 
 #include "fl/i18n/ustring.hpp"
 #include "machine/json/document.hpp"
+#include "machine/path_grammar.hpp"
 #include "machine/printable.hpp"
 #include "tools/regplan/text.hpp"
 
@@ -114,8 +116,15 @@ class PlanReader {
 
   std::optional<Path> readPath(Json const& value, std::string const& place) {
     std::optional<UString> text = readText(value, place);
-    if (!text) return std::nullopt;
+    if (!text || !isPath(*text, place)) return std::nullopt;
     return Path(*std::move(text));
+  }
+
+  bool isPath(UString const& text, std::string const& place) {
+    if (machine::path_grammar::isAbsolute(text)) return true;
+    errors_.add(place, "must be an absolute path, such as C:\\folder, not " +
+                           inQuotes(fl::i18n::ustring_to_utf8(text)));
+    return false;
   }
 
   std::optional<std::uint32_t> readNumber(Json const& value, std::string const& place) {
@@ -197,8 +206,9 @@ class PlanReader {
     for (auto const& [name, folder] : value.items()) {
       std::string const memberPlace = below(place, name);
       std::optional<UString> linkPath = withoutNul(name, memberPlace);
-      std::optional<UString> text = readText(folder, memberPlace);
-      if (linkPath && text) folders.emplace(*std::move(linkPath), *std::move(text));
+      std::optional<Path> target = readPath(folder, memberPlace);
+      if (linkPath && isPath(*linkPath, memberPlace) && target)
+        folders.emplace(*std::move(linkPath), target->ustring());
     }
     return folders;
   }
@@ -228,7 +238,8 @@ class PlanReader {
     if (auto const* flag = std::get_if<bool Options::Values::*>(&option.field)) {
       fill(*flag, readBoolean(value, place));
     } else if (auto const* text = std::get_if<UString Options::Values::*>(&option.field)) {
-      fill(*text, readText(value, place));
+      auto const read = readText(value, place);
+      if (!option.isPath || (read && isPath(*read, place))) fill(*text, read);
     } else {
       fill(std::get<OptionDescription::TargetFolders Options::Values::*>(option.field),
            readTargetFolders(value, place));
@@ -270,6 +281,7 @@ class PlanReader {
                    Plan& plan) {
     CommandDescription const* const description = describedCommand(value, place);
     if (!description) return;
+    requireOptions(*description, plan);
     std::optional<Arguments> const arguments = readArguments(*description, value, place);
     if (!arguments) return;
     std::unique_ptr<Command const> command = make(*description, options, *arguments, place);
@@ -277,6 +289,15 @@ class PlanReader {
     plan.commands.push_back({std::string(description->name), std::move(command)});
     for (auto const& [name, argument] : value.items()) {
       if (name != "command") plan.commands.back().arguments.push_back(asGiven(name, argument));
+    }
+  }
+
+  /// Each that is missing is told once, with the first command that needs it.
+  void requireOptions(CommandDescription const& command, Plan const& plan) {
+    for (std::string_view const name : command.neededOptions) {
+      if (std::ranges::find(plan.options, name, &Given::name) != plan.options.end()) continue;
+      if (!missing_.insert(name).second) continue;
+      errors_.add(below("/options", name), "missing; " + std::string(command.name) + " needs it");
     }
   }
 
@@ -346,6 +367,7 @@ class PlanReader {
 
   std::span<CommandDescription const> known_;
   PlanErrors& errors_;
+  std::set<std::string_view> missing_;
 };
 
 }  // namespace

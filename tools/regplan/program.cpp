@@ -14,6 +14,7 @@
 #include "fl/i18n/ustring.hpp"
 #include "install/cpputil/logger.hpp"
 #include "install/cpputil/machine_lock.hpp"
+#include "install/cpputil/trouble.hpp"
 #include "machine/host/host_file.hpp"
 #include "machine/journal/journal_writer.hpp"
 #include "machine/journal/restore.hpp"
@@ -90,6 +91,7 @@ struct CommandLine {
   std::uint32_t wait = 600;  ///< seconds
   bool otherComputer = false;
   bool otherAccount = false;
+  bool untrustedJournal = false;
   std::vector<std::string> reports;
   bool quiet = false;
   bool verbose = false;
@@ -164,10 +166,11 @@ void addOutput(CLI::App& verb, CommandLine& given) {
                                     "Show the summary, and only the commands that are not\n"
                                     "plainly done")
                           ->option_text(" ");
-  auto* const verbose =
-      verb.add_flag("--verbose", given.verbose, "Show messages and changes as well")
-          ->option_text(" ")
-          ->excludes(quiet);
+  auto* const verbose = verb.add_flag("--verbose", given.verbose,
+                                      "Show messages and changes as well, and which of the\n"
+                                      "system's guards are on for this process")
+                            ->option_text(" ")
+                            ->excludes(quiet);
   verb.add_flag("--json", given.json,
                 "Write nothing but events to standard output, a JSON\n"
                 "object a line (\"regplan schema --events\")")
@@ -203,6 +206,10 @@ void addRestore(CLI::App& verb, CommandLine& given) {
   verb.add_flag("--other-account", given.otherAccount,
                 "Restore also as another account than the one that\n"
                 "wrote the journal")
+      ->option_text(" ");
+  verb.add_flag("--untrusted-journal", given.untrustedJournal,
+                "Restore also from a journal that others could have\n"
+                "written or exchanged; reports tell that it was so")
       ->option_text(" ");
 }
 
@@ -274,10 +281,15 @@ std::string openLog(CommandLine const& given, View& view) {
     logger::scoped_observer const watch([&troubles](UString const& message) {
       troubles.push_back(fl::i18n::ustring_to_utf8(message));
     });
+    namespace trouble = install::cpputil::trouble;
+    trouble::scoped_observer const told([&troubles](trouble::report const& report) {
+      troubles.push_back(fl::i18n::ustring_to_utf8(report.text));
+    });
     UString const file = logFile(given);
     std::string name = fl::i18n::ustring_to_utf8(file);
     if (logger::set_destination(file)) {
       view.note("Log: " + printable(name));
+      for (std::string const& trouble : troubles) view.note("  " + printable(trouble));
       return name;
     }
   } catch (std::exception const& failure) {
@@ -348,6 +360,14 @@ bool writeReports(ReportFiles const& files, RunReport const& report, std::ostrea
 
 using machine::journal::JournalWriter;
 
+void noteGuards(CommandLine const& given, Surroundings const& surroundings, View& view) {
+  if (!given.verbose) return;
+  for (machine::Guard const& guard : surroundings.guards) {
+    view.note("Guard: " + guard.name + ": " + std::string(nameOf(guard.state)) +
+              (guard.reason.empty() ? "" : ": " + printable(guard.reason)));
+  }
+}
+
 /// None where none is asked for. A failure is a refusal: nothing was changed yet.
 std::unique_ptr<JournalWriter> openJournal(CommandLine const& given) {
   if (given.journal.empty()) return nullptr;
@@ -355,9 +375,14 @@ std::unique_ptr<JournalWriter> openJournal(CommandLine const& given) {
   try {
     machine::makeFolders(file.parent_path());
     return std::make_unique<JournalWriter>(file, machine::current(), given.plan);
+  } catch (machine::UntrustedPath const& failure) {
+    throw Refusal("--journal: " + printable(given.journal) +
+                  " would be of no use: " + printable(failure.what()));
   } catch (std::system_error const& failure) {
     bool const isThere = failure.code() == std::errc::file_exists;
-    throw Refusal("--journal: " + printable(given.journal) + " " +
+    std::error_code unused;
+    bool const isFiles = isThere && !std::filesystem::exists(file, unused);
+    throw Refusal("--journal: " + printable(given.journal) + (isFiles ? ".files " : " ") +
                   (isThere ? "exists; a journal is never written over"
                            : "cannot be written: " + failure.code().message()));
   }
@@ -396,6 +421,7 @@ ExitCode runOn(CommandLine const& given, Verb verb, Surroundings const& surround
   report.request.journal = given.journal;
   auto const journal = openJournal(given);
   view->begin(report.request, plan.commands.size());
+  noteGuards(given, surroundings, *view);
   {
     LogScope const log;
     if (journal) {
@@ -422,12 +448,17 @@ RestoredItem restoredItem(journal::RestoreStep const& step) {
   return item;
 }
 
-/// What is no journal is refused, as is one of which not even the first record is whole.
-journal::Journal readJournal(std::string const& file) {
+/// What is no journal is refused, as is one of which not even the first record is whole, and one
+/// that anybody could have written.
+journal::Journal readJournal(std::string const& file, bool isAnybodys) {
+  auto const trust = isAnybodys ? journal::JournalTrust::waived : journal::JournalTrust::required;
   try {
-    journal::Journal result = journal::readJournal(hostPath(file));
+    journal::Journal result = journal::readJournal(hostPath(file), trust);
     if (!result.damage || result.damage->record > 0) return result;
     throw Refusal(printable(file) + ": no journal: " + result.damage->reason);
+  } catch (machine::UntrustedPath const& failure) {
+    throw Refusal(printable(file) + ": not trusted: " + printable(failure.what()) +
+                  "; --untrusted-journal restores it all the same");
   } catch (std::system_error const& failure) {
     throw Refusal(printable(file) + ": " + failure.code().message());
   } catch (std::runtime_error const& failure) {
@@ -455,7 +486,7 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   auto const view = makeView(given, surroundings);
   // Before the journal is read: it may be that of a run that goes on.
   auto const lock = lockMachine(given, *view);
-  journal::Journal const read = readJournal(given.plan);
+  journal::Journal const read = readJournal(given.plan, given.untrustedJournal);
   journal::RestoreOptions const options{given.force, given.otherComputer, given.otherAccount};
   requireOrigin(read, options, given.plan);
   ReportFiles const files = openReports(given);
@@ -463,7 +494,12 @@ ExitCode restoreOn(CommandLine const& given, Surroundings const& surroundings) {
   report.request.force = given.force;
   report.request.otherComputer = given.otherComputer;
   report.request.otherAccount = given.otherAccount;
+  report.request.untrustedJournal = read.weakness;
   view->begin(report.request, 0);
+  if (!read.weakness.empty()) {
+    view->note("Others could have written this journal: " + printable(read.weakness));
+  }
+  noteGuards(given, surroundings, *view);
   auto const start = surroundings.now();
   journal::RestoreReport const result = journal::restore(read, machine::current(), options);
   report.duration = surroundings.now() - start;

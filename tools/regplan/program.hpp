@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "machine/guards.hpp"
 #include "tools/regplan/runner.hpp"
 #include "tools/regplan/views.hpp"
 
@@ -14,7 +15,8 @@ struct Surroundings {
   std::ostream& output;
   std::ostream& errors;
   Now now;
-  Terminal terminal{};  ///< what `output` is
+  Terminal terminal{};                   ///< what `output` is
+  std::vector<machine::Guard> guards{};  ///< of this process
 };
 
 /// The whole program but for main: `arguments` are UTF-8, without the program's name. The exit

@@ -10,9 +10,13 @@ namespace {
 
 using namespace schema_parts;
 
-/// A text or path. Windows ends a text at its first NUL.
+/// Windows ends a text at its first NUL.
 Json textSchema() {
   return {{"type", "string"}, {"pattern", "^[^\\u0000]*$"}};
+}
+
+Json pathSchema() {
+  return {{"type", "string"}, {"pattern", "^([A-Za-z]:[\\\\/]|[\\\\/]{2})[^\\u0000]*$"}};
 }
 
 /// An object with exactly these members, of which `required` must be there.
@@ -37,8 +41,9 @@ Json registryValueSchema() {
 Json typeSchema(ArgumentType type) {
   switch (type) {
     case ArgumentType::text:
-    case ArgumentType::path:
       return textSchema();
+    case ArgumentType::path:
+      return pathSchema();
     case ArgumentType::boolean:
       return {{"type", "boolean"}};
     case ArgumentType::number:
@@ -46,7 +51,7 @@ Json typeSchema(ArgumentType type) {
               {"minimum", 0},
               {"maximum", std::numeric_limits<std::uint32_t>::max()}};
     case ArgumentType::paths:
-      return listOf(textSchema());
+      return listOf(pathSchema());
     case ArgumentType::registryKeys: {
       Json list = listOf(reference("registryValue"));
       list["minItems"] = 1;
@@ -69,14 +74,15 @@ Json commandSchema(CommandDescription const& command) {
     members[argument.name] = argumentSchema(argument);
     if (argument.isRequired()) required.push_back(argument.name);
   }
-  return described(command.description, objectSchema(members, required));
+  return described(descriptionOf(command), objectSchema(members, required));
 }
 
 Json optionSchema(OptionDescription const& option) {
   if (std::holds_alternative<bool Options::Values::*>(option.field)) return {{"type", "boolean"}};
-  if (std::holds_alternative<UString Options::Values::*>(option.field)) return textSchema();
+  if (std::holds_alternative<UString Options::Values::*>(option.field))
+    return option.isPath ? pathSchema() : textSchema();
   return {
-      {"type", "object"}, {"propertyNames", textSchema()}, {"additionalProperties", textSchema()}};
+      {"type", "object"}, {"propertyNames", pathSchema()}, {"additionalProperties", pathSchema()}};
 }
 
 Json optionsSchema(std::span<OptionDescription const> options) {
@@ -104,8 +110,8 @@ std::string planSchema(std::span<CommandDescription const> commands,
       {"title", "Plan for regplan"},
       {"description",
        "The registration steps of an installation. Beyond what is said here no member may be given "
-       "twice, numbers are written without a fraction, commands may refuse what they are given, "
-       "and "
+       "twice, numbers are written without a fraction, options that a command needs are given, "
+       "commands may refuse what they are given, and "
        "the file has at most 4 MiB and 32 objects and lists within one another."}};
   Json const members = {{"$schema", Json::object()},
                         {"options", optionsSchema(options)},

@@ -13,8 +13,9 @@ namespace registration::commands {
 ///
 /// The module is loaded by its bare name while its folder is the current one, which is put back
 /// whatever happens. A folder that cannot be entered is a failure: the name would be looked for
-/// elsewhere. Every failure is the one "Failed to" line; after it, when the failure was a
-/// std::exception, the exception's text.
+/// elsewhere. So is a module of that name which the search finds in another place: it is released
+/// before anything of it is called, and told as trouble with its path. Every failure is the one
+/// "Failed to" line; after it, when the failure was a std::exception, the exception's text.
 class REGISTRATION_API RegisterAutomationServer : public utility::Command {
  public:
   /// `moduleName`: file name of the module, which lies in `moduleFolder`.

@@ -62,8 +62,9 @@ void PathdefGenerator::addMetadataEntries(std::vector<AbsoluteIRI>& entries,
   TextLines lines(text, path, notification);
   while (lines.next()) {
     try {
-      entries.push_back(vfs::CanonicalAbsoluteIRI::ofWindowsPath(
-          machine::path_grammar::absolute(lines.line(), root)));
+      auto const folder = machine::path_grammar::absolute(lines.line(), root);
+      entries.push_back(vfs::CanonicalAbsoluteIRI::ofWindowsPath(folder));
+      lines.warnOfForeignServer(folder, root);
     } catch (vfs::Exception const& failure) {
       lines.warn(failure.what());
     }

@@ -114,6 +114,7 @@ std::vector<AbsoluteIRI> entriesOf(std::string_view text, UString const& file,
     }
     try {
       entries.push_back(entryFor(entry, rootPath));
+      lines.warnOfForeignServer(entry, rootPath);
     } catch (foundation::storage::vfs::Exception const& failure) {
       lines.warn(failure.what());
     }

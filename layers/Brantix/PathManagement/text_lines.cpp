@@ -1,6 +1,10 @@
 #include "Brantix/PathManagement/text_lines.hpp"
 
+#include "fl/filesystem/operations.hpp"
+
 namespace Brantix::PathManagement {
+
+using fl::filesystem::Path;
 
 TextLines::TextLines(std::string_view text, fl::i18n::UString const& file,
                      foundation::core::except::Notification& notification)
@@ -32,6 +36,11 @@ void TextLines::warn(std::string_view reason) {
   } else if (warnings_ == warningsTold + 1) {
     notification_.warn({file_, lines_.number(), u"wrong as well; further lines are not told"});
   }
+}
+
+void TextLines::warnOfForeignServer(Path const& path, Path const& home) {
+  auto const warning = fl::filesystem::foreign_server_warning(path, home);
+  if (!warning.empty()) warn(fl::i18n::ustring_to_utf8(warning));
 }
 
 }  // namespace Brantix::PathManagement

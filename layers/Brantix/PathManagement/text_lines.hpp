@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "fl/filesystem/path.hpp"
 #include "foundation/core/except/Notification.hpp"
 #include "machine/line_reader.hpp"
 
@@ -23,6 +24,8 @@ class TextLines {
   fl::i18n::UString const& line() const { return line_; }
   /// Warns about the current line. `reason` is UTF-8.
   void warn(std::string_view reason);
+  /// Warns when the current line's folder, `path`, lies on another server than `home`.
+  void warnOfForeignServer(fl::filesystem::Path const& path, fl::filesystem::Path const& home);
 
   static constexpr std::size_t warningsTold = 1000;
 

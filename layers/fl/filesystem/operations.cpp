@@ -197,6 +197,13 @@ bool is_absolute(Path const& path) {
   return grammar::isAbsolute(path.ustring());
 }
 
+UString foreign_server_warning(Path const& path, Path const& home) {
+  UString const server(grammar::foreignServer(path.ustring(), home.ustring()));
+  if (server.empty()) return {};
+  return path.ustring() + u" leads to " + server +
+         u", not to where the product is: this computer makes itself known there";
+}
+
 Path relative(Path const& path, Path const& base) {
   UString const target = absolute(path);
   UString const start = absolute(base);

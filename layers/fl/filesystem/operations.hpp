@@ -42,6 +42,10 @@ REGISTRATION_API void replace_file(Path const& path, std::string_view content);
 /// `\a`, `C:a`.
 REGISTRATION_API bool is_absolute(Path const& path);
 
+/// What to tell of a path that leads to another server than the one that `home` lies on: whoever
+/// looks whether it exists has the system log on there. Empty of any other.
+REGISTRATION_API UString foreign_server_warning(Path const& path, Path const& home);
+
 /// `path` expressed relative to `base`, both made absolute first, components compared without
 /// regard to case: (`C:\p\a\b`, `C:\p`) -> `a\b`; (`C:\q`, `C:\p`) -> `..\q`; (`C:\p`, `C:\p`) ->
 /// `.`. On another drive or share there is no relative form: the absolute path itself.

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "install/cpputil/trouble.hpp"
 #include "machine/machine.hpp"
 
 namespace foundation::core::process {
@@ -68,6 +69,7 @@ process::process(command const& what, context const& how) {
   for (std::string const& argument : what.arguments()) {
     start.arguments.push_back(fl::i18n::utf8_to_ustring(argument));
   }
+  install::cpputil::trouble::warn_of_relative_code(start.program);
   start.noWindow = how.no_window_;
   start.detached = how.detached_;
   start.standardOutput = how.std_out_.output_;

@@ -8,6 +8,7 @@
 #include "cppmicroservices/BundleContext.h"
 #include "cppmicroservices/Framework.h"
 #include "cppmicroservices/FrameworkFactory.h"
+#include "install/cpputil/trouble.hpp"
 #include "machine/machine.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/process_end.hpp"
@@ -95,6 +96,7 @@ void install(UString const& module, std::vector<Bundle>& bundles) {
 }  // namespace
 
 std::vector<Bundle> installAndStart(Path const& folder) {
+  install::cpputil::trouble::warn_of_relative_code(folder.ustring());
   auto& machine = machine::current();
   auto const absolute =
       machine::path_grammar::absolute(folder.ustring(), machine.files().currentDirectory());

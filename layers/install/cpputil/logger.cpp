@@ -7,6 +7,7 @@
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/message_limit.hpp"
 #include "install/cpputil/observers.hpp"
+#include "install/cpputil/trouble.hpp"
 #include "machine/machine.hpp"
 
 namespace install::cpputil::logger {
@@ -54,6 +55,20 @@ void refuseLink(Path const& path) {
   }
 }
 
+/// Whoever owns the folder can exchange the log, and what is made beside it.
+void requireOwnFolder(Path const& folder) {
+  auto const access = machine::current().files().foreignAccess(folder.ustring());
+  if (!access.any()) return;
+  UString const weakness =
+      u": the installation log's folder " + fl::i18n::utf8_to_ustring(machine::weaknessOf(access));
+  bool const isOthers = !access.owner.empty();
+  trouble::tell({isOthers ? trouble::severity::error : trouble::severity::warning,
+                 folder.ustring() + weakness, folder.ustring()});
+  if (isOthers) {
+    throw machine::SystemError("log to", folder.ustring(), machine::ErrorCode::accessDenied);
+  }
+}
+
 UString currentDestination() {
   return log().writer ? log().destination.ustring() : UString(u"(none)");
 }
@@ -88,6 +103,7 @@ bool set_destination(Path const& file) {
   try {
     fl::filesystem::create_directories(folder);
     refuseLink(folder);
+    requireOwnFolder(folder);
   } catch (machine::SystemError const&) {
     return keepDestination(unableToCreateFolder, folder);
   }

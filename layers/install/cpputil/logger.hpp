@@ -29,7 +29,8 @@ REGISTRATION_API void append_message(std::string const& message);
 
 /// Opens `file` on the current machine for appending and logs there from now on, whatever the
 /// current machine is later; its folder is made when missing. A file or folder that is
-/// a link is refused, since who may write there could point it anywhere. When it fails the log
+/// a link is refused, since who may write there could point it anywhere, and so is a folder of
+/// another account; one where others may write is told as a warning. When it fails the log
 /// stays where it was, two messages say so there (the folder or file that could not be made; the
 /// destination that stays, "(none)" when there is none), and the result is false.
 REGISTRATION_API bool set_destination(Path const& file);

@@ -4,6 +4,7 @@
 
 #include "install/cpputil/message_limit.hpp"
 #include "install/cpputil/observers.hpp"
+#include "machine/path_grammar.hpp"
 
 namespace install::cpputil::trouble {
 
@@ -26,6 +27,13 @@ void tell(report const& told) {
     if (text->size() > longest_message) *text = cut_message(*text);
   }
   all().announce(cut);
+}
+
+void warn_of_relative_code(UString const& path) {
+  if (machine::path_grammar::isAbsolute(path)) return;
+  tell({severity::warning,
+        path + u" is not absolute: which code is loaded or run there depends on the current folder",
+        path});
 }
 
 scoped_observer::scoped_observer(callback observer) : observer_(std::move(observer)) {

@@ -35,6 +35,10 @@ struct report {
 /// observer throws.
 REGISTRATION_API void tell(report const& told);
 
+/// Warns that code is about to be loaded or run from `path`, where that is not absolute: what it
+/// names is chosen by whoever chooses the current folder.
+REGISTRATION_API void warn_of_relative_code(UString const& path);
+
 /// Sees each report as it comes, for as long as it lives. Observers nest; all are called, the
 /// outermost first.
 class REGISTRATION_API scoped_observer {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "fl/filesystem/operations.hpp"
+#include "install/cpputil/trouble.hpp"
 #include "machine/machine.hpp"
 #include "machine/whole_file.hpp"
 #include "vortanconnector/installationsregistry/installation_records.hpp"
@@ -14,6 +15,8 @@
 namespace vortanconnector::installationsregistry {
 
 namespace {
+
+namespace trouble = install::cpputil::trouble;
 
 constexpr std::chrono::seconds lockLimit(10);
 // Some 50,000 records.
@@ -33,14 +36,34 @@ void refuseLink(Path const& path) {
   }
 }
 
+/// Whoever owns the folder, or may write there, decides what all records say.
 Path madeFolder() {
   Path folder = machine::current().shell().knownFolder(machine::KnownFolder::programData);
-  for (auto const* const name : {u"Brantix", u"Installations"}) {
-    folder /= name;
-    refuseLink(folder);
-  }
+  folder /= u"Brantix";
+  refuseLink(folder);
   fl::filesystem::create_directories(folder);
+  folder /= u"Installations";
+  refuseLink(folder);
+  auto const claim = machine::current().files().claimDirectory(folder.ustring());
+  if (claim == machine::Claim::takenOver) {
+    trouble::tell({trouble::severity::warning,
+                   folder.ustring() + u": others could write here; now they can only read",
+                   folder.ustring()});
+  }
   return folder;
+}
+
+/// From the time when others could write in the folder.
+void refuseFileOfOthers(Path const& file) {
+  auto& files = machine::current().files();
+  if (!files.status(file.ustring())) {
+    return;
+  }
+  auto const access = files.foreignAccess(file.ustring());
+  if (access.any()) {
+    throw std::runtime_error(fl::i18n::ustring_to_utf8(file.ustring()) + " " +
+                             machine::weaknessOf(access));
+  }
 }
 
 /// nullopt when the root is recorded already.
@@ -60,6 +83,7 @@ void addRecord(Path const& file, UString const& root) {
   refuseLink(lockFile);
   auto const lock = files.lock(lockFile.ustring(), lockLimit);
   refuseLink(file);
+  refuseFileOfOthers(file);
   if (auto const content = newContent(file, root)) {
     machine::replaceFile(files, file.ustring(), *content);
   }

@@ -19,9 +19,11 @@ using fl::filesystem::UString;
 /// root that is no absolute path.
 ///
 /// Writers wait for each other, up to 10 seconds; the file is replaced at once, so that a reader
-/// finds the old or the new text whatever happens to a writer. Throws std::runtime_error: for a
-/// failure of the system, for a link where the registry's folder or file should be, and for a file
-/// that is damaged or of a newer format, which stays as it is.
+/// finds the old or the new text whatever happens to a writer. Only administrators may write in the
+/// folder and open the lock; where others could, that is changed and told as a warning. Throws
+/// std::runtime_error: for a failure of the system, for a link where the registry's folder or file
+/// should be, for one that belongs to another account, and for a file that is damaged or of a newer
+/// format, which stays as it is.
 REGISTRATION_API bool addVortanRecord(Path const& installationRoot,
                                       UString const& registryNameOverride);
 

@@ -2,6 +2,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/logger.hpp"
+#include "registration/commands/metadata/foreign_servers.hpp"
 #include "registration/commands/metadata/third_party_entries.hpp"
 
 namespace registration::commands {
@@ -67,9 +68,15 @@ std::string Add3PEnvVarToMetadataFile::getAllEnvVariablesFromInstrSetMap(
       metadata::environmentVariables, root,
       [this](UString const& message) { log_message(message); },
       [this] { return getInstrSetPostInstallUtilsInstance(); },
-      [&body](UString const& setRoot, metadata::InstrSet const& set) {
+      [&](UString const& setRoot, metadata::InstrSet const& set) {
+        std::size_t index = 0;
         for (auto const& variable : set.get_envVariables()) {
           body += record(variable, setRoot);
+          UString const value =
+              fl::i18n::utf8_to_ustring(metadata::expanded(variable.value, setRoot));
+          metadata::warnOfForeignServer(
+              value, root,
+              metadata::placeIn(metadata::environmentVariables, setRoot, index++) + u"/value");
         }
       });
   return body;

@@ -5,6 +5,7 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/logger.hpp"
+#include "registration/commands/metadata/foreign_servers.hpp"
 #include "registration/commands/metadata/list_files.hpp"
 #include "registration/commands/metadata/placeholders.hpp"
 
@@ -52,10 +53,14 @@ std::set<Path> AddJavaPathEntriesToMetadataFile::getAllJcpFiles(Path const& root
 }
 
 std::set<UString> AddJavaPathEntriesToMetadataFile::readJcpFile(Path const& file) const {
-  std::string const root = fl::i18n::ustring_to_utf8(options.getMetadataRootPath());
-  auto const toEntry = [&root](std::string const& line) {
-    Path const path = fl::i18n::utf8_to_ustring(metadata::withReplaced(line, "$vortanroot", root));
-    return path.make_native().ustring();
+  UString const root = options.getMetadataRootPath();
+  std::string const rootText = fl::i18n::ustring_to_utf8(root);
+  auto const toEntry = [&](std::string const& line, std::size_t number) {
+    Path const path =
+        fl::i18n::utf8_to_ustring(metadata::withReplaced(line, "$vortanroot", rootText));
+    UString entry = path.make_native().ustring();
+    metadata::warnOfForeignServer(entry, root, metadata::placeOf(file, number));
+    return entry;
   };
   return metadata::readList(
              metadata::jcpFormat, file, [this](UString const& message) { log_message(message); },
@@ -77,7 +82,7 @@ std::set<UString> AddJavaPathEntriesToMetadataFile::getPathEntriesFromMetadataFi
   return metadata::readList(
              metadata::javaClassPathFormat, file,
              [this](UString const& message) { log_message(message); },
-             [](std::string const& line) { return fl::i18n::utf8_to_ustring(line); })
+             [](std::string const& line, std::size_t) { return fl::i18n::utf8_to_ustring(line); })
       .entries;
 }
 

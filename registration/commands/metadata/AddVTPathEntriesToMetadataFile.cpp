@@ -4,13 +4,14 @@
 
 #include "fl/filesystem/operations.hpp"
 #include "install/cpputil/logger.hpp"
+#include "registration/commands/metadata/foreign_servers.hpp"
 #include "registration/commands/metadata/list_files.hpp"
 
 namespace registration::commands {
 
 namespace {
 
-UString toEntry(std::string const& line) {
+UString toEntry(std::string const& line, std::size_t) {
   return fl::i18n::utf8_to_ustring(line);
 }
 
@@ -75,10 +76,18 @@ std::set<Path> AddVTPathEntriesToMetadataFile::getAllPhlFiles(Path const& root) 
 }
 
 std::set<UString> AddVTPathEntriesToMetadataFile::readPhlFile(Path const& file) const {
+  Path const root = Path(options.getMetadataRootPath()).make_native();
   metadata::List list = metadata::readList(
-      metadata::phlFormat, file, [this](UString const& message) { log_message(message); }, toEntry);
+      metadata::phlFormat, file, [this](UString const& message) { log_message(message); },
+      [&](std::string const& line, std::size_t number) {
+        UString entry = toEntry(line, number);
+        // The command looks below the root; who reads the file that it writes, where the entry
+        // says.
+        metadata::warnOfForeignServer(entry, root, metadata::placeOf(file, number));
+        return entry;
+      });
   if (list.isOpened && !list.failure.empty()) {
-    list.entries.merge(entriesSoFar(Path(options.getMetadataRootPath()).make_native()));
+    list.entries.merge(entriesSoFar(root));
   }
   return list.entries;
 }

@@ -24,8 +24,8 @@ void tellLostLine(Path const& file, std::size_t number, std::string const& reaso
 }
 
 /// A line that is too long names nothing that could exist: it loses only itself.
-void takeLine(machine::LineReader const& lines, char mark, Path const& file,
-              std::function<UString(std::string const& line)> const& toEntry, List& list) {
+void takeLine(machine::LineReader const& lines, char mark, Path const& file, ToEntry const& toEntry,
+              List& list) {
   std::string const entry(machine::trimmed(lines.line()));
   if (entry.starts_with(mark)) {
     return;
@@ -36,7 +36,7 @@ void takeLine(machine::LineReader const& lines, char mark, Path const& file,
   }
   if (!entry.empty()) {
     try {
-      list.entries.insert(toEntry(entry));
+      list.entries.insert(toEntry(entry, lines.number()));
     } catch (std::length_error const& failure) {
       tellLostLine(file, lines.number(), failure.what());
     }
@@ -82,8 +82,7 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
   return files;
 }
 
-List readEntries(char mark, Path const& file,
-                 std::function<UString(std::string const& line)> const& toEntry) {
+List readEntries(char mark, Path const& file, ToEntry const& toEntry) {
   List list;
   std::unique_ptr<machine::FileReader> reader;
   auto const isDone = [&](auto const& step) {
@@ -106,8 +105,7 @@ List readEntries(char mark, Path const& file,
   return list;
 }
 
-List readList(ListFormat const& format, Path const& file, Log const& log,
-              std::function<UString(std::string const& line)> const& toEntry) {
+List readList(ListFormat const& format, Path const& file, Log const& log, ToEntry const& toEntry) {
   List list = readEntries(format.commentMark, file, toEntry);
   if (!list.isOpened) {
     utility::logTrouble(log, UString(format.unableToOpen) + file.ustring(), file.ustring());

@@ -48,15 +48,16 @@ struct List {
   UString failure;
 };
 
+/// The entry of a line; `number` counts from 1.
+using ToEntry = std::function<UString(std::string const& line, std::size_t number)>;
+
 /// The entries of a list whose comments begin with `mark`, each as `toEntry` gives it. A line that
 /// is longer than a line may be, or for which `toEntry` throws std::length_error, is left out, and
 /// told as trouble with its number.
-REGISTRATION_API List readEntries(char mark, Path const& file,
-                                  std::function<UString(std::string const& line)> const& toEntry);
+REGISTRATION_API List readEntries(char mark, Path const& file, ToEntry const& toEntry);
 
 /// The same by its format, a failure logged or, where the log has no line for it, told as trouble.
-List readList(ListFormat const& format, Path const& file, Log const& log,
-              std::function<UString(std::string const& line)> const& toEntry);
+List readList(ListFormat const& format, Path const& file, Log const& log, ToEntry const& toEntry);
 
 /// The union of what `readOne` reads from each file, in order.
 std::set<UString> readLists(std::set<Path> const& files,

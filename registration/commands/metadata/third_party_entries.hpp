@@ -22,22 +22,26 @@ struct ThirdParty {
   Writer const& writer;
   std::u16string_view errorGetting;
   std::u16string_view unableToAdd;
+  std::string_view list;  ///< the member of a set's file
 };
 
 inline constexpr ThirdParty environmentVariables{
     thirdPartyEnvironment,
     u"Error getting all environment variables for 3P from instruction sets",
     u"Unable to add environment variable entries to metadata file",
+    "envVariables",
 };
 inline constexpr ThirdParty vortanPaths{
     thirdPartySearchFolders,
     u"Error getting VORTAN path entries from Instruction Set files",
     u"Unable to add 3P path entries to metadata file",
+    "VortanPaths",
 };
 inline constexpr ThirdParty javaClassPaths{
     thirdPartyJavaClassPath,
     u"Error getting 3p javaClassPath from Instruction set map",
     u"Unable to add 3p java path entries to metadata file",
+    "JavaClassPaths",
 };
 
 using MakeUtils = std::function<std::unique_ptr<InstrSetPostInstallUtils>()>;
@@ -48,8 +52,11 @@ void forEachInstrSet(ThirdParty const& kind, UString const& root, Log const& log
                      MakeUtils const& makeUtils,
                      std::function<void(UString const& setRoot, InstrSet const& set)> const& take);
 
+/// Where an entry stands: `SETROOT\instructionset.json: /VortanPaths/2`.
+UString placeIn(ThirdParty const& kind, UString const& setRoot, std::size_t index);
+
 /// The texts of one list of every set, placeholders expanded; those before a failure when there is
-/// one.
+/// one. One on another server is told as trouble.
 std::vector<UString> gatherPaths(ThirdParty const& kind, UString const& root, Log const& log,
                                  MakeUtils const& makeUtils,
                                  std::vector<std::string> (InstrSet::*list)() const);

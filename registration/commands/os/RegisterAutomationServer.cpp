@@ -67,6 +67,7 @@ void RegisterAutomationServer::run(Direction const& direction) const {
     return;
   }
   UString const server = moduleName + u" as an automation server";
+  install::cpputil::trouble::warn_of_relative_code(modulePath.ustring());
   utility::loggingFailure(log, direction.failure + server, [&] {
     CurrentFolder const folder(moduleFolder);
     if (folder.isEntered() && (this->*direction.call)(moduleName)) {
@@ -86,9 +87,12 @@ bool RegisterAutomationServer::unRegisterOLEServerWrapper(UString const& module)
 }
 
 bool RegisterAutomationServer::callEntryPoint(UString const& module, char const* entryPoint) const {
+  using fl::filesystem::get_current_path;
   using fl::i18n::to_string;
+  // A relative folder was entered, and begins at another one by now.
+  Path const folder = fl::filesystem::is_absolute(moduleFolder) ? moduleFolder : get_current_path();
   return install::postinstall::callEntryPoint(
-      fl::i18n::to_wstring(module), entryPoint,
+      fl::i18n::to_wstring(module), folder / module, entryPoint,
       {to_string(moduleFolder.ustring()), to_string(serverArgument), "VORTAN.exe"});
 }
 

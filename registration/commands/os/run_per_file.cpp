@@ -17,6 +17,8 @@ void runFor(Path const& file, Path const& program, FileRun const& run,
       utility::logTrouble(operations.log, file.ustring() + run.missing, file.ustring());
       return;
     }
+    // The program loads it.
+    install::cpputil::trouble::warn_of_relative_code(file.ustring());
     operations.log(u"Running " + description);
     if (operations.launch(program, fl::i18n::to_wstring(parameters))) {
       operations.log(run.success + description);

@@ -38,6 +38,7 @@ void StartServices::execute() const {
     }
     log_message(u"Successfully stopped " + getTaskMessage());
   }
+  install::cpputil::trouble::warn_of_relative_code(applicationPath);
   int const code =
       TaskCreateWrapper(taskName, taskString2, applicationPath, options.getRootPath(), taskString5);
   if (code == 0) {

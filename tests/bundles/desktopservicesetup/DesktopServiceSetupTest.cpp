@@ -650,6 +650,7 @@ class Swapping final : public machine::ForwardingFiles {
       return count;
     }
     void seek(std::uint64_t position) override { inner_->seek(position); }
+    machine::ForeignAccess foreignAccess() override { return inner_->foreignAccess(); }
 
    private:
     std::unique_ptr<FileReader> inner_;

@@ -102,10 +102,30 @@ TEST_P(ModulesContract, ABareNameIsLookedForInTheCurrentFolder) {
   auto const before = files.currentDirectory();
   ASSERT_TRUE(files.setCurrentDirectory(in(u"")));
   auto const whole = call(u"contract-copy.dll");
-  auto const withoutExtension = call(u"contract-copy");
+  auto const withoutExtension = callOf(in(u"contract-copy.dll"), u"contract-copy");
   files.setCurrentDirectory(before);
   EXPECT_EQ(whole, ModuleCall::called);
   EXPECT_EQ(withoutExtension, ModuleCall::called);
+}
+
+TEST_P(ModulesContract, AnotherFileOfThatNameIsReleasedAndNotCalled) {
+  auto& files = machine().files();
+  files.createDirectory(in(u"planted"));
+  auto const planted = in(u"planted\\contract-checked.dll");
+  for (auto const& file : {planted, in(u"contract-checked.dll")})
+    files.openForWriting(file, machine::WriteMode::createNew)->write(content(under().module()));
+  auto const before = files.currentDirectory();
+  ASSERT_TRUE(files.setCurrentDirectory(in(u"planted")));
+  try {
+    callOf(in(u"contract-checked.dll"), u"contract-checked.dll");
+    ADD_FAILURE() << "the planted module was called";
+  } catch (machine::OtherModule const& other) {
+    EXPECT_EQ(other.what(), machine::toUtf8(planted) + " was found in place of " +
+                                machine::toUtf8(in(u"contract-checked.dll")));
+  }
+  files.setCurrentDirectory(before);
+  EXPECT_FALSE(files.status(in(u"automation_server.txt"))) << "what the module's function writes";
+  EXPECT_TRUE(files.removeFile(planted)) << "it is released";
 }
 
 TEST_P(ModulesContract, TheModuleIsReleased) {

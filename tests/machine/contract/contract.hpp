@@ -136,10 +136,16 @@ class ProcessesContract : public Contract {};
 class ModulesContract : public Contract {
  protected:
   machine::Modules& modules() { return machine().modules(); }
-  /// Calls the function for the test's folder.
+  /// Calls the function for the test's folder. The module lies there where its name has no folder.
   machine::ModuleCall call(std::u16string_view module,
                            std::string const& entryPoint = "RegisterOLEServer2") {
-    return modules().callEntryPoint(module, entryPoint, {machine::toUtf8(in(u"")), "two", ""});
+    bool const hasFolder = machine::path_grammar::isAbsolute(module);
+    return callOf(hasFolder ? machine::UString(module) : in(module), module, entryPoint);
+  }
+  machine::ModuleCall callOf(std::u16string_view file, std::u16string_view module,
+                             std::string const& entryPoint = "RegisterOLEServer2") {
+    return modules().callEntryPoint(module, file, entryPoint,
+                                    {machine::toUtf8(in(u"")), "two", ""});
   }
   std::string content(std::u16string_view file) {
     auto const reader = machine().files().openForReading(file);

@@ -25,7 +25,8 @@ class JournalOfChanges : public JournalTest {
   /// The records, without what encloses them.
   std::vector<std::string> records() const {
     std::vector<std::string> result;
-    EXPECT_EQ(journal::readLines(journal(), [&](auto const& r) { result.push_back(r.dump()); }),
+    EXPECT_EQ(journal::readLines(journal(), host::OpenMode::readTrusted,
+                                 [&](auto const& r) { result.push_back(r.dump()); }),
               std::nullopt);
     return result;
   }

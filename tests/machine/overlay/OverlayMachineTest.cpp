@@ -139,6 +139,8 @@ class ManyFiles final : public Files {
     refuse(path);
   }
   void createDirectory(std::u16string_view path) override { refuse(path); }
+  Claim claimDirectory(std::u16string_view path) override { refuse(path); }
+  ForeignAccess foreignAccess(std::u16string_view) override { return {}; }
   bool removeFile(std::u16string_view path) override { refuse(path); }
   bool removeDirectory(std::u16string_view path) override { refuse(path); }
   void rename(std::u16string_view path, std::u16string_view, bool) override { refuse(path); }
@@ -190,6 +192,7 @@ class ManyFiles final : public Files {
       return length;
     }
     void seek(std::uint64_t position) override { position_ = position; }
+    ForeignAccess foreignAccess() override { return {}; }
 
    private:
     std::uint64_t& bytesRead_;
@@ -254,7 +257,7 @@ TEST_F(OverlayMachineTest, TheInnerMachineStaysToTheByte) {
   start.standardOutput = {ProcessOutput::Kind::overwriteFile, u"C:\\in\\one", {}};
   overlay().processes().start(start)->wait();
   overlay().processes().shellExecute(u"C:\\service.exe", u"");
-  overlay().modules().callEntryPoint(u"C:\\module.dll", "Register", {});
+  overlay().modules().callEntryPoint(u"C:\\module.dll", u"C:\\module.dll", "Register", {});
   overlay().modules().admitBundles(u"C:\\", {u"C:\\module.dll"});
 
   EXPECT_EQ(inner().files().currentDirectory(), u"C:\\");
@@ -546,13 +549,14 @@ TEST_F(OverlayMachineTest, AProgramThatWasWrittenCanBeStarted) {
 TEST_F(OverlayMachineTest, AModuleIsFoundInTheSystemFolderAndOnThePath) {
   write(files(), u"C:\\Windows\\System32\\one.dll", "Register");
   write(files(), u"C:\\in\\two.dll", "Register");
-  auto const call = [&](UString const& name) {
-    return overlay().modules().callEntryPoint(name, "Register", {});
+  auto const call = [&](UString const& name, UString const& file) {
+    return overlay().modules().callEntryPoint(name, file, "Register", {});
   };
-  EXPECT_EQ(call(u"one"), ModuleCall::called);
-  EXPECT_EQ(call(u"two.dll"), ModuleCall::notLoaded);
+  EXPECT_EQ(call(u"one", u"C:\\Windows\\System32\\one.dll"), ModuleCall::called);
+  EXPECT_THROW(call(u"one", u"C:\\in\\one.dll"), machine::OtherModule);
+  EXPECT_EQ(call(u"two.dll", u"C:\\in\\two.dll"), ModuleCall::notLoaded);
   overlay().environment().setVariable(u"PATH", u"in;;C:\\none;C:\\in");
-  EXPECT_EQ(call(u"two.dll"), ModuleCall::called);
+  EXPECT_EQ(call(u"two.dll", u"C:\\in\\two.dll"), ModuleCall::called);
 }
 
 TEST_F(OverlayMachineTest, BundlesAreNotAdmitted) {

@@ -329,19 +329,23 @@ TEST_F(SimulatedMachineTest, ProcessesOfBeforeTheShellOpenedAnyAreTaken) {
 }
 
 TEST_F(SimulatedMachineTest, CallsIntoModulesAreRecordedInOrder) {
+  UString const server = u"C:\\Windows\\server.dll";
   {
     SimulatedMachine machine(directory());
     writeFile(machine, u"C:\\Windows\\server.dll", std::string_view("MZ\0One\0Two\0", 11));
     machine.files().setCurrentDirectory(u"C:\\Windows");
-    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "Two", {"a\xFF", "", "\xE6\x97\xA5"}),
+    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", server, "Two",
+                                               {"a\xFF", "", "\xE6\x97\xA5"}),
               ModuleCall::called);
-    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "MZ", {}), ModuleCall::called);
+    EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", server, "MZ", {}),
+              ModuleCall::called);
   }
   SimulatedMachine machine(directory());
-  EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", "Two", {}), ModuleCall::notLoaded);
-  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", "T", {}),
+  EXPECT_EQ(machine.modules().callEntryPoint(u"server.dll", server, "Two", {}),
+            ModuleCall::notLoaded);
+  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", server, "T", {}),
             ModuleCall::noEntryPoint);
-  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", "One",
+  EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\windows\\server", server, "One",
                                              {std::string("a\0b", 3), "", ""}),
             ModuleCall::called);
   machine.save();
@@ -358,17 +362,32 @@ TEST_F(SimulatedMachineTest, AnEntryPointIsFoundWhereverItsNameLies) {
   for (std::size_t at = part - 12; at < part + 4; ++at) {
     for (std::string const& end : {std::string(), std::string(1, '\0'), std::string("\n")}) {
       writeFile(machine, u"C:\\m.dll", std::string(at - 1, 'x') + "\nEntryPoint" + end);
-      EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", "EntryPoint", {}),
+      EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
                 ModuleCall::called)
           << at;
     }
     writeFile(machine, u"C:\\m.dll", std::string(at - 1, 'x') + "\nEntryPointX");
-    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", "EntryPoint", {}),
+    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
               ModuleCall::noEntryPoint);
     writeFile(machine, u"C:\\m.dll", std::string(at, 'x') + "EntryPoint");
-    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", "EntryPoint", {}),
+    EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
               ModuleCall::noEntryPoint);
   }
+}
+
+TEST_F(SimulatedMachineTest, AModuleOfTheSystemFolderIsFoundBeforeTheCurrentFolders) {
+  SimulatedMachine machine(directory());
+  machine.files().createDirectory(u"C:\\a");
+  writeFile(machine, u"C:\\a\\server.dll", "Entry");
+  machine.files().setCurrentDirectory(u"C:\\a");
+  auto const call = [&] {
+    return machine.modules().callEntryPoint(u"server.dll", u"C:\\a\\server.dll", "Entry", {});
+  };
+  EXPECT_EQ(call(), ModuleCall::called);
+  writeFile(machine, u"C:\\Windows\\System32\\server.dll", "Entry");
+  EXPECT_THROW(call(), machine::OtherModule);
+  machine.save();
+  EXPECT_EQ(json::parse(content("modules.json"))["calls"].size(), 1u);
 }
 
 TEST_F(SimulatedMachineTest, BundlesAreRecordedAndNotAdmitted) {

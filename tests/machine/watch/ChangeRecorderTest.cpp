@@ -118,7 +118,7 @@ TEST_F(ChangeRecorderTest, EveryKindOfItemIsToldWithItsStates) {
 }
 
 TEST_F(ChangeRecorderTest, HandOversAreToldInOrder) {
-  machine_.modules().callEntryPoint(u"server", "Register", {});
+  machine_.modules().callEntryPoint(u"server", u"C:\\server.dll", "Register", {});
   machine_.processes().shellExecute(u"C:\\tool.exe", u"-a");
   EXPECT_THAT(recorder_.startAnew(),
               ElementsAre(HandOver{HandOver::Kind::module, u"server", u"Register"},
@@ -127,7 +127,7 @@ TEST_F(ChangeRecorderTest, HandOversAreToldInOrder) {
 
 TEST_F(ChangeRecorderTest, StartingAnewForgetsWhatWas) {
   write(machine_, u"C:\\a", "old");
-  machine_.modules().callEntryPoint(u"server", "Register", {});
+  machine_.modules().callEntryPoint(u"server", u"C:\\server.dll", "Register", {});
   EXPECT_TRUE(recorder_.hasChanged());
   recorder_.startAnew();
   EXPECT_FALSE(recorder_.hasChanged());

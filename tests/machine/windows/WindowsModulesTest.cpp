@@ -14,7 +14,7 @@ class WindowsModules : public tests::MachineTest {
  protected:
   ModuleCall call(UString const& module, std::string const& entryPoint,
                   std::array<std::string, 3> const& arguments) {
-    return machine().modules().callEntryPoint(module, entryPoint, arguments);
+    return machine().modules().callEntryPoint(module, module, entryPoint, arguments);
   }
   static bool isLoaded(wchar_t const* module) { return GetModuleHandleW(module) != nullptr; }
 

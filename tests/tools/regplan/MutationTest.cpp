@@ -8,7 +8,8 @@ namespace regplan {
 namespace {
 
 std::string const goodPlan = R"({"$schema":"regplan.schema.json",
- "options":{"rootPath":"C:\\Program Files\\Vortan\\R1","isServiceHostRequested":true,
+ "options":{"metadataRootPath":"C:\\Program Files\\Vortan\\R1","isServiceHostRequested":true,
+  "usageDataSettingsArgument":"a text of which most changes leave a text",
   "targetFolders":{"C:\\link.exe":"C:\\folder"}},
  "commands":[{"command":"AddVTPathEntriesToMetadataFile"},
   {"command":"SetRegistryKeys","registryKeys":[{"root":"HKEY_LOCAL_MACHINE",

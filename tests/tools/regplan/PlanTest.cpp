@@ -119,8 +119,8 @@ TEST(ReadPlan, FillsEveryOption) {
       "isFileAssociationRequested":true, "isServiceHostRequested":true,
       "isSettingsToolOptionSet":true, "isUsageDataSettingsRequested":true,
       "isStartMenuShortcutRequested":true, "areScheduledServicesEnabled":true,
-      "rootPath":"r", "usageDataSettingsArgument":"u", "bundleRootPath":"b",
-      "metadataRootPath":"m", "targetFolders":{"C:\\link.exe":"C:\\folder"}},
+      "rootPath":"C:\\r", "usageDataSettingsArgument":"u", "bundleRootPath":"C:\\b",
+      "metadataRootPath":"\\\\server\\m", "targetFolders":{"C:\\link.exe":"C:\\folder"}},
       "commands":[{"command":"Nothing"}]})",
                            testCommands);
   Options const& options = recorded(plan).options;
@@ -132,10 +132,10 @@ TEST(ReadPlan, FillsEveryOption) {
   EXPECT_TRUE(options.isUsageDataSettingsRequested());
   EXPECT_TRUE(options.isStartMenuShortcutRequested());
   EXPECT_TRUE(options.areScheduledServicesEnabled());
-  EXPECT_EQ(options.getRootPath(), u"r");
+  EXPECT_EQ(options.getRootPath(), u"C:\\r");
   EXPECT_EQ(options.getUsageDataSettingsArgument(), u"u");
-  EXPECT_EQ(options.getBundleRootPath(), u"b");
-  EXPECT_EQ(options.getMetadataRootPath(), u"m");
+  EXPECT_EQ(options.getBundleRootPath(), u"C:\\b");
+  EXPECT_EQ(options.getMetadataRootPath(), u"\\\\server\\m");
   EXPECT_EQ(options.getTargetFolder(u"C:\\link.exe"), u"C:\\folder");
 }
 
@@ -253,11 +253,11 @@ TEST(ReadPlan, CutsTheReasonOfAHugeToken) {
 }
 
 TEST(ReadPlan, RefusesNamesGivenTwiceWhereverTheyAre) {
-  EXPECT_THAT(errorsOf(R"({"commands":[],"options":{"rootPath":"a","rootPath":"b"}})"),
+  EXPECT_THAT(errorsOf(R"({"commands":[],"options":{"rootPath":"C:\\a","rootPath":"C:\\b"}})"),
               ElementsAre("p.json: /options/rootPath: given more than once"));
   EXPECT_THAT(argumentErrors(R"("number":1,"number":1)"),
               ElementsAre("p.json: /commands/0/number: given more than once"));
-  EXPECT_THAT(optionErrors(R"("targetFolders":{"C:\\a":"","C:\\a":""})"),
+  EXPECT_THAT(optionErrors(R"("targetFolders":{"C:\\a":"C:\\b","C:\\a":"C:\\b"})"),
               ElementsAre("p.json: /options/targetFolders/C:\\a: given more than once"));
   EXPECT_THAT(errorsOf(R"({"commands":[],"commands":[]})"),
               ElementsAre("p.json: /commands: given more than once"));
@@ -339,7 +339,7 @@ TEST(ReadPlan, RefusesMissingArguments) {
   EXPECT_THAT(errorsOf(R"({"commands":[{"command":"UpdatePathEnvironmentVariable",
                            "productVersion":"1"}]})"),
               ElementsAre("p.json: /commands/0/pathEntry: missing; UpdatePathEnvironmentVariable "
-                          "needs it (text)",
+                          "needs it (absolute path)",
                           "p.json: /commands/0/executableName: missing; "
                           "UpdatePathEnvironmentVariable needs it (text)"));
 }
@@ -349,9 +349,78 @@ TEST(ReadPlan, RefusesEmptyTextsWhereTheyMakeNoSense) {
                            {"command":"Named","name":" "}]})",
                        testCommands),
               ElementsAre("p.json: /commands/0/name: must not be empty"));
-  EXPECT_THAT(errorsOf(R"({"commands":[{"command":"UpdatePathEnvironmentVariable","pathEntry":"",
-                           "productVersion":"1","executableName":"a.exe"}]})"),
-              ElementsAre("p.json: /commands/0/pathEntry: must not be empty"));
+  EXPECT_THAT(errorsOf(R"({"commands":[{"command":"RegisterAutomationServer","moduleName":"",
+                           "moduleFolder":"C:\\a"}]})"),
+              ElementsAre("p.json: /commands/0/moduleName: must not be empty"));
+}
+
+/// Whoever chooses the folder that a program is started in chooses what such a path names.
+TEST(ReadPlan, RefusesPathsThatAreNotAbsolute) {
+  for (std::string const path : {"", "a.exe", R"(bin\\a.exe)", R"(.\\a.exe)", R"(..\\a.exe)",
+                                 "C:a.exe", R"(\\a.exe)", "/a.exe", "%TEMP%\\\\a.exe"}) {
+    std::string const reason = "must be an absolute path, such as C:\\folder, not \"";
+    EXPECT_THAT(argumentErrors("\"path\":\"" + path + "\""),
+                ElementsAre(HasSubstr("p.json: /commands/0/path: " + reason)));
+    EXPECT_THAT(argumentErrors("\"paths\":[\"C:\\\\a\",\"" + path + "\"]"),
+                ElementsAre(HasSubstr("p.json: /commands/0/paths/1: " + reason)));
+    for (std::string const option : {"rootPath", "bundleRootPath", "metadataRootPath"}) {
+      EXPECT_THAT(optionErrors("\"" + option + "\":\"" + path + "\""),
+                  ElementsAre(HasSubstr("p.json: /options/" + option + ": " + reason)));
+    }
+    EXPECT_THAT(optionErrors(R"("targetFolders":{"C:\\a":")" + path + "\"}"),
+                ElementsAre(HasSubstr("p.json: /options/targetFolders/C:\\a: " + reason)));
+    EXPECT_THAT(optionErrors("\"targetFolders\":{\"" + path + R"(":"C:\\a"})"),
+                ElementsAre(HasSubstr(": " + reason)));
+  }
+  EXPECT_THAT(errorsOf(R"({"commands":[{"command":"LaunchCppMicroServicesCacheExecutable",
+                           "executablePath":"cache_builder.exe"}]})"),
+              ElementsAre("p.json: /commands/0/executablePath: must be an absolute path, such as "
+                          "C:\\folder, not \"cache_builder.exe\""));
+  EXPECT_THAT(argumentErrors(R"("paths":["C:\\a","c:/a","\\\\server\\share","\\\\?\\C:\\a"])"),
+              IsEmpty());
+}
+
+TEST(ReadPlan, TextsThatNameWindowsPathsAreHeldToThemToo) {
+  for (auto const& [command, argument] : std::vector<std::pair<std::string, std::string>>{
+           {"CreateDesktopShortcuts", "targetPath"},
+           {"CreateStartMenuShortcuts", "targetPath"},
+           {"StartServices", "applicationPath"},
+           {"UpdatePathEnvironmentVariable", "pathEntry"},
+           {"RegisterAutomationServer", "moduleFolder"},
+           {"LaunchFyroSettingsExecutable", "executablePath"}}) {
+    EXPECT_THAT(errorsOf(R"({"options":{"rootPath":"C:\\r"},"commands":[{"command":")" + command +
+                         R"(",")" + argument + R"(":"bin\\a"}]})"),
+                testing::Contains("p.json: /commands/0/" + argument +
+                                  ": must be an absolute path, such as C:\\folder, not \"bin\\a\""))
+        << command;
+  }
+}
+
+/// Without a root, folders of the product are looked for below the current folder.
+TEST(ReadPlan, RefusesAPlanWithoutTheRootsThatItsCommandsNeed) {
+  EXPECT_THAT(errorsOf(R"({"commands":[{"command":"GeneratePathDef"},
+                           {"command":"GenerateJavaClassPath"},
+                           {"command":"AddVTPathEntriesToMetadataFile"}]})"),
+              ElementsAre("p.json: /options/rootPath: missing; GeneratePathDef needs it",
+                          "p.json: /options/bundleRootPath: missing; GeneratePathDef needs it",
+                          "p.json: /options/metadataRootPath: missing; "
+                          "AddVTPathEntriesToMetadataFile needs it"));
+  EXPECT_THAT(errorsOf(R"({"options":{"rootPath":"C:\\r"},"commands":[
+                           {"command":"InstallationsRegistryCommand"}]})"),
+              IsEmpty());
+}
+
+TEST(Catalogue, CommandsNeedOptionsThatAreFolders) {
+  std::set<std::string_view> folders;
+  for (auto const& option : optionCatalogue()) {
+    if (option.isPath) folders.insert(option.name);
+  }
+  EXPECT_EQ(folders.size(), 3U);
+  for (auto const& command : commandCatalogue()) {
+    for (auto const& name : command.neededOptions) {
+      EXPECT_TRUE(folders.contains(name)) << command.name << " " << name;
+    }
+  }
 }
 
 TEST(ReadPlan, RefusesArgumentsOfAnotherType) {
@@ -363,7 +432,7 @@ TEST(ReadPlan, RefusesArgumentsOfAnotherType) {
                           "4294967295, not text",
                           "p.json: /commands/0/paths: must be a list, not an object",
                           "p.json: /commands/0/registryKeys: must be a list, not null"));
-  EXPECT_THAT(argumentErrors(R"("paths":["a",1,"b",[]])"),
+  EXPECT_THAT(argumentErrors(R"("paths":["C:\\a",1,"C:\\b",[]])"),
               ElementsAre("p.json: /commands/0/paths/1: must be text, not a number",
                           "p.json: /commands/0/paths/3: must be text, not a list"));
 }
@@ -391,7 +460,7 @@ TEST(ReadPlan, RefusesNumbersOutOfRange) {
 }
 
 TEST(ReadPlan, RefusesNulInTexts) {
-  EXPECT_THAT(optionErrors(R"("rootPath":"C:\\a\u0000b","targetFolders":{"\u0000":"c"})"),
+  EXPECT_THAT(optionErrors(R"("rootPath":"C:\\a\u0000b","targetFolders":{"\u0000":"C:\\c"})"),
               ElementsAre("p.json: /options/rootPath: must not contain the character U+0000",
                           "p.json: /options/targetFolders/\\u0000: must not contain the character "
                           "U+0000"));

@@ -330,6 +330,43 @@ TEST_F(Program, VerboselyShowsChangesToo) {
   EXPECT_THAT(out, HasSubstr("        + file C:\\Vortan\\ssiSearchFolders: 16 bytes\n"));
 }
 
+TEST_F(Program, VerboselyTellsTheSystemsGuards) {
+  layOutSample();
+  guards = {{"links are not followed", machine::GuardState::on},
+            {"no code from servers", machine::GuardState::notOffered},
+            {"a damaged heap ends the program", machine::GuardState::refused, "access denied"}};
+  EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--verbose"}), 0);
+  EXPECT_THAT(out, HasSubstr("\nGuard: links are not followed: on\n"
+                             "Guard: no code from servers: not offered by this system\n"
+                             "Guard: a damaged heap ends the program: refused by the system: "
+                             "access denied\n"));
+  EXPECT_THAT(readBytes("machine/C/ProgramData/Vortan/registration.log"), Not(HasSubstr("Guard")));
+  EXPECT_EQ(regplan({"undo", "plan.json", "--machine", "machine"}), 0);
+  EXPECT_THAT(out, Not(HasSubstr("Guard")));
+}
+
+/// Attack: whoever starts a plan without roots in a folder of his has his own code found there.
+TEST_F(Program, RefusesAPlanThatTakesCodeFromWhereItHappensToStand) {
+  writeBytes("plan.json", R"({ "commands": [
+    { "command": "GenerateJavaClassPath" },
+    { "command": "InstallDotNetAssemblyFiles", "files": ["C:\\Vortan\\a.dll"] },
+    { "command": "LaunchCppMicroServicesCacheExecutable", "executablePath": "tool.exe" } ] })");
+  writeBytes("machine/C/tool.exe", "MZ");
+  for (std::vector<std::string> const& arguments :
+       std::vector<std::vector<std::string>>{{"validate", "plan.json"},
+                                             {"preview", "plan.json", "--machine", "machine"},
+                                             {"run", "plan.json", "--machine", "machine"},
+                                             {"undo", "plan.json", "--machine", "machine"}}) {
+    EXPECT_EQ(regplan(arguments), 2);
+    EXPECT_EQ(err,
+              "plan.json: /options/rootPath: missing; GenerateJavaClassPath needs it\n"
+              "plan.json: /options/bundleRootPath: missing; GenerateJavaClassPath needs it\n"
+              "plan.json: /commands/2/executablePath: must be an absolute path, such as "
+              "C:\\folder, not \"tool.exe\"\n");
+  }
+  EXPECT_THAT(readBytes("machine/modules.json"), Not(HasSubstr("classpath_services")));
+}
+
 TEST_F(Program, WritesNothingButEventsAsJson) {
   layOutSample();
   EXPECT_EQ(regplan({"run", "plan.json", "--machine", "machine", "--json"}), 0);

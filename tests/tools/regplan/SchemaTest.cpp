@@ -54,8 +54,11 @@ void expectVerdict(bool isGood, Json const& plan) {
   expectVerdict(isGood, plan.dump());
 }
 
+Json const everyRoot = {
+    {"rootPath", "C:\\r"}, {"bundleRootPath", "//server/b"}, {"metadataRootPath", "c:/m"}};
+
 Json planOf(Json const& command) {
-  return {{"commands", {command}}};
+  return {{"options", everyRoot}, {"commands", {command}}};
 }
 
 Json const registryValue = {
@@ -73,7 +76,7 @@ Json goodValue(ArgumentType type) {
     case ArgumentType::number:
       return 8;
     case ArgumentType::paths:
-      return {"C:\\a", "b", ""};
+      return {"C:\\a", "\\\\server\\b"};
     case ArgumentType::registryKeys:
       return {registryValue, registryValue};
   }
@@ -87,14 +90,15 @@ Json const everyKind = {nullptr, true,          8,  "text", 1.5, Json::object(),
 bool isOfType(Json const& value, ArgumentType type) {
   switch (type) {
     case ArgumentType::text:
-    case ArgumentType::path:
       return value.is_string();
+    case ArgumentType::path:
+      return false;
     case ArgumentType::boolean:
       return value.is_boolean();
     case ArgumentType::number:
       return value == 8;
     case ArgumentType::paths:
-      return value.is_array() && (value.empty() || value[0].is_string());
+      return value == Json::array();
     case ArgumentType::registryKeys:
       return false;
   }
@@ -206,13 +210,14 @@ TEST(PlanSchema, JudgesEveryOption) {
       bool const isGood = std::holds_alternative<bool Options::Values::*>(option.field)
                               ? value.is_boolean()
                           : std::holds_alternative<UString Options::Values::*>(option.field)
-                              ? value.is_string()
+                              ? value.is_string() && !option.isPath
                               : value == Json::object();
       expectVerdict(isGood, Json{{"options", {{option.name, value}}}, {"commands", Json::array()}});
     }
   }
-  expectVerdict(true, Json{{"options", {{"targetFolders", {{"C:\\a", "C:\\b"}, {"", ""}}}}},
-                           {"commands", Json::array()}});
+  expectVerdict(true,
+                Json{{"options", {{"targetFolders", {{"C:\\a", "C:\\b"}, {"//server/c", "c:/d"}}}}},
+                     {"commands", Json::array()}});
   expectVerdict(false, std::string(R"({"options":{"rootpath":""},"commands":[]})"));
 }
 
@@ -240,6 +245,36 @@ TEST(PlanSchema, JudgesTheFormOfPlans) {
   for (auto const& [isGood, plan] : plans) expectVerdict(isGood, plan);
 }
 
+TEST(PlanSchema, JudgesWhetherPathsAreAbsolute) {
+  std::vector<std::pair<std::string, bool>> const paths = {{"C:\\a", true},
+                                                           {"z:/", true},
+                                                           {"\\\\server\\share", true},
+                                                           {"\\\\?\\C:\\a", true},
+                                                           {"//s/", true},
+                                                           {"/\\s", true},
+                                                           {"", false},
+                                                           {"a", false},
+                                                           {"a\\b", false},
+                                                           {".\\a", false},
+                                                           {"\\a", false},
+                                                           {"C:", false},
+                                                           {"C:a", false},
+                                                           {"1:\\", false},
+                                                           {" C:\\a", false}};
+  for (auto const& [path, isGood] : paths) {
+    expectVerdict(isGood, planOf({{"command", "RegisterDlls"}, {"files", Json::array({path})}}));
+    expectVerdict(isGood, planOf({{"command", "LaunchCppMicroServicesCacheExecutable"},
+                                  {"executablePath", path}}));
+    for (auto const& root : everyRoot.items()) {
+      expectVerdict(isGood, Json{{"options", {{root.key(), path}}}, {"commands", Json::array()}});
+    }
+    for (Json const& folders : {Json{{path, "C:\\a"}}, Json{{"C:\\a", path}}}) {
+      expectVerdict(isGood,
+                    Json{{"options", {{"targetFolders", folders}}}, {"commands", Json::array()}});
+    }
+  }
+}
+
 /// Numbers by a command that takes any: that of the product's code takes three values only.
 TEST(PlanSchema, JudgesTheRangeOfNumbers) {
   auto const make = [](Options const&, Arguments const&) {
@@ -264,8 +299,9 @@ TEST(PlanSchema, JudgesTheRangeOfNumbers) {
 TEST(PlanSchema, CannotSayEverything) {
   std::vector<std::string> const plans = {
       R"({"commands":[],"commands":[]})",
-      R"({"options":{"rootPath":"a","rootPath":"b"},"commands":[]})",
-      R"({"commands":[{"command":"SetFileAssociations","productCode":5}]})",
+      R"({"options":{"rootPath":"C:\\a","rootPath":"C:\\b"},"commands":[]})",
+      R"({"commands":[{"command":"InstallationsRegistryCommand"}]})",
+      R"({"options":{"rootPath":"C:\\a"},"commands":[{"command":"SetFileAssociations","productCode":5}]})",
       R"({"$schema":)" + std::string(planNestingLimit, '[') + std::string(planNestingLimit, ']') +
           R"(,"commands":[]})",
   };

@@ -30,10 +30,11 @@ class ProgramTest : public testing::Test {
     std::ostringstream output;
     std::ostringstream errors;
     auto time = std::chrono::steady_clock::time_point{};
-    int const code = runProgram(std::move(arguments), {output, errors, [&time] {
-                                                         time += std::chrono::milliseconds(15);
-                                                         return time;
-                                                       }});
+    auto const now = [&time] {
+      time += std::chrono::milliseconds(15);
+      return time;
+    };
+    int const code = runProgram(std::move(arguments), {output, errors, now, {}, guards});
     out = output.str();
     err = errors.str();
     return code;
@@ -43,6 +44,7 @@ class ProgramTest : public testing::Test {
     golden::expectFile(std::filesystem::path(REGPLAN_GOLDEN) / name, actual);
   }
 
+  std::vector<machine::Guard> guards;
   std::string out;
   std::string err;
 

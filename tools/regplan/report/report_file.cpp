@@ -36,12 +36,14 @@ ReportFile::ReportFile(std::string name) : name_(std::move(name)), file_(hostPat
   if (fs::is_directory(file_, error)) fail("is a folder");
   fs::path temporary = file_;
   temporary += ".tmp";
-  // Whoever may write to the folder could have put a link there: what is there is removed, and made
-  // anew or not at all.
-  machine::host::removeFile(temporary);
   try {
+    // Whoever may write to the folder could have put a link there: what is there is removed, and
+    // made anew or not at all.
+    machine::host::removeFile(temporary);
     HostFile made(temporary, OpenMode::createNew);
     made.close();
+  } catch (machine::UntrustedPath const& failure) {
+    fail(std::string("cannot be written: ") + machine::printable(failure.what()));
   } catch (std::system_error const& failure) {
     fail("cannot be written: " + failure.code().message());
   }
@@ -49,7 +51,11 @@ ReportFile::ReportFile(std::string name) : name_(std::move(name)), file_(hostPat
 }
 
 ReportFile::~ReportFile() {
-  if (!temporary_.empty()) machine::host::removeFile(temporary_);
+  try {
+    if (!temporary_.empty()) machine::host::removeFile(temporary_);
+  } catch (std::runtime_error const&) {
+    // Others have exchanged its folder: what lies there now is not this report's.
+  }
 }
 
 void ReportFile::write(RunReport const& report) {
@@ -62,6 +68,8 @@ void ReportFile::write(RunReport const& report) {
     made.close();
     machine::renameHostFile(temporary_, file_);
     temporary_.clear();
+  } catch (machine::UntrustedPath const& failure) {
+    fail(std::string("could not be written: ") + machine::printable(failure.what()));
   } catch (std::system_error const& failure) {
     fail("could not be written: " + failure.code().message());
   }

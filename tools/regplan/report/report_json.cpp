@@ -206,6 +206,7 @@ Json requestJson(Request const& request) {
     json["force"] = request.force;
     json["otherComputer"] = request.otherComputer;
     json["otherAccount"] = request.otherAccount;
+    json["untrustedJournal"] = orNull(request.untrustedJournal);
   } else {
     json["options"] = givenJson(request.options);
   }

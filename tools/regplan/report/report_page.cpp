@@ -226,6 +226,10 @@ std::string askedHtml(RunReport const& report) {
     facts += fact("Force", request.force ? "yes: also what was changed since" : "no");
     if (request.otherComputer) facts += fact("Other computer", "yes: also another one's journal");
     if (request.otherAccount) facts += fact("Other account", "yes: also another one's journal");
+    if (!request.untrustedJournal.empty()) {
+      facts +=
+          fact("Untrusted journal", "taken all the same: " + html::text(request.untrustedJournal));
+    }
   } else if (request.verb != Verb::preview) {
     facts += fileFact("Journal", request.journal, "none");
   }

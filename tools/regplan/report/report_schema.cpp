@@ -226,8 +226,12 @@ Json requestSchema() {
         described("Of a restore: also on another computer than the journal's.", boolean)},
        {"otherAccount",
         described("Of a restore: also as another account than the journal's.", boolean)},
+       {"untrustedJournal",
+        described("Of a restore from a journal that others could have written or exchanged: why; "
+                  "else null.",
+                  textOrNull)},
        {"options", described("As the plan gives them; JSON where one is no text.", texts)}},
-      {"force", "otherComputer", "otherAccount", "options"});
+      {"force", "otherComputer", "otherAccount", "untrustedJournal", "options"});
 }
 
 Json definitions() {

@@ -30,6 +30,8 @@ struct Request {
   bool force = false;          ///< of a restore: also what was changed since
   bool otherComputer = false;  ///< of a restore: also on another computer than the journal's
   bool otherAccount = false;   ///< of a restore: also as another account than the journal's
+  /// Of a restore from a journal that others could have written: why, else empty.
+  std::string untrustedJournal{};
   std::vector<Given> options{};
   std::chrono::system_clock::time_point started{};
 };

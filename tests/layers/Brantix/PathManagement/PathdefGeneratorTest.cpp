@@ -57,6 +57,19 @@ TEST_F(PathdefGeneratorTest, TheDefinitionFileLiesInTheInstallation) {
   EXPECT_EQ(windowsPath(generator().getToolboxFolder()), at(u"toolbox"));
 }
 
+TEST_F(PathdefGeneratorTest, AFolderOnAnotherServerIsToldWithItsLineAndStaysAnEntry) {
+  makeDirectory(at(u"sys\\path"));
+  writeFile(pathdef(), "pathdef 1\n\"\\\\evil\\share\"\n");
+  writeFile(at(u"ssiSearchFolders"), "toolbox\\a\n\n\\\\evil\\other\n");
+  EXPECT_EQ(read(), Paths{u"\\\\evil\\share"});
+  EXPECT_EQ(derived(), (Paths{at(u"toolbox\\a"), u"\\\\evil\\other"}));
+  ASSERT_EQ(warnings().size(), 2u);
+  EXPECT_EQ(warnings()[0].text(), pathdef() +
+                                      u", line 2: \\\\evil\\share leads to evil, not to where the "
+                                      u"product is: this computer makes itself known there");
+  EXPECT_EQ(warnings()[1].line, 3u);
+}
+
 TEST_F(PathdefGeneratorTest, AnEmptyInstallationAsksForNothing) {
   EXPECT_TRUE(derived().empty());
   EXPECT_TRUE(warnings().empty());

@@ -1,4 +1,7 @@
 #include <gmock/gmock.h>
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
 
 #include <stdexcept>
 #include <vector>
@@ -8,6 +11,7 @@
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
 #include "tests/support/substituted_machine.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace install::cpputil::logger {
 namespace {
@@ -178,6 +182,42 @@ TEST_F(Logger, RefusesALinkInPlaceOfItsFileOrFolder) {
   append_message(u"said");
   EXPECT_EQ(readFile(at(u"of others")), "kept");
   EXPECT_FALSE(exists(at(u"elsewhere\\install.log")));
+}
+
+TEST_F(Logger, IsNotLedElsewhereByAFolderAboveThatOthersCanExchange) {
+  makeDirectory(at(u"shared\\logs"));
+  makeDirectory(at(u"elsewhere\\today"));
+  std::filesystem::permissions(hostPath(at(u"shared")), std::filesystem::perms::all);
+  std::filesystem::create_directory_symlink(hostPath(at(u"elsewhere")),
+                                            hostPath(at(u"shared\\moved")));
+  EXPECT_FALSE(set_destination(at(u"shared\\moved\\today\\install.log")));
+  EXPECT_FALSE(exists(at(u"elsewhere\\today\\install.log")));
+}
+
+TEST_F(Logger, DoesNotAppendToAFileWithASecondName) {
+  writeFile(at(u"of others"), "kept");
+  std::filesystem::create_hard_link(hostPath(at(u"of others")), hostPath(at(u"install.log")));
+  EXPECT_FALSE(set_destination(at(u"install.log")));
+  append_message(u"said");
+  EXPECT_EQ(readFile(at(u"of others")), "kept");
+}
+
+TEST_F(Logger, RefusesAFolderOfAnotherAccountAndTellsWhose) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root gives files to others";
+  makeDirectory(at(u"of nobody"));
+  ::chown(hostPath(at(u"of nobody")).c_str(), 65534, 65534);
+  tests::TroubleCapture const told;
+  EXPECT_FALSE(set_destination(at(u"of nobody\\install.log")));
+  EXPECT_EQ(told.errors(u"belongs to nobody"), 1u);
+  EXPECT_FALSE(exists(at(u"of nobody\\install.log")));
+}
+
+TEST_F(Logger, WarnsOfAFolderWhereOthersMayWrite) {
+  makeDirectory(at(u"shared"));
+  std::filesystem::permissions(hostPath(at(u"shared")), std::filesystem::perms::all);
+  tests::TroubleCapture const told;
+  EXPECT_TRUE(set_destination(at(u"shared\\install.log")));
+  EXPECT_EQ(told.warnings(u"may be replaced by others"), 1u);
 }
 #endif
 

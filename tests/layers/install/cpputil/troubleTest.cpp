@@ -58,5 +58,21 @@ TEST(Trouble, WhatAnObserverThrowsReachesWhoTold) {
   EXPECT_THROW(tell({severity::error, u"x"}), std::runtime_error);
 }
 
+TEST(Trouble, CodeOfARelativePlaceIsAWarning) {
+  std::vector<report> heard;
+  scoped_observer const observer([&](report const& told) { heard.push_back(told); });
+  for (auto const* path : {u"C:\\a.exe", u"\\\\srv\\share\\a.exe", u"\\\\?\\C:\\a.exe"})
+    warn_of_relative_code(path);
+  EXPECT_TRUE(heard.empty());
+  for (auto const* path : {u"a.exe", u".\\a.exe", u"\\a.exe", u"C:a.exe", u""})
+    warn_of_relative_code(path);
+  ASSERT_EQ(heard.size(), 5u);
+  EXPECT_EQ(heard[1].severity, severity::warning);
+  EXPECT_EQ(heard[1].text,
+            u".\\a.exe is not absolute: which code is loaded or run there depends on the current "
+            u"folder");
+  EXPECT_EQ(heard[1].subject, u".\\a.exe");
+}
+
 }  // namespace
 }  // namespace install::cpputil::trouble

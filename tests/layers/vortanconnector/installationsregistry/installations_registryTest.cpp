@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
 
 #include <chrono>
 #include <fstream>
@@ -8,6 +11,7 @@
 #include "tests/layers/vortanconnector/installationsregistry/sandboxed_registry.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/machine_fixture.hpp"
+#include "tests/support/trouble_capture.hpp"
 #include "vortanconnector/installationsregistry/installations_registry.hpp"
 
 namespace vortanconnector::installationsregistry {
@@ -151,6 +155,50 @@ TEST_F(AddVortanRecord, AWriterThatDoesNotEndIsNotWaitedForForEver) {
   EXPECT_EQ(impatient.asked, std::chrono::seconds(10));
   EXPECT_FALSE(exists(file()));
 }
+
+#if !defined(_WIN32)
+TEST_F(AddVortanRecord, AFolderThatAnotherAccountMadeFirstIsRefused) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root gives files to others";
+  for (auto const* const name : {u"ProgramData\\Brantix", u"ProgramData\\Brantix\\Installations"}) {
+    makeDirectory(folder());
+    ::chown(hostPath(at(name)).c_str(), 65534, 65534);
+    EXPECT_NE(refusal().find("belongs to nobody"), std::string::npos) << refusal();
+    EXPECT_FALSE(exists(file()));
+    EXPECT_FALSE(exists(file(u"installations.json.lock")));
+    ::chown(hostPath(at(name)).c_str(), 0, 0);
+  }
+}
+
+TEST_F(AddVortanRecord, AFolderThatOthersCouldWriteIsTakenOverAndTold) {
+  makeDirectory(folder());
+  std::filesystem::permissions(hostPath(folder()), std::filesystem::perms::all);
+  tests::TroubleCapture const told;
+  EXPECT_TRUE(addVortanRecord(UString(u"C:\\a"), u""));
+  EXPECT_EQ(told.warnings(u"others could write here"), 1u);
+  EXPECT_FALSE(files().foreignAccess(folder()).any());
+  EXPECT_TRUE(addVortanRecord(UString(u"C:\\b"), u""));
+  EXPECT_EQ(told.reports().size(), 1u);
+}
+
+TEST_F(AddVortanRecord, ARegistryThatOthersCouldWriteIsNotBelieved) {
+  addVortanRecord(UString(u"C:\\a"), u"");
+  std::filesystem::permissions(hostPath(file()), std::filesystem::perms::others_write,
+                               std::filesystem::perm_options::add);
+  EXPECT_NE(refusal().find("installations.json may be written by others"), std::string::npos)
+      << refusal();
+  EXPECT_EQ(records().size(), 1u);
+}
+
+TEST_F(AddVortanRecord, NobodyElseCanHoldTheLock) {
+  makeDirectory(folder());
+  writeFile(file(u"installations.json.lock"), "");
+  std::filesystem::permissions(hostPath(file(u"installations.json.lock")),
+                               std::filesystem::perms(0666));
+  EXPECT_TRUE(addVortanRecord(UString(u"C:\\a"), u""));
+  EXPECT_EQ(std::filesystem::status(hostPath(file(u"installations.json.lock"))).permissions(),
+            std::filesystem::perms(0600));
+}
+#endif
 
 TEST_F(AddVortanRecord, AfterAnySingleFailureTheFileIsTheOldOrTheNewOne) {
   addVortanRecord(UString(u"C:\\old"), u"");

@@ -70,6 +70,38 @@ TEST_F(AddJavaPathEntries, FreshRootGetsTheHeaderAndTheEntriesInOrder) {
   EXPECT_EQ(readFile(written()), header + listed(u"A.jar") + "\n" + listed(u"B.jar") + "\n");
 }
 
+/// The administrator's computer would log on to whatever server a list names.
+TEST_F(AddJavaPathEntries, AnEntryOnAnotherServerIsToldWithItsLineAndStillLookedAt) {
+  writeFile(root() / u"x.jcp",
+            "# a comment\n\n$vortanroot/A.jar\n//evil@80/share/a.jar\n"
+            "\\\\?\\UNC\\evil\\share\\b.jar\n");
+  tests::TroubleCapture const trouble;
+  UString const place = (root() / u"x.jcp").ustring();
+  std::set<UString> lookedAt;
+  executeWith([&](auto, std::u16string_view subject) {
+    if (subject.find(u"evil") != subject.npos) {
+      lookedAt.emplace(subject);
+      EXPECT_EQ(trouble.warnings(u"evil"), 2u) << "told before";
+    }
+    return false;
+  });
+  EXPECT_EQ(trouble.warnings(place + u":4: \\\\evil@80\\share\\a.jar leads to evil@80, not to"),
+            1u);
+  EXPECT_EQ(trouble.warnings(place + u":5: \\\\?\\UNC\\evil\\share\\b.jar leads to evil, not to"),
+            1u);
+  EXPECT_EQ(trouble.reports().size(), 2u);
+  EXPECT_EQ(lookedAt, (Entries{u"\\\\?\\UNC\\evil\\share\\b.jar", u"\\\\evil@80\\share\\a.jar"}));
+}
+
+TEST_F(AddJavaPathEntries, TheServerOfTheInstallationIsNoOther) {
+  writeFile(root() / u"x.jcp",
+            "$vortanroot/a.jar\n\\\\HOME\\other\\b.jar\n\\\\home2\\product\\c.jar\n");
+  tests::TroubleCapture const trouble;
+  Exposed(tests::withMetadataRoot(Path(u"\\\\home\\product"))).readJcpFile(root() / u"x.jcp");
+  ASSERT_EQ(trouble.reports().size(), 1u);
+  EXPECT_EQ(trouble.warnings(u"x.jcp:3: \\\\home2\\product\\c.jar leads to home2"), 1u);
+}
+
 TEST_F(AddJavaPathEntries, SecondRunAppendsOnlyWhatIsNewAndNoHeader) {
   makeFiles({u"A.jar", u"B.jar", u"C.jar"});
   writeFile(root() / u"x.jcp", "$vortanroot/A.jar\n$vortanroot/B.jar\n");

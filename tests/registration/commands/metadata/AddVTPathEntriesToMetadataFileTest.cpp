@@ -54,6 +54,21 @@ TEST_F(AddVTPathEntries, WritesTheExistingFoldersOfEveryPhlFileSortedAndOnce) {
   EXPECT_EQ(readFile(written()), "toolbox\\a\ntoolbox\\b\n");
 }
 
+/// It is looked for below the root here, and on the server by who reads the file that is written.
+TEST_F(AddVTPathEntries, AnEntryOnAnotherServerIsToldWithItsLine) {
+  makeFolders({u"evil\\share"});
+  writeFile(root() / u"one.phl", "% a comment\n\\\\evil\\share\nevil\\share\n");
+  tests::TroubleCapture const trouble;
+  EXPECT_EQ(execute(), successfulRun);
+  EXPECT_EQ(readFile(written()), "\\\\evil\\share\nevil\\share\n");
+  EXPECT_EQ(
+      trouble.warnings((root() / u"one.phl").ustring() +
+                       u":2: \\\\evil\\share leads to evil, not to where the product is: this "
+                       u"computer makes itself known there"),
+      1u);
+  EXPECT_EQ(trouble.reports().size(), 1u);
+}
+
 TEST_F(AddVTPathEntries, NoPhlFileLeavesAnEmptyFile) {
   EXPECT_EQ(execute(), successfulRun);
   EXPECT_EQ(readFile(written()), "");

@@ -283,5 +283,27 @@ TYPED_TEST(ThirdPartyCommands, BrokenInstalledSetIsNamedAndTheOneBeforeIsWritten
   EXPECT_NE(this->readFile(this->written()).find("instructionsets\\a"), std::string::npos);
 }
 
+/// What leads away from the computer is told with the place that asks for it.
+TEST(ThirdPartyServers, EachEntryOnAnotherServerIsToldWithItsPlaceInTheSet) {
+  tests::TroubleCapture const trouble;
+  Path const root(u"C:\\R1");
+  UString const set = u"C:\\R1\\instructionsets\\q";
+  tests::SetContent content;
+  content.vortanPaths = {"$IS_ROOT_DIR$IS_FILE_SEPa", "$IS_FILE_SEP$IS_FILE_SEPevil\\paths"};
+  content.javaClassPaths = {"\\\\?\\GLOBALROOT\\Device\\Mup\\evil\\a.jar"};
+  content.envVariables = {{"A", "$IS_ROOT_DIR", false}, {"B", "//evil/variables", true}};
+  SetContents const sets = {{set, content}};
+  WithSets<VTPath>(root, sets).gather(root.ustring());
+  WithSets<JavaPath>(root, sets).gather(root.ustring());
+  WithSets<EnvVar>(root, sets).gather(root.ustring());
+  UString const file = set + u"\\instructionset.json: ";
+  EXPECT_EQ(trouble.warnings(file + u"/VortanPaths/1: \\\\evil\\paths leads to evil, not to"), 1u);
+  EXPECT_EQ(
+      trouble.warnings(file + u"/JavaClassPaths/0: \\\\?\\GLOBALROOT\\Device\\Mup\\evil\\a.jar"),
+      1u);
+  EXPECT_EQ(trouble.warnings(file + u"/envVariables/1/value: //evil/variables leads to evil"), 1u);
+  EXPECT_EQ(trouble.reports().size(), 3u);
+}
+
 }  // namespace
 }  // namespace registration::commands

@@ -4,11 +4,13 @@
 #include <stdexcept>
 
 #include "fl/filesystem/operations.hpp"
+#include "machine/forwarding.hpp"
 #include "registration/commands/RegisterAutomationServer.hpp"
 #include "tests/support/command_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
 #include "tests/support/log_capture.hpp"
 #include "tests/support/options.hpp"
+#include "tests/support/substituted_machine.hpp"
 #include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
@@ -227,6 +229,38 @@ TEST_F(RegisterAutomationServerTest, FileThatIsNoModuleFails) {
   tests::LogCapture log;
   RegisterAutomationServer(tests::plainOptions(), u"empty.dll", folder_, u"").execute();
   EXPECT_EQ(log.messages(), Lines{u"Failed to register empty.dll as an automation server"});
+}
+
+/// Who may write to a place that is searched earlier plants a module of the same name there.
+TEST_F(RegisterAutomationServerTest, AModuleFoundElsewhereIsAFailureAndTheLogsLinesStay) {
+  UString const name = u"registration-test-planted.dll";
+  Path const checked = folder_ / name;
+  writeFile(checked, "RegisterOLEServer2\nUnRegisterOLEServer2\n");
+  class Planted final : public machine::ForwardingModules {
+   public:
+    using ForwardingModules::ForwardingModules;
+    machine::ModuleCall callEntryPoint(std::u16string_view, std::u16string_view file,
+                                       std::string const&,
+                                       std::array<std::string, 3> const&) override {
+      asked = file;
+      throw machine::OtherModule(file, u"C:\\Windows\\planted.dll");
+    }
+    UString asked;
+  } planted(machine().modules());
+  tests::SubstitutedMachine substituted(machine());
+  substituted.replace(planted);
+  machine::ScopedMachine const scope(substituted);
+  tests::LogCapture const log;
+  tests::TroubleCapture const trouble;
+  RegisterAutomationServer const command(tests::plainOptions(), name, folder_, u"");
+  command.execute();
+  command.undo();
+  EXPECT_EQ(planted.asked, checked.ustring());
+  EXPECT_EQ(log.messages(), (Lines{u"Failed to register " + name + u" as an automation server",
+                                   u"Failed to unregister " + name + u" as an automation server"}));
+  EXPECT_EQ(trouble.errors(u"C:\\Windows\\planted.dll was found in place of " + checked.ustring()),
+            2u);
+  EXPECT_EQ(get_current_path(), before_);
 }
 
 TEST_F(RegisterAutomationServerTest, CopyDoesWhatItsSourceDoes) {

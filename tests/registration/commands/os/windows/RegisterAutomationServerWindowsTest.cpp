@@ -1,8 +1,11 @@
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include "fl/filesystem/operations.hpp"
 #include "registration/commands/RegisterAutomationServer.hpp"
 #include "tests/registration/commands/windows/product_fixture.hpp"
+#include "tests/support/trouble_capture.hpp"
 
 namespace registration::commands {
 namespace {
@@ -31,6 +34,24 @@ TEST_F(RegisterAutomationServerOnWindows, TheModuleGetsFolderArgumentAndExecutab
   EXPECT_EQ(log_.messages(),
             (Lines{u"Successfully registered a server.dll as an automation server",
                    u"Successfully unregistered a server.dll as an automation server"}));
+  EXPECT_EQ(fl::filesystem::get_current_path(), before_);
+}
+
+/// A module of that name that the process has loaded already comes first in Windows' search.
+TEST_F(RegisterAutomationServerOnWindows, AnotherModuleOfThatNameIsToldAndNothingOfItIsCalled) {
+  Path const planted = copy(u"automation_server.dll", root() / u"planted", u"a server.dll");
+  copy(u"automation_server.dll", folder_, u"a server.dll");
+  HMODULE const loaded = LoadLibraryW(fl::i18n::to_wstring(planted.ustring()).c_str());
+  ASSERT_NE(loaded, nullptr);
+  tests::TroubleCapture const trouble;
+  command(u"a server.dll").execute();
+  FreeLibrary(loaded);
+  EXPECT_EQ(log_.messages(), Lines{u"Failed to register a server.dll as an automation server"});
+  EXPECT_EQ(trouble.errors(u"planted\\a server.dll was found in place of " +
+                           (folder_ / u"a server.dll").ustring()),
+            1u);
+  EXPECT_FALSE(exists(folder_ / u"automation_server.txt")) << "what the function writes";
+  EXPECT_EQ(GetModuleHandleW(L"a server.dll"), nullptr) << "it is released";
   EXPECT_EQ(fl::filesystem::get_current_path(), before_);
 }
 
