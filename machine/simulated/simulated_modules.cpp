@@ -36,10 +36,11 @@ bool hasName(std::string_view bytes, std::string_view name) {
   return false;
 }
 
-/// What a call would come to as far as the file tells: notLoaded for an empty one, noEntryPoint
-/// when the name does not stand in it. A module may have any size, so little of it is held at a
-/// time. Throws SystemError for one that cannot be read.
-ModuleCall callOf(std::string const& entryPoint, FileReader& module) {
+/// What a call would come to as far as the file tells: notLoaded for an empty one and one that
+/// cannot be read, noEntryPoint when the name does not stand in it. A module may have any size, so
+/// little of it is held at a time.
+ModuleCall callOf(std::string const& entryPoint, Files& files, UString const& path) try {
+  auto const module = files.openForReading(path);
   constexpr std::size_t partSize = 65536;
   bool const isName = !entryPoint.empty() && entryPoint.find('\0') == entryPoint.npos;
   auto result = ModuleCall::notLoaded;
@@ -47,7 +48,7 @@ ModuleCall callOf(std::string const& entryPoint, FileReader& module) {
   for (bool isAtEnd = false; !isAtEnd;) {
     auto const kept = bytes.size();
     bytes.resize(kept + partSize);
-    auto const count = module.read(std::span(bytes).subspan(kept));
+    auto const count = module->read(std::span(bytes).subspan(kept));
     isAtEnd = count == 0;
     if (!isAtEnd) result = ModuleCall::noEntryPoint;
     bytes.resize(kept + count);
@@ -57,6 +58,8 @@ ModuleCall callOf(std::string const& entryPoint, FileReader& module) {
     bytes.erase(0, bytes.size() - std::min(bytes.size(), entryPoint.size() + 1));
   }
   return result;
+} catch (SystemError const&) {
+  return ModuleCall::notLoaded;
 }
 
 }  // namespace
@@ -85,12 +88,8 @@ SimulatedModules::Found SimulatedModules::find(std::u16string_view module,
   for (UString const& folder :
        {shell_.knownFolder(KnownFolder::system), files_.currentDirectory()}) {
     UString path = path_grammar::absolute(withExtension(module), folder);
-    try {
-      auto const call = callOf(entryPoint, *files_.openForReading(path));
-      if (call != ModuleCall::notLoaded) return {std::move(path), call};
-    } catch (SystemError const&) {
-      // It is looked for in the next folder.
-    }
+    auto const call = callOf(entryPoint, files_, path);
+    if (call != ModuleCall::notLoaded) return {std::move(path), call};
   }
   return {};
 }
@@ -99,11 +98,11 @@ ModuleCall SimulatedModules::callEntryPoint(std::u16string_view module, std::u16
                                             std::string const& entryPoint,
                                             std::array<std::string, 3> const& arguments) {
   if (module.empty()) return ModuleCall::notLoaded;
-  auto const [path, call] = find(module, entryPoint);
-  if (call == ModuleCall::notLoaded) return call;
+  auto const [path, found] = find(module, entryPoint);
+  if (found == ModuleCall::notLoaded) return found;
   if (!equalIgnoringCase(path, path_grammar::absolute(file, files_.currentDirectory())))
     throw OtherModule(file, path);
-  if (call != ModuleCall::called) return call;
+  if (found != ModuleCall::called) return found;
   json texts = json::array();
   for (auto const& argument : arguments) texts.push_back(recorded(argument));
   calls_.push_back({{"module", toUtf8(path)},

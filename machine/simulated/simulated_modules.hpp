@@ -33,9 +33,8 @@ class SimulatedModules final : public Modules {
  private:
   struct Found {
     UString path;
-    ModuleCall call = ModuleCall::notLoaded;
+    ModuleCall call = ModuleCall::notLoaded;  ///< what a call would come to
   };
-  /// The module that the name leads to, and what a call of the entry point would come to.
   Found find(std::u16string_view module, std::string const& entryPoint);
 
   Files& files_;

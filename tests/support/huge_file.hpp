@@ -47,6 +47,7 @@ class HugeFile final : public machine::ForwardingFiles {
       return count;
     }
     void seek(std::uint64_t position) override { at_ = std::min(position, file_.size_); }
+    machine::ForeignAccess foreignAccess() override { return {}; }
 
    private:
     HugeFile& file_;

@@ -12,8 +12,8 @@ namespace desktopservicesetup {
 /// for meanwhile, what was checked is what is unpacked. `announced`: what a downloaded one must
 /// have; null for a shipped one.
 ///
-/// Throws SetupFailure: packageMissing when it cannot be opened, packageRefused when it is no sound
-/// zip file, downloadRefused when it is not the file that was announced.
+/// Throws SetupFailure: packageMissing when it cannot be opened, packageRefused when others may
+/// write it or it is no sound zip file, downloadRefused when it is not the file that was announced.
 std::unique_ptr<install::cpputil::zip_archive> openPackage(Path const& file,
                                                            Download const* announced);
 

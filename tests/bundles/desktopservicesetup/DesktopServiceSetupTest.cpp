@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
 #include "bundles/desktopservicesetup/implementation/DesktopServiceSetup.hpp"
 #include "machine/command_line.hpp"
 #include "tests/support/faulty_machine.hpp"
@@ -650,6 +654,7 @@ class Swapping final : public machine::ForwardingFiles {
       return count;
     }
     void seek(std::uint64_t position) override { inner_->seek(position); }
+    machine::ForeignAccess foreignAccess() override { return inner_->foreignAccess(); }
 
    private:
     std::unique_ptr<FileReader> inner_;
@@ -733,6 +738,90 @@ TEST_F(SetupTest, ADownloadIsNotWrittenThroughALinkInItsPlace) {
   EXPECT_EQ(setup.downloadLatestPackage(root()), Result::success);
   EXPECT_EQ(readFile(at(u"of others")), "kept");
   EXPECT_EQ(readFile(temporary(u"packages\\win64\\brantixservicehost.zip")), hostPackage("2.0"));
+}
+
+/// Files that ordinary users could have written, in the place of the product's.
+class OthersFiles : public SetupTest {
+ protected:
+  void letOthersWrite(machine::UString const& file) {
+    std::filesystem::permissions(hostPath(file), std::filesystem::perms(0666));
+  }
+  void giveToNobody(machine::UString const& file) {
+    constexpr uid_t nobody = 65534;
+    ASSERT_EQ(chown(hostPath(file).c_str(), nobody, nobody), 0);
+  }
+  /// What the step, which is to end with `result`, told.
+  template <typename Step>
+  std::string troubleOf(Result result, Step const& step) {
+    tests::TroubleCapture const trouble;
+    EXPECT_EQ(step(), result);
+    return trouble.texts().empty() ? std::string() : trouble.texts().back();
+  }
+  Result unpack() { return setup.unpackInstaller(current(), u"zci.zip"); }
+  Result install() { return setup.installServiceHost(current(), current(), true); }
+
+  static constexpr std::u16string_view package = u"packages\\win64\\brantixservicehost.zip";
+  std::string const head = "Brantix Service Host setup: ";
+};
+
+TEST_F(OthersFiles, AShippedPackageThatOthersMayWriteIsRefused) {
+  ship("1.0");
+  letOthersWrite(in(u"zci.zip"));
+  EXPECT_EQ(troubleOf(Result::packageRefused, [&] { return unpack(); }),
+            head + machine::toUtf8(in(u"zci.zip")) + " may be written by others");
+  EXPECT_FALSE(exists(in(u"installer")));
+  ship("1.0");
+  std::filesystem::permissions(hostPath(in(u"zci.zip")), std::filesystem::perms(0644));
+  ASSERT_EQ(unpack(), Result::success);
+  letOthersWrite(in(package));
+  EXPECT_EQ(troubleOf(Result::packageRefused, [&] { return install(); }),
+            head + machine::toUtf8(in(package)) + " may be written by others");
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+TEST_F(OthersFiles, ADownloadedPackageThatOthersMayWriteIsRefusedThoughItsHashIsRight) {
+  publish("2.0");
+  ASSERT_EQ(downloadLatest(), Result::success);
+  letOthersWrite(temporary(u"zci.zip"));
+  EXPECT_EQ(setup.unpackInstaller(temporaryRoot(), u"zci.zip"), Result::packageRefused);
+  EXPECT_FALSE(exists(temporary(u"installer")));
+}
+
+TEST_F(OthersFiles, APackageOfSomebodyElseIsRefused) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  ship("1.0");
+  giveToNobody(in(u"zci.zip"));
+  EXPECT_EQ(troubleOf(Result::packageRefused, [&] { return unpack(); }),
+            head + machine::toUtf8(in(u"zci.zip")) + " belongs to nobody");
+}
+
+TEST_F(OthersFiles, ALinkToSomebodysPackageIsRefused) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  ship("1.0");
+  writeFile(at(u"evil.zip"), evilInstaller());
+  giveToNobody(at(u"evil.zip"));
+  files().removeFile(in(u"zci.zip"));
+  std::filesystem::create_symlink(hostPath(at(u"evil.zip")), hostPath(in(u"zci.zip")));
+  EXPECT_EQ(unpack(), Result::packageRefused);
+  EXPECT_FALSE(exists(in(u"installer")));
+}
+
+TEST_F(OthersFiles, WhatToRunIsNotReadFromAFileThatOthersMayWrite) {
+  ship("1.0");
+  ASSERT_EQ(unpack(), Result::success);
+  letOthersWrite(in(u"installer\\service.json"));
+  EXPECT_EQ(troubleOf(Result::packageRefused, [&] { return install(); }),
+            head + machine::toUtf8(in(u"installer\\service.json")) + " may be written by others");
+  EXPECT_EQ(serviceState(), std::nullopt);
+}
+
+TEST_F(OthersFiles, WhereToDownloadFromIsNotReadFromAFileThatOthersMayWrite) {
+  publish("2.0");
+  letOthersWrite(in(u"service-host-source.json"));
+  std::string shipped, latest;
+  EXPECT_THROW(setup.queryVersions(root(), shipped, latest), std::runtime_error);
+  EXPECT_EQ(setup.downloadLatestInstaller(root()), Result::versionUnavailable);
+  EXPECT_TRUE(downloads.asked.empty());
 }
 
 TEST_F(SetupTest, ALinkInThePlaceOfADownloadedPackageIsNotFollowedToAnother) {

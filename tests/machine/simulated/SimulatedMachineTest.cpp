@@ -356,21 +356,6 @@ TEST_F(SimulatedMachineTest, CallsIntoModulesAreRecordedInOrder) {
         "bundles": []})"));
 }
 
-TEST_F(SimulatedMachineTest, AModuleOfTheSystemFolderIsFoundBeforeTheCurrentFolders) {
-  SimulatedMachine machine(directory());
-  machine.files().createDirectory(u"C:\\a");
-  writeFile(machine, u"C:\\a\\server.dll", "Entry");
-  machine.files().setCurrentDirectory(u"C:\\a");
-  auto const call = [&] {
-    return machine.modules().callEntryPoint(u"server.dll", u"C:\\a\\server.dll", "Entry", {});
-  };
-  EXPECT_EQ(call(), ModuleCall::called);
-  writeFile(machine, u"C:\\Windows\\System32\\server.dll", "Entry");
-  EXPECT_THROW(call(), machine::OtherModule);
-  machine.save();
-  EXPECT_EQ(json::parse(content("modules.json"))["calls"].size(), 1u);
-}
-
 TEST_F(SimulatedMachineTest, AnEntryPointIsFoundWhereverItsNameLies) {
   SimulatedMachine machine(directory());
   constexpr std::size_t part = 65536;  // of the file, read at a time
@@ -388,6 +373,21 @@ TEST_F(SimulatedMachineTest, AnEntryPointIsFoundWhereverItsNameLies) {
     EXPECT_EQ(machine.modules().callEntryPoint(u"C:\\m.dll", u"C:\\m.dll", "EntryPoint", {}),
               ModuleCall::noEntryPoint);
   }
+}
+
+TEST_F(SimulatedMachineTest, AModuleOfTheSystemFolderIsFoundBeforeTheCurrentFolders) {
+  SimulatedMachine machine(directory());
+  machine.files().createDirectory(u"C:\\a");
+  writeFile(machine, u"C:\\a\\server.dll", "Entry");
+  machine.files().setCurrentDirectory(u"C:\\a");
+  auto const call = [&] {
+    return machine.modules().callEntryPoint(u"server.dll", u"C:\\a\\server.dll", "Entry", {});
+  };
+  EXPECT_EQ(call(), ModuleCall::called);
+  writeFile(machine, u"C:\\Windows\\System32\\server.dll", "Entry");
+  EXPECT_THROW(call(), machine::OtherModule);
+  machine.save();
+  EXPECT_EQ(json::parse(content("modules.json"))["calls"].size(), 1u);
 }
 
 TEST_F(SimulatedMachineTest, BundlesAreRecordedAndNotAdmitted) {
