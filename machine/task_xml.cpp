@@ -125,9 +125,11 @@ std::optional<Element> findElement(std::u16string_view document, Range within,
   for (auto at = xml.find(u'<', within.begin); at != xml.npos; at = xml.find(u'<', at + 1)) {
     if (!xml.substr(at + 1).starts_with(name)) continue;
     auto const after = at + 1 + name.size();
+    bool const isThis =
+        after < xml.size() && std::u16string_view(u" \t\r\n/>").find(xml[after]) != xml.npos;
+    if (!isThis) continue;
     auto const tagEnd = xml.find(u'>', after);
     if (tagEnd == xml.npos) return std::nullopt;
-    if (tagEnd != after && std::u16string_view(u" \t\r\n/").find(xml[after]) == xml.npos) continue;
     Range const tag{at, tagEnd + 1};
     if (xml[tagEnd - 1] == u'/') return Element{tag, {tag.end, tag.end}, true};
     auto const end = xml.find(UString(u"</").append(name), tagEnd);
