@@ -267,7 +267,8 @@ void checkViews(RunReport const& report) {
 }  // namespace
 
 void fuzz::run(std::string_view input) {
-  RunReport const report = HostileReport(input).make();
+  constexpr std::size_t longest = 512;  // of more a page becomes slow
+  RunReport const report = HostileReport(input.substr(0, longest)).make();
   checkPage(report);
   checkJson(report);
   checkViews(report);

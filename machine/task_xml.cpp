@@ -125,10 +125,11 @@ std::optional<Element> findElement(std::u16string_view document, Range within,
   for (auto at = xml.find(u'<', within.begin); at != xml.npos; at = xml.find(u'<', at + 1)) {
     if (!xml.substr(at + 1).starts_with(name)) continue;
     auto const after = at + 1 + name.size();
-    if (after == xml.size()) return std::nullopt;
     // Before the tag's end is searched for: else many beginnings of other names make that many
     // searches through all that follows.
-    if (std::u16string_view(u"> \t\r\n/").find(xml[after]) == std::u16string_view::npos) continue;
+    bool const isThis =
+        after < xml.size() && std::u16string_view(u" \t\r\n/>").find(xml[after]) != xml.npos;
+    if (!isThis) continue;
     auto const tagEnd = xml.find(u'>', after);
     if (tagEnd == xml.npos) return std::nullopt;
     Range const tag{at, tagEnd + 1};

@@ -68,7 +68,7 @@ UString withoutVerbatimPrefix(UString const& path) {
 
 /// The form in which two names of one root are equal; empty for one that is not absolute.
 UString comparable(UString const& root) {
-  UString const native = grammar::toNative(root);
+  UString const native = normalizedRoot(root);
   UString const plain = withoutVerbatimPrefix(native);
   // A volume's name has no other form, nor has a name with a "/" in it, which verbatim paths take.
   bool const hasPlainForm = grammar::isAbsolute(plain) && plain.find(u'/') == UString::npos;

@@ -149,6 +149,7 @@ TEST(IsSameRoot, OfAShareOrDriveWithAndWithoutASeparatorAtTheEnd) {
 TEST(IsSameRoot, ASlashInAVerbatimPathIsPartOfAName) {
   EXPECT_FALSE(isSameRoot(u"\\\\?\\/\\srv\\share", u"\\\\srv\\share"));
   EXPECT_FALSE(isSameRoot(u"\\\\?\\C:\\a/b", u"C:\\a\\b"));
+  EXPECT_TRUE(isSameRoot(u"\\\\?\\C:\\a/", u"C:\\a"));
 }
 
 }  // namespace
