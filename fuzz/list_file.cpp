@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "fl/i18n/ustring.hpp"
 #include "fuzz/fuzz.hpp"
 #include "fuzz/scratch_machine.hpp"
@@ -8,7 +10,9 @@ void fuzz::run(std::string_view input) {
   ScratchMachine scratch;
   registration::Path const file(u"C:\\list.phl");
   scratch.writeFile(file.ustring(), input);
-  auto const list = readEntries('%', file, [&](std::string const& line) {
+  auto const list = readEntries('%', file, [&](std::string const& line, std::size_t number) {
+    FUZZ_EXPECT(number > 0 &&
+                number <= 1 + static_cast<std::size_t>(std::ranges::count(input, '\n')));
     FUZZ_EXPECT(!line.empty() && line.front() != '%');
     FUZZ_EXPECT(line.find('\n') == line.npos);
     FUZZ_EXPECT(std::string_view(" \t\r\f\v").find(line.front()) == line.npos);

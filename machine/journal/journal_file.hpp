@@ -54,8 +54,8 @@
 ///   {"is":"task","definition":{...},"document":NAME}     the scheduler's XML document
 ///   {"is":"service","definition":{...,"state":4}}        numbers as in winsvc.h
 ///
-/// The file, the folder JOURNAL.files and what is in it may be opened by administrators and the
-/// system only; on POSIX hosts by their owner.
+/// The file, the folder JOURNAL.files and what is in it may be opened by administrators, the system
+/// and, where that is no administrator, the account that wrote it; on POSIX hosts by their owner.
 namespace machine::journal {
 
 using Record = nlohmann::ordered_json;
