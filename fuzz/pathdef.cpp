@@ -27,7 +27,8 @@ void fuzz::run(std::string_view input) {
 
   Notification again;
   FUZZ_EXPECT(entriesOf(pathdefText(entries, root()), again) == entries);
-  FUZZ_EXPECT(again.warnings().empty());
+  // Of entries on other servers once more.
+  FUZZ_EXPECT(again.warnings().size() <= notification.warnings().size());
 
   auto const count = entries.size();
   auto const unique = RemoveDuplicateIris(entries);

@@ -24,7 +24,7 @@ FRAMEWORK_SYSTEM_HEADERS = {
 
 STANDARD = re.compile(r"[a-z_]+\d*")
 LIBRARIES = re.compile(r"(nlohmann|CLI|utf8)/|(utf8|zlib)\.h$")
-POSIX = re.compile(r"sys/|(dirent|fcntl|signal|spawn|unistd)\.h$")
+POSIX = re.compile(r"sys/|linux/|(dirent|fcntl|grp|pwd|signal|spawn|unistd)\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 

@@ -12,13 +12,13 @@ TextLines::TextLines(std::string_view text, fl::i18n::UString const& file,
 
 bool TextLines::next() {
   while (lines_.next()) {
-    auto const bytes = machine::trimmed(lines_.line());
+    auto const bytes = fl::filesystem::trimmed(lines_.line());
     bool const isComment = bytes.starts_with('#');
-    if (isComment || (bytes.empty() && !lines_.isLineTooLong())) {
+    if (isComment || (bytes.empty() && !lines_.is_line_too_long())) {
       continue;
     }
-    if (lines_.isLineTooLong()) {
-      warn(lines_.whyLineIsTooLong());
+    if (lines_.is_line_too_long()) {
+      warn(lines_.why_line_is_too_long());
       continue;
     }
     line_ = fl::i18n::utf8_to_ustring(bytes);

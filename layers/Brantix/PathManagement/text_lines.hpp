@@ -3,15 +3,15 @@
 #include <cstddef>
 #include <string_view>
 
+#include "fl/filesystem/line_reader.hpp"
 #include "fl/filesystem/path.hpp"
 #include "foundation/core/except/Notification.hpp"
-#include "machine/line_reader.hpp"
 
 namespace Brantix::PathManagement {
 
 /// Reads UTF-8 text line by line, each without what the classic locale calls space or blank at both
-/// ends. Lines that turn out wrong or longer than machine::LineLimits has it are warnings; of many
-/// wrong ones only the first are told. How long the text may be is for its reader to limit.
+/// ends. Lines that turn out wrong or longer than fl::filesystem::line_limits has it are warnings;
+/// of many wrong ones only the first are told. How long the text may be is for its reader to limit.
 class TextLines {
  public:
   /// `file`: where the text was read. All must outlive this object.
@@ -30,7 +30,7 @@ class TextLines {
   static constexpr std::size_t warningsTold = 1000;
 
  private:
-  machine::LineReader lines_;
+  fl::filesystem::line_reader lines_;
   fl::i18n::UString const& file_;
   foundation::core::except::Notification& notification_;
   fl::i18n::UString line_;

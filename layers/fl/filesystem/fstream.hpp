@@ -11,7 +11,8 @@
 
 /// A standard stream over the current machine's files, binary: bytes pass unchanged. As with the
 /// standard file streams, a failure sets the stream's failure state and throws nothing; unlike
-/// them, this one tells which it was. Lists are read with machine::LineReader, within limits.
+/// them, this one tells which it was. Lists are read with fl::filesystem::line_reader, within
+/// limits.
 namespace fl::filesystem {
 
 using open_mode = machine::WriteMode;

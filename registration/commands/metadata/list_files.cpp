@@ -1,12 +1,12 @@
 #include "registration/commands/metadata/list_files.hpp"
 
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
+#include "fl/filesystem/line_reader.hpp"
 #include "fl/filesystem/recursive_directory_iterator.hpp"
-#include "machine/line_reader.hpp"
-#include "machine/machine.hpp"
 
 namespace registration::commands::metadata {
 
@@ -24,14 +24,14 @@ void tellLostLine(Path const& file, std::size_t number, std::string const& reaso
 }
 
 /// A line that is too long names nothing that could exist: it loses only itself.
-void takeLine(machine::LineReader const& lines, char mark, Path const& file, ToEntry const& toEntry,
-              List& list) {
-  std::string const entry(machine::trimmed(lines.line()));
+void takeLine(fl::filesystem::line_reader const& lines, char mark, Path const& file,
+              ToEntry const& toEntry, List& list) {
+  std::string const entry(fl::filesystem::trimmed(lines.line()));
   if (entry.starts_with(mark)) {
     return;
   }
-  if (lines.isLineTooLong()) {
-    tellLostLine(file, lines.number(), lines.whyLineIsTooLong());
+  if (lines.is_line_too_long()) {
+    tellLostLine(file, lines.number(), lines.why_line_is_too_long());
     return;
   }
   if (!entry.empty()) {
@@ -43,7 +43,7 @@ void takeLine(machine::LineReader const& lines, char mark, Path const& file, ToE
   }
 }
 
-UString tooLong(machine::LineReader const& lines, Path const& file) {
+UString tooLong(fl::filesystem::line_reader const& lines, Path const& file) {
   return file.ustring() +
          fl::i18n::to_ustring(" is longer than " + std::to_string(lines.limits().text) +
                               " bytes, the most a list may be: what follows line " +
@@ -84,7 +84,7 @@ std::set<Path> findLists(ListFormat const& format, Path const& root, Log const& 
 
 List readEntries(char mark, Path const& file, ToEntry const& toEntry) {
   List list;
-  std::unique_ptr<machine::FileReader> reader;
+  std::optional<fl::filesystem::line_reader> lines;
   auto const isDone = [&](auto const& step) {
     bool done = false;
     utility::reportingFailure([&] { done = step(); },
@@ -92,15 +92,14 @@ List readEntries(char mark, Path const& file, ToEntry const& toEntry) {
     return done;
   };
   list.isOpened = isDone([&] {
-    reader = machine::current().files().openForReading(file.ustring());
+    lines.emplace(file);
     return true;
   });
-  machine::LineReader lines([&](std::span<char> buffer) { return reader->read(buffer); });
-  while (list.isOpened && isDone([&] { return lines.next(); })) {
-    takeLine(lines, mark, file, toEntry, list);
+  while (list.isOpened && isDone([&] { return lines->next(); })) {
+    takeLine(*lines, mark, file, toEntry, list);
   }
-  if (lines.isTextTooLong()) {
-    list.failure = tooLong(lines, file);
+  if (list.isOpened && lines->is_text_too_long()) {
+    list.failure = tooLong(*lines, file);
   }
   return list;
 }

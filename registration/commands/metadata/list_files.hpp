@@ -10,7 +10,7 @@
 #include "registration/utility/types.hpp"
 
 /// The list files of installed parts: UTF-8 text, an entry a line, trimmed; empty lines and
-/// comments are skipped. machine::LineLimits says how long a line and a list may be.
+/// comments are skipped. fl::filesystem::line_limits says how long a line and a list may be.
 namespace registration::commands::metadata {
 
 /// One kind of list file.

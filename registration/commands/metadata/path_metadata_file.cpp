@@ -1,12 +1,12 @@
 #include "registration/commands/metadata/path_metadata_file.hpp"
 
 #include <exception>
+#include <optional>
 #include <sstream>
 
 #include "fl/filesystem/fstream.hpp"
+#include "fl/filesystem/line_reader.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "machine/line_reader.hpp"
-#include "machine/machine.hpp"
 
 namespace registration::commands::metadata {
 
@@ -38,17 +38,16 @@ bool isWritten(Path const& file, Step&& step) {
 /// in order; one that cannot be read to its end for one that is not, since an empty line does no
 /// harm.
 bool endsWithinLine(Path const& file) {
-  std::unique_ptr<machine::FileReader> reader;
+  std::optional<fl::filesystem::line_reader> lines;
   try {
-    reader = machine::current().files().openForReading(file.ustring());
-    machine::LineReader lines([&](std::span<char> buffer) { return reader->read(buffer); });
+    lines.emplace(file);
     bool isComplete = true;
-    while (lines.next()) {
-      isComplete = lines.hasLineFeed();
+    while (lines->next()) {
+      isComplete = lines->has_line_feed();
     }
-    return !isComplete || lines.isTextTooLong();
+    return !isComplete || lines->is_text_too_long();
   } catch (std::exception const&) {
-    return reader != nullptr;
+    return lines.has_value();
   }
 }
 

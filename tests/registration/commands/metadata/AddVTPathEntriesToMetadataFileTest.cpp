@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
+#include "fl/filesystem/line_reader.hpp"
 #include "fl/filesystem/operations.hpp"
-#include "machine/line_reader.hpp"
 #include "registration/commands/AddVTPathEntriesToMetadataFile.hpp"
 #include "tests/support/command_fixture.hpp"
 #include "tests/support/faulty_machine.hpp"
@@ -272,7 +272,7 @@ TEST_F(AddVTPathEntries, AListThatCannotBeReadToItsEndLosesNoEntryOfTheOldFile) 
 
 TEST_F(AddVTPathEntries, ALineLongerThanAnyPathLosesOnlyItselfAndIsToldWithItsNumber) {
   makeFolders({u"a", u"b"});
-  std::size_t const most = machine::LineLimits{}.line;
+  std::size_t const most = fl::filesystem::line_limits{}.line;
   for (auto const longer : {most + 1, 10 * most}) {
     writeFile(root() / u"list.phl", "a\n" + std::string(longer, 'x') + "\nb\n");
     tests::TroubleCapture const trouble;
@@ -311,7 +311,7 @@ TEST_F(AddVTPathEntries, AListLongerThanItMayBeIsReadToItsLimitAndLosesNoEntryOf
   tests::TroubleCapture const trouble;
   EXPECT_EQ(execute(), successfulRun);
   EXPECT_EQ(readFile(written()), "a\nb\nold\n");
-  EXPECT_EQ(huge.bytesRead(), machine::LineLimits{}.text + 1) << "and not all of it";
+  EXPECT_EQ(huge.bytesRead(), fl::filesystem::line_limits{}.text + 1) << "and not all of it";
   ASSERT_EQ(trouble.texts().size(), 1u);
   EXPECT_EQ(trouble.texts().front(),
             fl::i18n::ustring_to_utf8((root() / u"huge.phl").ustring()) +

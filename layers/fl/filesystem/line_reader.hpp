@@ -8,15 +8,16 @@
 #include <string_view>
 #include <vector>
 
+#include "fl/filesystem/path.hpp"
 #include "machine/api.hpp"
 
-namespace machine {
+namespace fl::filesystem {
 
 /// Without what the classic locale calls space or blank, at both ends.
 REGISTRATION_API std::string_view trimmed(std::string_view text);
 
 /// What a text that is read line by line may have at most, in bytes.
-struct LineLimits {
+struct line_limits {
   /// Of one line, without its line feed. A path of 32,767 UTF-16 units, the most that the system
   /// takes, has at most 98,301 bytes in UTF-8.
   std::size_t line = std::size_t{128} << 10;
@@ -26,17 +27,19 @@ struct LineLimits {
 
 /// The one reader of lists in text files, an entry a line: within limits, with memory for one line,
 /// and in a time that grows with the text's length and no faster.
-class REGISTRATION_API LineReader {
+class REGISTRATION_API line_reader {
  public:
   /// Fills the buffer with the next bytes and returns how many there are; 0 at the end. What it
   /// throws passes through next().
   using Source = std::function<std::size_t(std::span<char>)>;
 
-  explicit LineReader(Source source, LineLimits limits = {});
+  explicit line_reader(Source source, line_limits limits = {});
+  /// Of a file of the current machine. Throws SystemError when it cannot be opened.
+  explicit line_reader(Path const& file, line_limits limits = {});
   /// Of a text in memory, which must outlive this object.
-  explicit LineReader(std::string_view text, LineLimits limits = {});
-  LineReader(LineReader const&) = delete;
-  LineReader& operator=(LineReader const&) = delete;
+  explicit line_reader(std::string_view text, line_limits limits = {});
+  line_reader(line_reader const&) = delete;
+  line_reader& operator=(line_reader const&) = delete;
 
   /// Moves to the next line; false at the end. The last one needs no line feed. What lies beyond
   /// the text's limit, and the line that reaches it, are not handed out and hardly read.
@@ -46,28 +49,28 @@ class REGISTRATION_API LineReader {
   std::string_view line() const { return line_; }
   /// Of the line, from 1.
   std::size_t number() const { return number_; }
-  bool isLineTooLong() const { return lineSize_ > limits_.line; }
+  bool is_line_too_long() const { return lineSize_ > limits_.line; }
   /// "longer than 131072 bytes, the most a line may be"
-  std::string whyLineIsTooLong() const;
-  bool hasLineFeed() const { return hasLineFeed_; }
+  std::string why_line_is_too_long() const;
+  bool has_line_feed() const { return has_line_feed_; }
   /// Whether the text goes on beyond its limit; known when next() has returned false.
-  bool isTextTooLong() const { return isTextTooLong_; }
-  LineLimits const& limits() const { return limits_; }
+  bool is_text_too_long() const { return is_text_too_long_; }
+  line_limits const& limits() const { return limits_; }
 
  private:
   bool readMore();
   void take(std::string_view part);
 
   Source source_;
-  LineLimits limits_;
+  line_limits limits_;
   std::vector<char> buffer_;
   std::string_view rest_;  ///< what is in the buffer and not handed out yet
   std::uint64_t read_ = 0;
   std::string line_;
   std::uint64_t lineSize_ = 0;  ///< bytes, also those that line_ does not keep
   std::size_t number_ = 0;
-  bool hasLineFeed_ = false;
-  bool isTextTooLong_ = false;
+  bool has_line_feed_ = false;
+  bool is_text_too_long_ = false;
 };
 
-}  // namespace machine
+}  // namespace fl::filesystem
