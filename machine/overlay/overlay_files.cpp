@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "machine/host/own_way.hpp"
 #include "machine/overlay/merged_directory.hpp"
-#include "machine/own_way.hpp"
 #include "machine/path_grammar.hpp"
 
 namespace machine::overlay {

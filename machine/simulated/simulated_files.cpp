@@ -11,7 +11,7 @@
 
 #include "machine/error.hpp"
 #include "machine/host/host_file.hpp"
-#include "machine/own_way.hpp"
+#include "machine/host/own_way.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/simulated/version_resource.hpp"
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "machine/own_way.hpp"
+#include "machine/host/own_way.hpp"
 #include "machine/path_grammar.hpp"
 #include "machine/reparse_data.hpp"
 #include "machine/windows/file_lock.hpp"

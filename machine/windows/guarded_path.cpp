@@ -204,6 +204,7 @@ void setAccess(std::string_view operation, std::u16string_view path, HANDLE file
 
 GuardedPath::GuardedPath(std::string_view operation, std::u16string_view path)
     : operation_(operation), path_(path), full_(verbatimPath(operation, path)) {
+  while (full_.size() > grammar::rootLength(full_) && full_.ends_with(u'\\')) full_.pop_back();
   name_ = lastName(full_);
   UString const folder(grammar::parent(full_));
   auto direct = folderWithoutLinks(folder);
@@ -328,13 +329,13 @@ void requireDisk(std::string_view operation, std::u16string_view path, HANDLE fi
 }
 
 UniqueHandle openForWriting(std::string_view operation, std::u16string_view path, WriteMode mode) {
-  if (!path.empty() && grammar::isSeparator(path.back())) {
-    throw systemError(operation, path, ERROR_INVALID_NAME);
-  }
   // Without the right to write anywhere else, the system puts every write at the end.
   ACCESS_MASK const access =
       mode == WriteMode::append ? FILE_GENERIC_WRITE & ~DWORD{FILE_WRITE_DATA} : GENERIC_WRITE;
   GuardedPath guarded(operation, path);
+  if (!path.empty() && grammar::isSeparator(path.back())) {
+    throw systemError(operation, path, ERROR_INVALID_NAME);
+  }
   if (mode == WriteMode::createNew) {
     auto made = guarded.open({access, FILE_CREATE, FILE_NON_DIRECTORY_FILE});
     if (made) return made;

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "machine/command_line.hpp"
-#include "machine/own_way.hpp"
+#include "machine/host/own_way.hpp"
 #include "machine/windows/guarded_path.hpp"
 #include "machine/windows/handles.hpp"
 #include "machine/windows/parts.hpp"

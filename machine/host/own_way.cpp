@@ -1,4 +1,4 @@
-#include "machine/own_way.hpp"
+#include "machine/host/own_way.hpp"
 
 #include "machine/host/reach_folder.hpp"
 #include "machine/path_grammar.hpp"
