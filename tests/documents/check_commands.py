@@ -36,6 +36,7 @@ NOT_RUN = {
         "it needs an installed CppMicroServices",
     "cmake --build --preset windows && scripts/wine build/windows/bin/registration_benchmarks.exe":
         "benchmarks measure for minutes",
+    "fuzz/run 600 journal zip": "it goes on for twenty minutes; the tests run each target for a while",
 }
 
 
