@@ -115,10 +115,11 @@ UniqueDescriptor descriptorFrom(UString const& text) {
 }
 
 UString ownAccess(bool isReadable) {
-  UString text = u"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
-  if (!isAdministrator()) {
-    text += u"(A;OICI;FA;;;" + Identifier::ofUser().text() + u")";
-  }
+  constexpr std::u16string_view list = u"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
+  // What an administrator makes belongs to the administrators: another one must be able to use it.
+  UString text = isAdministrator()
+                     ? u"O:BA" + UString(list)
+                     : UString(list) + u"(A;OICI;FA;;;" + Identifier::ofUser().text() + u")";
   return isReadable ? text + u"(A;OICI;FRFX;;;BU)" : text;
 }
 

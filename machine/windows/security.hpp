@@ -39,7 +39,8 @@ UniqueDescriptor descriptorFrom(UString const& text);
 
 /// Full access for administrators and the system, where this is no administrator for this user too,
 /// and nothing taken over from the folder above; what is made in a folder gets the same. For
-/// everybody else nothing, or with `isReadable` reading and running.
+/// everybody else nothing, or with `isReadable` reading and running. An administrator's belongs to
+/// the administrators.
 UString ownAccess(bool isReadable);
 
 /// What others may do with an open file or folder, which must be open with READ_CONTROL. Where the
