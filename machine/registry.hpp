@@ -27,7 +27,7 @@ struct RegistryKey {
   bool operator==(RegistryKey const&) const = default;
 };
 
-/// The names that a key's path consists of; empty ones count not. Throws SystemError for what no
+/// The names that a key's path consists of; empty ones are left out. Throws SystemError for what no
 /// key can have: a separator at the start (badPathName), NULs, names of more than 255 units, more
 /// than 512 of them (invalidParameter).
 REGISTRATION_API std::vector<UString> keyNames(RegistryKey const& key);

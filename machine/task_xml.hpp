@@ -25,7 +25,7 @@ inline constexpr std::size_t largestTaskDocument = std::size_t{1} << 20;
 
 /// What fits into a TaskDefinition of a task's document: the first program and what goes with it.
 /// nullopt for a text that is no task or longer than largestTaskDocument. Reads what taskXml and
-/// schedulers write, with elements as they stand, and is no checking reader of XML.
+/// schedulers write; it does not check that a document is well-formed XML.
 REGISTRATION_API std::optional<TaskDefinition> taskFromXml(std::u16string_view document);
 
 /// The document with its task disabled. REQUIRES: taskFromXml reads it.

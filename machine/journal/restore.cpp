@@ -17,7 +17,7 @@ namespace {
 
 using Outcome = RestoreStep::Outcome;
 
-constexpr std::chrono::seconds patience(30);
+constexpr std::chrono::seconds serviceTimeout(30);
 constexpr std::u16string_view temporaryEnd = u".journal-restore.tmp";
 
 bool isFolder(ItemState const& state) {
@@ -334,13 +334,13 @@ class Restoring {
     auto const* const wanted = std::get_if<ServiceCondition>(&before);
     auto const* const found = std::get_if<ServiceCondition>(&now);
     bool const isDefined = wanted && found && wanted->definition == found->definition;
-    if (found && runs(*found) && !(isDefined && runs(*wanted))) services.stop(name, patience);
+    if (found && runs(*found) && !(isDefined && runs(*wanted))) services.stop(name, serviceTimeout);
     if (!wanted) {
       services.remove(name);
       return;
     }
     if (!isDefined) services.set(name, wanted->definition);
-    if (runs(*wanted)) services.start(name, patience);
+    if (runs(*wanted)) services.start(name, serviceTimeout);
   }
 
   /// Known at the end only: what a link leads to may be an item of its own.

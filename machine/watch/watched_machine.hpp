@@ -9,12 +9,11 @@ namespace machine::watch {
 
 /// Another machine whose changes are announced. Before each operation that may change something,
 /// every item that may change is announced to the observers, and after it each is told as changed;
-/// before code of others gets the word, that is told too. Reading announces nothing, nor does an
-/// operation that finds nothing to do: removing what is not there, making a folder or key that is.
+/// before foreign code runs, that is told too. Reading announces nothing, nor does an operation that
+/// finds nothing to do: removing what is not there, making a folder or key that is.
 ///
 /// - Paths are told absolute, `\\?\` left out where it makes no difference; the programs and DLLs
-/// of
-///   a HandOver as the caller named them.
+///   of a HandOver as the caller named them.
 /// - A key or value that is set is told after those keys above it that do not exist yet.
 /// - A key that is removed, and a folder that is renamed, is told with all that is below it,
 ///   deepest first; a folder's new name then from above.
