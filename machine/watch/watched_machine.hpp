@@ -9,8 +9,8 @@ namespace machine::watch {
 
 /// Another machine whose changes are announced. Before each operation that may change something,
 /// every item that may change is announced to the observers, and after it each is told as changed;
-/// before foreign code runs, that is told too. Reading announces nothing, nor does an operation that
-/// finds nothing to do: removing what is not there, making a folder or key that is.
+/// before foreign code runs, that is told too. Reading announces nothing, nor does an operation
+/// that finds nothing to do: removing what is not there, making a folder or key that is.
 ///
 /// - Paths are told absolute, `\\?\` left out where it makes no difference; the programs and DLLs
 ///   of a HandOver as the caller named them.
