@@ -84,6 +84,15 @@ ForeignAccess accessIn(struct stat const& status) {
   return access;
 }
 
+/// Of what was opened just now. Throws std::system_error, also when that had failed.
+struct stat statusOf(Descriptor const& opened, fs::path const& path) {
+  struct stat status {};
+  if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) {
+    throw hostError("open the folder", path);
+  }
+  return status;
+}
+
 /// For reachFolder.
 class PosixSystem {
  public:
@@ -109,17 +118,15 @@ class PosixSystem {
   static Folder root(Path const& folder) {
     auto const path = folder.root_path();
     Descriptor handle(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    struct stat status {};
-    if (::fstat(handle.get(), &status) != 0) throw hostError("open the folder", path);
-    return {std::move(handle), path.string(), accessIn(status), {}};
+    auto access = accessIn(statusOf(handle, path));
+    return {std::move(handle), path.string(), std::move(access), {}};
   }
 
   static Entry open(Folder const& folder, Path const& name) {
     Entry entry{
         Descriptor(::openat(folder.handle.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC)),
         (fs::path(folder.name) / name).string()};
-    struct stat status {};
-    if (::fstat(entry.handle.get(), &status) != 0) throw hostError("open the folder", entry.name);
+    auto const status = statusOf(entry.handle, entry.name);
     entry.isLink = S_ISLNK(status.st_mode);
     entry.access = accessIn(status);
     return entry;
@@ -150,14 +157,11 @@ std::optional<Folder> folderWithoutLinks(fs::path const& path) {
   how.resolve = RESOLVE_NO_SYMLINKS;
   Descriptor handle(
       static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
-  if (handle.get() < 0) {
-    bool const hasLinksOrNoSuchCall = errno == ELOOP || errno == ENOSYS || errno == EPERM;
-    if (hasLinksOrNoSuchCall) return std::nullopt;
-    throw hostError("open the folder", path);
-  }
-  struct stat status {};
-  if (::fstat(handle.get(), &status) != 0) throw hostError("open the folder", path);
-  return Folder{std::move(handle), path.string(), accessIn(status), {}};
+  bool const hasLinksOrNoSuchCall =
+      handle.get() < 0 && (errno == ELOOP || errno == ENOSYS || errno == EPERM);
+  if (hasLinksOrNoSuchCall) return std::nullopt;
+  auto access = accessIn(statusOf(handle, path));
+  return Folder{std::move(handle), path.string(), std::move(access), {}};
 }
 
 /// The folder that a name lies in, and the name.

@@ -96,6 +96,16 @@ TEST_F(OthersLinks, OneThatOnlyWeCanHaveLaidIsFollowed) {
       HasSubstr("open "));
 }
 
+TEST_F(OthersLinks, AFolderThatIsMissingBehindALinkIsToldAsMissing) {
+  fs::create_directory_symlink("none", own() / "dangling");
+  try {
+    HostFile(own() / "dangling" / "file", OpenMode::append);
+    ADD_FAILURE() << "opened";
+  } catch (std::system_error const& error) {
+    EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory) << error.what();
+  }
+}
+
 TEST_F(OthersLinks, WhereNamesAreKeptOnlyOurOwnLinkIsFollowed) {
   ::chmod(shared().c_str(), 01777);  // as /tmp
   fs::create_directory_symlink(own(), shared() / "ours");
