@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -85,7 +86,7 @@ ForeignAccess accessIn(struct stat const& status) {
 }
 
 /// Of what was opened just now. Throws std::system_error, also when that had failed.
-struct stat statusOf(Descriptor const& opened, fs::path const& path) {
+struct stat statusOf(Descriptor const& opened, std::string const& path) {
   struct stat status {};
   if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) {
     throw hostError("open the folder", path);
@@ -116,10 +117,10 @@ class PosixSystem {
   }
 
   static Folder root(Path const& folder) {
-    auto const path = folder.root_path();
+    auto const path = folder.root_path().native();
     Descriptor handle(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     auto access = accessIn(statusOf(handle, path));
-    return {std::move(handle), path.string(), std::move(access), {}};
+    return {std::move(handle), path, std::move(access), {}};
   }
 
   static Entry open(Folder const& folder, Path const& name) {
@@ -151,7 +152,7 @@ class PosixSystem {
 using Folder = PosixSystem::Folder;
 
 /// The folder, where no link at all is on the way: in one call, whatever others may do above it.
-std::optional<Folder> folderWithoutLinks(fs::path const& path) {
+std::optional<Folder> folderWithoutLinks(std::string const& path) {
   open_how how{};
   how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
   how.resolve = RESOLVE_NO_SYMLINKS;
@@ -161,18 +162,23 @@ std::optional<Folder> folderWithoutLinks(fs::path const& path) {
       handle.get() < 0 && (errno == ELOOP || errno == ENOSYS || errno == EPERM);
   if (hasLinksOrNoSuchCall) return std::nullopt;
   auto access = accessIn(statusOf(handle, path));
-  return Folder{std::move(handle), path.string(), std::move(access), {}};
+  return Folder{std::move(handle), path, std::move(access), {}};
 }
 
-/// The folder that a name lies in, and the name.
+/// The folder that a name lies in, and the name. The path is taken apart as text: the library's
+/// path is a list of names, which is long in a deep tree.
 class Target {
  public:
-  explicit Target(fs::path const& path) : path_(fs::absolute(path)) {
-    auto direct = folderWithoutLinks(path_.parent_path());
+  explicit Target(fs::path const& path) {
+    auto const text = path.is_absolute() ? path.native() : fs::absolute(path).native();
+    auto const separator = text.rfind('/');
+    parent_ = text.substr(0, std::max<std::size_t>(separator, 1));
+    name_ = text.substr(separator + 1);
+    auto direct = folderWithoutLinks(parent_);
     folder_ = direct ? std::move(*direct) : goneThrough();
   }
 
-  fs::path name() const { return path_.filename(); }
+  std::string const& name() const { return name_; }
   int at() const { return folder_.handle.get(); }
   bool isAmongOthers() const { return folder_.access.any(); }
   std::string shown() const { return (fs::path(folder_.name) / name()).string(); }
@@ -185,10 +191,11 @@ class Target {
  private:
   Folder goneThrough() const {
     PosixSystem system;
-    return reachFolder(system, path_.parent_path());
+    return reachFolder(system, fs::path(parent_));
   }
 
-  fs::path path_;
+  std::string parent_;
+  std::string name_;
   Folder folder_;
 };
 
